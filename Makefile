@@ -1,0 +1,26 @@
+# The only commands to remember. Everything is built in build/ and runs in a Wine prefix there.
+.PHONY: demo test build check format clean
+
+export CCACHE_BASEDIR := $(CURDIR)
+export CCACHE_NOHASHDIR := 1
+
+build:
+	@scripts/install-packages
+	@scripts/build
+
+test: build
+	@scripts/test
+
+demo: build
+	@scripts/demo
+
+check:
+	@scripts/install-packages
+	@scripts/check
+
+format:
+	@scripts/install-packages
+	@git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format -i
+
+clean:
+	@scripts/clean

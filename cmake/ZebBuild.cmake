@@ -1,0 +1,51 @@
+# Settings and functions that every folder's build file uses.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+set(CMAKE_C_FLAGS_RELEASE "-O2")
+
+# Everything that runs stands in one folder, as it does where it is installed: libraries are found
+# beside the program that asks for them.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_SHARED_LIBRARY_PREFIX "")
+
+# Tests run under Wine in the build folder's own prefix.
+set(ZEB_WINE_PREFIX "${CMAKE_BINARY_DIR}/prefix")
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_SOURCE_DIR}/scripts/wine-run;${ZEB_WINE_PREFIX}")
+
+find_program(ZEB_CCACHE ccache)
+if(ZEB_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${ZEB_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${ZEB_CCACHE})
+endif()
+
+add_compile_definitions(UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 STRICT)
+include_directories("${CMAKE_SOURCE_DIR}")
+# Generated headers (from IDL, version) are included by the path of their source folder.
+include_directories("${CMAKE_BINARY_DIR}")
+add_link_options(-static)
+
+# Warnings for our own C++ code; generated C code and GoogleTest are compiled without.
+add_library(zeb_warnings INTERFACE)
+target_compile_options(zeb_warnings INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Werror -Wno-unknown-pragmas>)
+
+# zeb_library(name SOURCES a.cpp ... [LIBS b ...]): a static library of ours.
+function(zeb_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE zeb_warnings)
+endfunction()
+
+# zeb_test(name SOURCES a.cpp ... [LIBS b ...] [LABELS l ...]): a GoogleTest program, run by ctest
+# as one test.
+function(zeb_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} zeb_test_support gmock zeb_warnings)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 240)
+endfunction()

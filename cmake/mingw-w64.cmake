@@ -1,0 +1,15 @@
+# Cross compilation to 64-bit Windows with Debian's mingw-w64 (posix threads).
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(ZEB_TRIPLET x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${ZEB_TRIPLET}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${ZEB_TRIPLET}-g++-posix)
+set(CMAKE_RC_COMPILER ${ZEB_TRIPLET}-windres)
+set(ZEB_WIDL ${ZEB_TRIPLET}-widl --win64 -Oif -I/usr/include/wine/wine/windows)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${ZEB_TRIPLET})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
