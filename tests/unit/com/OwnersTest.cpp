@@ -21,7 +21,7 @@ TEST(Owned, ClosesOnceOnEveryPath)
     {
         COwned<CountingTraits> first(1);
         COwned<CountingTraits> second(std::move(first));
-        EXPECT_FALSE(first);
+        EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move): what a move leaves is what is tested
         *second.Put() = 2;
         EXPECT_EQ(1, CountingTraits::closed);
         EXPECT_EQ(2, second.Detach());
@@ -45,7 +45,7 @@ TEST(Variant, OwnsWhatItHolds)
 {
     CVariant text = CVariant::FromText(L"x");
     CVariant moved = std::move(text);
-    EXPECT_EQ(VT_EMPTY, text.vt);
+    EXPECT_EQ(VT_EMPTY, text.vt); // NOLINT(bugprone-use-after-move): likewise
     EXPECT_STREQ(L"x", moved.bstrVal);
     moved.Put();
     EXPECT_EQ(VT_EMPTY, moved.vt);
