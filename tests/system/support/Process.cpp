@@ -1,0 +1,127 @@
+#include "tests/system/support/Process.h"
+
+#include "Common/src/com/Text.h"
+
+#include <stdexcept>
+#include <tlhelp32.h>
+
+namespace
+{
+constexpr DWORD kLongest = 120000;
+
+struct CPipe
+{
+    CHandle Read;
+    CHandle Write;
+};
+
+CPipe MakeOutputPipe()
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    CPipe pipe;
+    if (!CreatePipe(pipe.Read.Put(), pipe.Write.Put(), &inheritable, 0))
+        throw std::runtime_error("no pipe for the output of a program");
+    SetHandleInformation(pipe.Read.Get(), HANDLE_FLAG_INHERIT, 0);
+    return pipe;
+}
+} // namespace
+
+CRunningProgram::CRunningProgram(const std::wstring& commandLine, bool newGroup)
+{
+    CPipe pipe = MakeOutputPipe();
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    start.hStdOutput = pipe.Write.Get();
+    start.hStdError = pipe.Write.Get();
+    PROCESS_INFORMATION process = {};
+    std::wstring line = commandLine;
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, newGroup ? CREATE_NEW_PROCESS_GROUP : 0,
+                        nullptr, nullptr, &start, &process))
+        throw std::runtime_error("cannot start " + NarrowText(commandLine));
+    CloseHandle(process.hThread);
+    m_process.Reset(process.hProcess);
+    m_id = process.dwProcessId;
+    m_output = std::move(pipe.Read);
+}
+
+CRunningProgram::~CRunningProgram()
+{
+    if (m_process && WaitForSingleObject(m_process.Get(), 0) == WAIT_TIMEOUT)
+        TerminateProcess(m_process.Get(), 99);
+}
+
+bool CRunningProgram::ReadMore()
+{
+    char buffer[4096];
+    DWORD read = 0;
+    if (!ReadFile(m_output.Get(), buffer, sizeof buffer, &read, nullptr) || read == 0)
+        return false;
+    m_text.append(buffer, read);
+    return true;
+}
+
+bool CRunningProgram::WaitForOutput(const std::string& text)
+{
+    while (m_text.find(text) == std::string::npos)
+        if (!ReadMore())
+            return false;
+    return true;
+}
+
+CRunResult CRunningProgram::Finish()
+{
+    while (ReadMore())
+    {
+    }
+    CRunResult result;
+    if (WaitForSingleObject(m_process.Get(), kLongest) != WAIT_OBJECT_0)
+        throw std::runtime_error("a program did not end: " + m_text);
+    GetExitCodeProcess(m_process.Get(), &result.ExitCode);
+    result.Output = std::move(m_text);
+    return result;
+}
+
+CRunResult RunProgram(const std::wstring& commandLine)
+{
+    return CRunningProgram(commandLine).Finish();
+}
+
+std::wstring BinFolder()
+{
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring full = path;
+    return full.substr(0, full.rfind(L'\\') + 1);
+}
+
+std::vector<DWORD> ProcessesOf(const std::wstring& image)
+{
+    std::vector<DWORD> ids;
+    const CFileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more; more = Process32NextW(snapshot.Get(), &entry))
+        if (EqualNoCaseAscii(entry.szExeFile, image))
+            ids.push_back(entry.th32ProcessID);
+    return ids;
+}
+
+bool WaitForNoProcess(const std::wstring& image)
+{
+    for (const DWORD id : ProcessesOf(image))
+    {
+        const CHandle process(OpenProcess(SYNCHRONIZE, FALSE, id));
+        if (process && WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0)
+            return false;
+    }
+    return ProcessesOf(image).empty();
+}
+
+void KillProcess(DWORD id)
+{
+    const CHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
+    if (process && TerminateProcess(process.Get(), 9))
+        WaitForSingleObject(process.Get(), kLongest);
+}

@@ -1,0 +1,55 @@
+// Processes as a test sees them: programs that it runs to their end with their output captured, and the
+// server processes that COM starts and that are expected to end by themselves.
+#pragma once
+
+#include "Common/src/com/Owned.h"
+
+#include <string>
+#include <vector>
+
+struct CRunResult
+{
+    DWORD ExitCode = 0;
+    std::string Output; // standard output and standard error, in the order written
+};
+
+// Runs a command line to its end. Throws std::runtime_error where it cannot be started. Ends the program and
+// throws where it runs longer than two minutes, which no program of a test does.
+CRunResult RunProgram(const std::wstring& commandLine);
+
+// A program that runs beside the test. Ended by the destructor where it still runs.
+class CRunningProgram
+{
+  public:
+    // `newGroup` gives it a console process group of its own, so that Ctrl+Break reaches it alone.
+    explicit CRunningProgram(const std::wstring& commandLine, bool newGroup = false);
+    ~CRunningProgram();
+    CRunningProgram(const CRunningProgram&) = delete;
+    CRunningProgram& operator=(const CRunningProgram&) = delete;
+
+    DWORD Id() const noexcept { return m_id; }
+    // Waits for the end and gives exit code and output; for one call.
+    CRunResult Finish();
+    // Reads output until a line contains the text; false where the program ended without it.
+    bool WaitForOutput(const std::string& text);
+
+  private:
+    bool ReadMore();
+
+    CHandle m_process;
+    CHandle m_output;
+    DWORD m_id = 0;
+    std::string m_text;
+};
+
+// The folder of this test program, where everything that was built stands; ends with a backslash.
+std::wstring BinFolder();
+
+// The ids of the running processes of an image, such as L"Drevok.EXE" (case does not matter).
+std::vector<DWORD> ProcessesOf(const std::wstring& image);
+
+// Waits until no process of the image runs any more; false after a minute.
+bool WaitForNoProcess(const std::wstring& image);
+
+// Ends a process at once, without any clean-up in it.
+void KillProcess(DWORD id);

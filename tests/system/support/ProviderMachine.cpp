@@ -1,0 +1,120 @@
+#include "tests/system/support/ProviderMachine.h"
+
+#include "Common/src/com/Owned.h"
+#include "tests/system/support/Process.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <stdexcept>
+
+namespace
+{
+constexpr wchar_t kProductKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB";
+
+// Every process that may serve a client of the provider.
+constexpr const wchar_t* kServers[] = {L"WmiStandin.exe", L"Drevok.EXE", L"VorlProxy.exe"};
+
+std::wstring MakeTestFolder()
+{
+    static unsigned count = 0;
+    wchar_t temp[MAX_PATH] = {};
+    GetTempPathW(MAX_PATH, temp);
+    const std::wstring folder =
+        std::wstring(temp) + L"zeb-system-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+    if (!CreateDirectoryW(folder.c_str(), nullptr))
+        throw std::runtime_error("no folder for the files of a test");
+    return folder + L"\\";
+}
+
+void RemoveFolder(const std::wstring& folder)
+{
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE)
+    {
+        do
+            DeleteFileW((folder + found.cFileName).c_str());
+        while (FindNextFileW(search, &found));
+        FindClose(search);
+    }
+    RemoveDirectoryW(folder.c_str());
+}
+
+void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void* data, size_t size)
+{
+    CRegKey key;
+    const std::wstring path = std::wstring(kProductKey) + L"\\" + subkey;
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(), nullptr) !=
+            ERROR_SUCCESS ||
+        RegSetValueExW(key.Get(), name, 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(size)) !=
+            ERROR_SUCCESS)
+        throw std::runtime_error("a registry value of a test could not be set");
+}
+} // namespace
+
+CProviderMachine::CProviderMachine(Agent agent) : m_folder(MakeTestFolder())
+{
+    if (!WaitUntilAllEnded())
+        throw std::runtime_error("a server of an earlier test still runs");
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
+    SetText(L"ZebDiag", L"InstalledDir", m_folder);
+    SetText(L"ZebDiag", L"DebugFileName", m_folder + L"ZebDiagDbg.log");
+    SetNumber(L"ZebDiag", L"DebugLevel", 2);
+    SetNumber(L"WMI\\Providers", L"TestVorl", static_cast<DWORD>(agent));
+}
+
+CProviderMachine::~CProviderMachine()
+{
+    EXPECT_TRUE(WaitUntilAllEnded()) << "a server outlived its clients";
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
+    RemoveFolder(m_folder);
+}
+
+void CProviderMachine::SetScript(const std::string& json) const
+{
+    WriteFileBytes(L"script.json", json);
+    SetText(L"VorlTest", L"Script", m_folder + L"script.json");
+}
+
+void CProviderMachine::SetNumber(const wchar_t* subkey, const wchar_t* name, DWORD value) const
+{
+    SetValue(subkey, name, REG_DWORD, &value, sizeof value);
+}
+
+void CProviderMachine::SetText(const wchar_t* subkey, const wchar_t* name, const std::wstring& value) const
+{
+    SetValue(subkey, name, REG_SZ, value.c_str(), (value.size() + 1) * sizeof(wchar_t));
+}
+
+void CProviderMachine::SetBinary(const wchar_t* subkey, const wchar_t* name, const std::string& bytes) const
+{
+    SetValue(subkey, name, REG_BINARY, bytes.data(), bytes.size());
+}
+
+std::string CProviderMachine::ReadFileBytes(const std::wstring& name) const
+{
+    std::ifstream file((m_folder + name).c_str(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void CProviderMachine::WriteFileBytes(const std::wstring& name, const std::string& bytes) const
+{
+    std::ofstream file((m_folder + name).c_str(), std::ios::binary);
+    file << bytes;
+    if (!file.flush())
+        throw std::runtime_error("a file of a test could not be written");
+}
+
+bool CProviderMachine::HasFile(const std::wstring& name) const
+{
+    return GetFileAttributesW((m_folder + name).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool CProviderMachine::WaitUntilAllEnded() const
+{
+    bool all = true;
+    for (const wchar_t* server : kServers)
+        all = WaitForNoProcess(server) && all;
+    return all;
+}
