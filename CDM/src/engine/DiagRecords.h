@@ -1,0 +1,63 @@
+// The records through which the contents of tests, settings and results leave the diagnostics manager. Each
+// is a copy that belongs to whoever asked for it and was consistent at the moment it was taken.
+#pragma once
+
+#include "Common/src/com/Bstr.h"
+
+#include <optional>
+#include <vector>
+#include <windows.h>
+
+struct CTestData
+{
+    ULONG TestID = 0;
+    ULONG NameStringID = 0;
+    CBstr Key;
+    ULONG DescriptionStringID = 0;
+    std::vector<USHORT> Characteristics;
+    ULONG Value = 0;
+    ULONG Locked = 0;
+    std::vector<USHORT> ResourcesUsed;
+    HANDLE Event =
+        nullptr; // the stop event, or null; belongs to the test, which lives as long as the manager
+    ULONG SenderResponder = 0;
+};
+
+struct CSettingData
+{
+    CBstr Key;
+    USHORT TestWarningLevel = 0;
+    ULONG ReportSoftErrors = 0;
+    ULONG ReportStatusMessages = 1;
+    BYTE PercentOfTestCoverage = 100;
+    ULONG QuickMode = 1;
+    ULONG HaltOnError = 0;
+    ULONG IsPackage = 0;
+};
+
+struct CResultData
+{
+    ULONG TestWarningLevel = 0;
+    ULONG ReportSoftErrors = 0;
+    ULONG ReportStatusMessages = 1;
+    ULONG PercentOfTestCoverage = 100;
+    ULONG QuickMode = 1;
+    ULONG HaltOnError = 0;
+    CBstr ResultID;
+    CBstr DiagnosticCreationClassName;
+    CBstr ExecutionID;
+    ULONG IsPackage = 0;
+    std::optional<SYSTEMTIME> TimeStamp; // local times
+    std::optional<SYSTEMTIME> TestStartTime;
+    std::optional<SYSTEMTIME> TestCompletionTime;
+    ULONG TestState = 0;
+    ULONG OtherStateDescriptionResourceId = 0;
+    ULONG MessageCount =
+        0; // message i is entry i of the two lists; they may be longer while a message is added
+    std::vector<ULONG> StringIDs;
+    std::vector<ULONG> TestMessages;
+    ULONG EstimatedTimeOfPerforming = 0;
+    BYTE PercentComplete = 0;
+    ULONG DiagnosticNameStringID = 0;
+    ULONG SenderResponder = 0;
+};
