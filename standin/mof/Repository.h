@@ -1,0 +1,79 @@
+// The schema and the stored instances of every namespace, filled from MOF texts. Any thread may read while
+// another compiles; a text takes effect as a whole or, where it is refused, not at all.
+//
+// Namespaces are named in the form root\cimv2; a server part and slashes are understood. Names of
+// namespaces, classes and providers are compared without regard to case. What is not there is a null pointer
+// or an empty list.
+#pragma once
+
+#include "standin/mof/MofError.h"
+#include "standin/object/Objects.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin
+{
+// What MOF says about a provider.
+struct CProviderRegistration
+{
+    std::wstring Name;
+    std::wstring Clsid; // text of the form {...}
+    std::wstring HostingModel;
+    bool ServesInstances = false; // has an __InstanceProviderRegistration, which tells the next four
+    bool SupportsGet = false;
+    bool SupportsPut = false;
+    bool SupportsDelete = false;
+    bool SupportsEnumeration = false;
+    bool ServesMethods = false; // has a __MethodProviderRegistration
+};
+
+class CRepository
+{
+  public:
+    // `server` is the "__SERVER" of what comes out of here.
+    explicit CRepository(std::wstring server);
+    CRepository(const CRepository&) = delete;
+    CRepository& operator=(const CRepository&) = delete;
+    ~CRepository();
+
+    // Reads a MOF text; compiling one again updates. Throws CMofError and, where memory ends, std::bad_alloc.
+    // Text is UTF-8, or UTF-16 with a byte order mark. `sourceName` stands in errors.
+    void Compile(std::string_view text, const std::string& sourceName);
+    void CompileFile(const std::wstring& path);
+
+    bool HasNamespace(std::wstring_view nameSpace) const;
+    // Names of the direct children of a namespace, for "__NAMESPACE".
+    std::vector<std::wstring> ChildNamespaces(std::wstring_view nameSpace) const;
+
+    // The class as an object. With `locale` (such as 0x409), its amended qualifiers of that language are
+    // merged in; with 0 they are left out.
+    ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name,
+                                      LCID locale = 0) const;
+    ClassDefinition GetDefinition(std::wstring_view nameSpace, std::wstring_view name, LCID locale = 0) const;
+    // Derived classes, direct ones only or all; of "" the top-level classes.
+    std::vector<ClassDefinition> DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
+                                                bool deep, LCID locale = 0) const;
+
+    // Stored instances of the class and, if `deep`, of those derived from it.
+    std::vector<ComPtr<IWbemClassObject>> Instances(std::wstring_view nameSpace, std::wstring_view className,
+                                                    bool deep) const;
+    // A stored instance by its "__RELPATH".
+    ComPtr<IWbemClassObject> GetInstance(std::wstring_view nameSpace, std::wstring_view relativePath) const;
+
+    // The registration of the provider that a class names in its qualifier "provider".
+    std::optional<CProviderRegistration> FindProvider(std::wstring_view nameSpace,
+                                                      std::wstring_view name) const;
+
+  private:
+    class CState;
+    std::shared_ptr<const CState> Current() const;
+
+    std::wstring m_server;
+    mutable SRWLOCK m_lock = SRWLOCK_INIT;
+    std::shared_ptr<const CState> m_state;
+};
+} // namespace standin
