@@ -49,3 +49,16 @@ function(zeb_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 240)
 endfunction()
+
+# Header-only libraries of the build machine: CLI11 (command lines), nlohmann-json (JSON), PEGTL (parsing).
+# They are reached through links of their own, because the folder that they stand in also holds the build
+# machine's C library. Link zeb_header_libraries to include them.
+set(ZEB_HEADER_LIBRARIES "${CMAKE_BINARY_DIR}/header-libraries")
+file(MAKE_DIRECTORY "${ZEB_HEADER_LIBRARIES}")
+foreach(library CLI nlohmann tao)
+  if(EXISTS "/usr/include/${library}")
+    file(CREATE_LINK "/usr/include/${library}" "${ZEB_HEADER_LIBRARIES}/${library}" SYMBOLIC)
+  endif()
+endforeach()
+add_library(zeb_header_libraries INTERFACE)
+target_include_directories(zeb_header_libraries SYSTEM INTERFACE "${ZEB_HEADER_LIBRARIES}")
