@@ -1,0 +1,29 @@
+// Loads the adapter agent once per provider process and releases it at shutdown. Which agent is loaded is an
+// administrator's choice (registry value TestVorl). Initialised before the first request and destroyed after
+// the last one, so that no lock guards it; the agent itself is called from many threads.
+#pragma once
+
+#include "Common/src/VormErrorMessage.h"
+#include "Common/src/com/ComPtr.h"
+#include "agent/Vorl.h"
+
+class CVormAgentMgr
+{
+  public:
+    CVormAgentMgr() noexcept = default;
+    // Takes a reference on an agent that is loaded already.
+    explicit CVormAgentMgr(IVormRoot* loaded) noexcept : m_root(loaded) {}
+    CVormAgentMgr(const CVormAgentMgr&) = delete;
+    CVormAgentMgr& operator=(const CVormAgentMgr&) = delete;
+    // Survives an agent that throws while it is released.
+    ~CVormAgentMgr();
+
+    // Loads the agent and initialises it with `flags`. Fails with COM's code where it could not be loaded,
+    // else with the agent's own; an agent that refused to initialise is kept until destruction.
+    HRESULT Initialize(ULONG flags, const CLSID& agentClass);
+    // Null until an agent is loaded. The reference stays the manager's.
+    IVormRoot* Root() const noexcept { return m_root.Get(); }
+
+  private:
+    ComPtr<IVormRoot> m_root;
+};

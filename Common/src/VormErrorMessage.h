@@ -1,0 +1,11 @@
+// Turns an error code of the adapter agent, or of the system, into text for people.
+#pragma once
+
+#include <string>
+#include <windows.h>
+
+class CZebImpResourceMgr;
+
+// Codes of the agent have their texts in the "_8023" libraries, all others in the system's message tables.
+// `text` stays as it is where the system has none in the language of `locale`. Throws std::bad_alloc.
+void FormatVorlErrorMessage(HRESULT hr, std::string& text, CZebImpResourceMgr& resources, LCID locale);
