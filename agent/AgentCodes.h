@@ -1,0 +1,108 @@
+// The failure codes of our agents. Each has a text in the resource libraries (_8023, see AgentErrors.inc)
+// that gives cause and next step; the string's number is (code & 0x7FFF) | 0x8000. The real agent's codes are
+// 0x80040300 + 0x10 * test number + n, with test number 0 for what is no test's own; the scripted agent's own
+// begin at 0x80040400.
+#pragma once
+
+#include <windows.h>
+
+namespace vorl
+{
+constexpr HRESULT AgentCode(unsigned number) noexcept
+{
+    return static_cast<HRESULT>(0x80040000u | number);
+}
+
+constexpr HRESULT NoSuchAdapter = AgentCode(0x0301); // never listed, or gone since
+constexpr HRESULT NoSuchTest = AgentCode(0x0302);
+constexpr HRESULT AlreadyRunning = AgentCode(0x0303);
+constexpr HRESULT NotRunning = AgentCode(0x0304);
+constexpr HRESULT Stopped = AgentCode(0x0305);
+constexpr HRESULT NoStatistics = AgentCode(0x0306);
+constexpr HRESULT NotInitialized = AgentCode(0x0307);
+constexpr HRESULT FactsUnavailable = AgentCode(0x0308);
+
+namespace link
+{
+constexpr HRESULT Down = AgentCode(0x0311);
+constexpr HRESULT Disabled = AgentCode(0x0312);
+constexpr HRESULT Unknown = AgentCode(0x0313);
+constexpr HRESULT NotAuthenticated = AgentCode(0x0314);
+constexpr HRESULT NotReady = AgentCode(0x0315);
+} // namespace link
+
+namespace speed
+{
+constexpr HRESULT NoLink = AgentCode(0x0321);
+constexpr HRESULT NotReported = AgentCode(0x0322);
+constexpr HRESULT TooSlow = AgentCode(0x0323);
+constexpr HRESULT HalfDuplex = AgentCode(0x0324);
+constexpr HRESULT Unequal = AgentCode(0x0325);
+constexpr HRESULT DuplexNotReported = AgentCode(0x0326);
+} // namespace speed
+
+namespace errors
+{
+constexpr HRESULT Receive = AgentCode(0x0331);
+constexpr HRESULT Transmit = AgentCode(0x0332);
+constexpr HRESULT Both = AgentCode(0x0333);
+constexpr HRESULT CountersReset = AgentCode(0x0334);
+constexpr HRESULT NotUp = AgentCode(0x0335);
+} // namespace errors
+
+namespace discards
+{
+constexpr HRESULT Receive = AgentCode(0x0341);
+constexpr HRESULT Transmit = AgentCode(0x0342);
+constexpr HRESULT Both = AgentCode(0x0343);
+constexpr HRESULT CountersReset = AgentCode(0x0344);
+constexpr HRESULT NotUp = AgentCode(0x0345);
+} // namespace discards
+
+namespace address
+{
+constexpr HRESULT None = AgentCode(0x0351);
+constexpr HRESULT SelfAssigned = AgentCode(0x0352);
+constexpr HRESULT Duplicate = AgentCode(0x0353);
+constexpr HRESULT BadPrefix = AgentCode(0x0354);
+constexpr HRESULT NoGateway = AgentCode(0x0355);
+constexpr HRESULT GatewayOutside = AgentCode(0x0356);
+constexpr HRESULT Unconfirmed = AgentCode(0x0357);
+} // namespace address
+
+namespace gateway
+{
+constexpr HRESULT None = AgentCode(0x0361);
+constexpr HRESULT Silent = AgentCode(0x0362);
+constexpr HRESULT Unsupported = AgentCode(0x0363);
+constexpr HRESULT NotSent = AgentCode(0x0364);
+} // namespace gateway
+
+namespace names
+{
+constexpr HRESULT NoServers = AgentCode(0x0371);
+constexpr HRESULT NoneAnswers = AgentCode(0x0372);
+constexpr HRESULT SomeSilent = AgentCode(0x0373);
+constexpr HRESULT Refused = AgentCode(0x0374);
+constexpr HRESULT NoAddress = AgentCode(0x0375);
+constexpr HRESULT NotSent = AgentCode(0x0376);
+} // namespace names
+
+namespace state
+{
+constexpr HRESULT Disabled = AgentCode(0x0381);
+constexpr HRESULT NotPresent = AgentCode(0x0382);
+constexpr HRESULT BadMtu = AgentCode(0x0383);
+constexpr HRESULT NoMacAddress = AgentCode(0x0384);
+constexpr HRESULT BadMacAddress = AgentCode(0x0385);
+constexpr HRESULT Suspended = AgentCode(0x0386);
+constexpr HRESULT DownWithLink = AgentCode(0x0387);
+} // namespace state
+
+namespace script
+{
+constexpr HRESULT Unreadable = AgentCode(0x0401);
+constexpr HRESULT NotJson = AgentCode(0x0402);
+constexpr HRESULT BadContent = AgentCode(0x0403);
+} // namespace script
+} // namespace vorl
