@@ -102,7 +102,8 @@ std::vector<DWORD> ProcessesOf(const std::wstring& image)
     const CFileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32W entry = {};
     entry.dwSize = sizeof entry;
-    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more; more = Process32NextW(snapshot.Get(), &entry))
+    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more;
+         more = Process32NextW(snapshot.Get(), &entry))
         if (EqualNoCaseAscii(entry.szExeFile, image))
             ids.push_back(entry.th32ProcessID);
     return ids;

@@ -20,8 +20,8 @@ std::wstring MakeTestFolder()
     static unsigned count = 0;
     wchar_t temp[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, temp);
-    const std::wstring folder =
-        std::wstring(temp) + L"zeb-system-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+    const std::wstring folder = std::wstring(temp) + L"zeb-system-" + std::to_wstring(GetCurrentProcessId()) +
+                                L"-" + std::to_wstring(++count);
     if (!CreateDirectoryW(folder.c_str(), nullptr))
         throw std::runtime_error("no folder for the files of a test");
     return folder + L"\\";
@@ -45,8 +45,8 @@ void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void
 {
     CRegKey key;
     const std::wstring path = std::wstring(kProductKey) + L"\\" + subkey;
-    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(), nullptr) !=
-            ERROR_SUCCESS ||
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(),
+                        nullptr) != ERROR_SUCCESS ||
         RegSetValueExW(key.Get(), name, 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(size)) !=
             ERROR_SUCCESS)
         throw std::runtime_error("a registry value of a test could not be set");
