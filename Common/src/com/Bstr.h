@@ -2,12 +2,13 @@
 // the text of both is empty, only the first is "absent".
 #pragma once
 
+#include <windows.h>
+
 #include <new>
 #include <oleauto.h>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <windows.h>
 
 class CBstr
 {

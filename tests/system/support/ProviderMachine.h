@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <windows.h>
 
 class CProviderMachine
 {
