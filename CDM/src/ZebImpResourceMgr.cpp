@@ -1,0 +1,106 @@
+#include "CDM/src/ZebImpResourceMgr.h"
+
+#include "CDM/src/ResourceSearch.h"
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebLock.h"
+#include "CDM/src/ZebString.h"
+#include "CDM/src/ZebTrace.h"
+
+#include <new>
+
+HRESULT CZebImpResourceMgr::LoadResourceDll(LCID locale, const char* baseName, bool registerDefault,
+                                            HMODULE* library) noexcept
+try
+{
+    CZebTrace trace("CZebImpResourceMgr::LoadResourceDll");
+    ZebDebug().Write("Locale: 0x%4X", locale);
+    HMODULE found = nullptr;
+    if (library)
+        *library = nullptr;
+    if (FindLoaded(locale, baseName, found))
+    {
+        ZebDebug().Write("Already loaded");
+        if (library)
+            *library = found;
+        return S_OK;
+    }
+    // Outside the lock: looking for a library must not keep other lookups waiting.
+    found = SearchResourceDll(locale, baseName);
+    Record(locale, baseName, registerDefault, found);
+    if (library)
+        *library = found;
+    return S_OK;
+}
+catch (const std::bad_alloc&)
+{
+    ZebDebug().Write("Out of memory");
+    return S_OK;
+}
+
+bool CZebImpResourceMgr::FindLoaded(LCID locale, const char* baseName, HMODULE& library)
+{
+    LocaleMap* locales = nullptr;
+    {
+        CZebLock lock(m_lock);
+        locales = &m_libraries[baseName];
+    }
+    CZebLock lock(m_lock);
+    const auto entry = locales->find(locale);
+    if (entry == locales->end())
+        return false;
+    library = entry->second;
+    return true;
+}
+
+void CZebImpResourceMgr::Record(LCID locale, const char* baseName, bool registerDefault, HMODULE library)
+{
+    CZebLock lock(m_lock);
+    HMODULE& recorded = m_libraries[baseName][locale];
+    // Another thread may have looked at the same moment; what one of them found stays.
+    if (!recorded)
+        recorded = library;
+    if (!registerDefault)
+        return;
+    HMODULE& standIn = m_defaults[baseName];
+    if (!standIn)
+        standIn = library;
+}
+
+HMODULE CZebImpResourceMgr::FindOrLoad(LCID locale, const char* baseName)
+{
+    CZebLock lock(m_lock);
+    HMODULE library = nullptr;
+    const auto locales = m_libraries.find(baseName);
+    if (locales == m_libraries.end() || !locales->second.contains(locale))
+        LoadResourceDll(locale, baseName, false, &library);
+    else
+        library = locales->second[locale];
+    if (library)
+        return library;
+    const auto fallback = m_defaults.find(baseName);
+    return fallback == m_defaults.end() ? nullptr : fallback->second;
+}
+
+std::string CZebImpResourceMgr::GetString(LCID locale, UINT id, const char* baseName)
+{
+    std::string text = LoadZebString(FindOrLoad(locale, baseName), id, locale);
+    if (!text.empty())
+        return text;
+    // A missing string shows in the client's text instead of a blank.
+    char missing[512];
+    _snprintf(missing, sizeof(missing) - 1, "No string found. Id %d DLL %s Locale %x", id, baseName,
+              static_cast<unsigned>(locale));
+    missing[sizeof(missing) - 1] = '\0';
+    return missing;
+}
+
+CBstr CZebImpResourceMgr::GetStringBstr(LCID locale, UINT id, const char* baseName)
+{
+    const std::string text = GetString(locale, id, baseName);
+    const int length = static_cast<int>(text.size());
+    const int full = MultiByteToWideChar(CP_ACP, 0, text.data(), length, nullptr, 0);
+    CBstr wide = CBstr::Attach(SysAllocStringLen(nullptr, static_cast<UINT>(full)));
+    if (full == 0 || !wide || MultiByteToWideChar(CP_ACP, 0, text.data(), length, wide.Get(), full) != full)
+        return CBstr();
+    return wide;
+}

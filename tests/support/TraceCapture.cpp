@@ -1,0 +1,81 @@
+#include "tests/support/TraceCapture.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "tests/support/RegistryScope.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace
+{
+// The process's trace file, closed and removed at the end of the process.
+class CTraceFile
+{
+  public:
+    CTraceFile()
+    {
+        char folder[MAX_PATH + 1] = {};
+        GetTempPathA(MAX_PATH, folder);
+        m_path = std::string(folder) + "zeb-test-" + std::to_string(GetCurrentProcessId()) + ".log";
+        // An empty registry: the machine's own settings would move the file.
+        const CRegistryScope registry;
+        if (ZebDebug().Configure("test", m_path.c_str(), 2, 0, false, 0) != 0)
+            throw std::runtime_error("the trace of the test could not be opened: " + m_path);
+    }
+    ~CTraceFile()
+    {
+        ZebDebug().Close();
+        DeleteFileA(m_path.c_str());
+    }
+    std::string Text() const
+    {
+        std::ifstream file(m_path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+  private:
+    std::string m_path;
+};
+
+const CTraceFile& TraceFile()
+{
+    static const CTraceFile file;
+    return file;
+}
+
+// "[1a2c] 09:05:07.042 message": the message starts behind the second blank.
+std::string WithoutPrefix(const std::string& line)
+{
+    if (line.empty() || line[0] != '[')
+        return line;
+    const size_t time = line.find(' ');
+    const size_t message = time == std::string::npos ? time : line.find(' ', time + 1);
+    return message == std::string::npos ? line : line.substr(message + 1);
+}
+} // namespace
+
+CTraceCapture::CTraceCapture() : m_start(TraceFile().Text().size()) {}
+
+std::vector<std::string> CTraceCapture::Lines() const
+{
+    const std::string text = TraceFile().Text();
+    std::vector<std::string> lines;
+    for (size_t at = m_start; at < text.size();)
+    {
+        const size_t end = std::min(text.find("\r\n", at), text.size());
+        if (end > at)
+            lines.push_back(WithoutPrefix(text.substr(at, end - at)));
+        at = end + 2;
+    }
+    return lines;
+}
+
+size_t CTraceCapture::Count(std::string_view text) const
+{
+    const std::vector<std::string> lines = Lines();
+    return static_cast<size_t>(std::count_if(lines.begin(), lines.end(),
+                                             [&](const std::string& line)
+                                             { return line.find(text) != std::string::npos; }));
+}
