@@ -81,9 +81,14 @@ HMODULE CZebImpResourceMgr::FindOrLoad(LCID locale, const char* baseName)
     return fallback == m_defaults.end() ? nullptr : fallback->second;
 }
 
+std::string CZebImpResourceMgr::FindString(LCID locale, UINT id, const char* baseName)
+{
+    return LoadZebString(FindOrLoad(locale, baseName), id, locale);
+}
+
 std::string CZebImpResourceMgr::GetString(LCID locale, UINT id, const char* baseName)
 {
-    std::string text = LoadZebString(FindOrLoad(locale, baseName), id, locale);
+    std::string text = FindString(locale, id, baseName);
     if (!text.empty())
         return text;
     // A missing string shows in the client's text instead of a blank.

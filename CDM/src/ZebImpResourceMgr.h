@@ -23,6 +23,9 @@ class CZebImpResourceMgr
     HRESULT LoadResourceDll(LCID locale, const char* baseName, bool registerDefault,
                             HMODULE* library = nullptr) noexcept;
 
+    // The text of a string; empty where it is missing, for callers that know what to say instead. Throws
+    // std::bad_alloc only.
+    virtual std::string FindString(LCID locale, UINT id, const char* baseName);
     // The text of a string, never empty: a missing one gives a text that says which is missing. Throws
     // std::bad_alloc only.
     virtual std::string GetString(LCID locale, UINT id, const char* baseName);

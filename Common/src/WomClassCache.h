@@ -4,22 +4,28 @@
 #pragma once
 
 #include "Common/src/com/ComPtr.h"
+#include "Common/src/com/CriticalSection.h"
 
-#include <functional>
+#include <memory>
 #include <wbemcli.h>
 #include <windows.h>
 
 namespace WomClassCache
 {
-using Fetch = std::function<HRESULT(ComPtr<IWbemClassObject>&)>;
+// The place of one definition. Whoever finds it empty fetches the definition while holding `section`, so that
+// callers of one class wait for the first one's fetch and those of other classes do not.
+struct CEntry
+{
+    CCriticalSection section;
+    ComPtr<IWbemClassObject> definition;
+};
 
-// Gives the definition under the key, calling `fetch` where there is none. Callers of one key wait for the
-// first one's fetch; other keys do not. A failed fetch leaves nothing behind; its code is returned.
-// Throws std::bad_alloc.
-HRESULT Get(const wchar_t* className, LCID locale, IWbemServices* services, const Fetch& fetch,
-            ComPtr<IWbemClassObject>& definition);
+// The place under a key; made where there is none. The cache keeps a reference on `services`, so that the
+// pointer never comes to mean another name space. Throws std::bad_alloc.
+std::shared_ptr<CEntry> Find(const wchar_t* className, LCID locale, IWbemServices* services);
 
 // Releases every definition. For the end of the process, before COM is uninitialised, when no request runs
-// any more: nothing is released after that, because the objects may live in other modules.
+// any more. Nothing is released later than that: static destructors run when the objects' modules may be
+// gone.
 void Drop() noexcept;
 } // namespace WomClassCache

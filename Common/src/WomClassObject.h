@@ -93,6 +93,11 @@ class CWomClassObject
     HRESULT Get(const wchar_t* name, VARTYPE expected, CVariant& value, bool* isNull, CIMTYPE* type,
                 const Lines& lines);
 
+    HRESULT DumpedProperties(std::vector<CBstr>& names) const;
+    HRESULT DumpProperty(const CBstr& name) const;
+    void DumpEmbedded(IUnknown* object) const;
+    HRESULT RaiseDump(const char* step, HRESULT hr, long line) const;
+
     std::atomic<ULONG> m_references{1};
     CWomSecurity m_security;
     ComPtr<IWbemClassObject> m_object;

@@ -6,6 +6,7 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComPtr.h"
 
+#include <optional>
 #include <wbemcli.h>
 
 class CZebImpResourceMgr;
@@ -49,6 +50,8 @@ class CWomContext
     void DebugOutput() const;
 
   private:
+    LCID ReadCallerLocale() const;
+
     CWomSecurity m_security;
     ComPtr<IWbemServices> m_namespace;
     ComPtr<IWbemContext> m_callerContext;
@@ -61,4 +64,5 @@ class CWomContext
     bool m_cimKeyMode;
     bool m_runsImpersonated;
     CBstr m_sessionHandle;
+    mutable std::optional<LCID> m_callerLocale; // 0: the caller names none
 };

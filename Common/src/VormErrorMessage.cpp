@@ -1,0 +1,42 @@
+#include "Common/src/VormErrorMessage.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebImpResourceMgr.h"
+#include "CDM/src/ZebTrace.h"
+#include "Common/src/com/Owned.h"
+
+namespace
+{
+constexpr char kTable[] = "_8023";
+constexpr UINT kUnknownError = 100;
+
+void FormatSystemError(DWORD code, std::string& text, LCID locale)
+{
+    CLocalText message;
+    const DWORD length =
+        FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code,
+                       LANGIDFROMLCID(locale), reinterpret_cast<char*>(message.Put()), 0, nullptr);
+    if (length && message)
+        text.assign(message.Get(), length < 2 ? 0 : length - 2); // without the CR LF
+}
+} // namespace
+
+void FormatVorlErrorMessage(HRESULT hr, std::string& text, CZebImpResourceMgr& resources, LCID locale)
+{
+    CZebTrace trace("FormatVorlErrorMessage");
+    const auto code = static_cast<DWORD>(hr);
+    if ((code & 0x80040000) != 0x80040000)
+    {
+        FormatSystemError(code, text, locale);
+        return;
+    }
+    const UINT id = (code & 0x7FFF) | 0x8000;
+    ZebDebug().Write("HR = 0x%x ID = 0x%x", code, id);
+    text = resources.FindString(locale, id, kTable);
+    if (text.empty())
+    {
+        char message[1025] = {}; // the most that wsprintf writes
+        wsprintfA(message, resources.FindString(locale, kUnknownError, kTable).c_str(), code);
+        text = message;
+    }
+}

@@ -1,0 +1,70 @@
+// Which calls of a test fail: the n-th of a kind, with a code. One plan is shared by all objects that take
+// part in a test, so that "the third Put" means the third of the whole request. Any thread may ask it.
+#pragma once
+
+#include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/Variant.h"
+
+#include <map>
+#include <memory>
+#include <string>
+
+class CCallPlan
+{
+  public:
+    enum class Call
+    {
+        Get,
+        Put,
+        GetNames,
+        GetPropertyQualifierSet,
+        GetQualifier,
+        SpawnInstance,
+        GetMethod,
+    };
+
+    // The n-th call from now on (counted from 1) answers `code`. A plan has one failure at a time.
+    void Fail(Call call, int n, HRESULT code)
+    {
+        CLockScope lock(m_section);
+        m_call = call;
+        m_failIn = n;
+        m_code = code;
+    }
+    // From now on every Get of that property answers this value in place of the object's own.
+    void Answer(const wchar_t* property, CVariant value)
+    {
+        CLockScope lock(m_section);
+        m_answers.insert_or_assign(property, std::move(value));
+    }
+
+    // For the objects: S_OK lets the call pass.
+    HRESULT Next(Call call)
+    {
+        CLockScope lock(m_section);
+        ++m_counts[call];
+        return call == m_call && m_failIn > 0 && --m_failIn == 0 ? m_code : S_OK;
+    }
+    bool Answered(const wchar_t* property, VARIANT* value)
+    {
+        CLockScope lock(m_section);
+        const auto found = m_answers.find(property ? property : L"");
+        return found != m_answers.end() && SUCCEEDED(VariantCopy(value, &found->second));
+    }
+    // How many calls of the kind there were.
+    int Count(Call call)
+    {
+        CLockScope lock(m_section);
+        return m_counts[call];
+    }
+
+  private:
+    CCriticalSection m_section;
+    std::map<Call, int> m_counts;
+    std::map<std::wstring, CVariant> m_answers;
+    Call m_call = Call::Get;
+    int m_failIn = 0;
+    HRESULT m_code = S_OK;
+};
+
+using CallPlan = std::shared_ptr<CCallPlan>;

@@ -1,0 +1,74 @@
+// A response sink that remembers what it was given. Any thread may call it.
+#pragma once
+
+#include "Common/src/com/Bstr.h"
+#include "Common/src/com/ComObject.h"
+#include "Common/src/com/CriticalSection.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+#include <wbemcli.h>
+
+class CFakeSink final : public CComObject<IWbemObjectSink>
+{
+  public:
+    struct CStatus
+    {
+        long Flags;
+        HRESULT Result;
+        std::optional<std::wstring> Parameter;
+        ComPtr<IWbemClassObject> Object;
+    };
+
+    // The n-th Indicate from now on (counted from 1) answers `code` and keeps nothing.
+    void FailIndicate(int n, HRESULT code)
+    {
+        CLockScope lock(m_section);
+        m_failIn = n;
+        m_failure = code;
+    }
+    std::vector<ComPtr<IWbemClassObject>> Objects() const
+    {
+        CLockScope lock(m_section);
+        return m_objects;
+    }
+    // The number of objects in each Indicate that arrived, failed ones included.
+    std::vector<long> Indications() const
+    {
+        CLockScope lock(m_section);
+        return m_indications;
+    }
+    std::vector<CStatus> Statuses() const
+    {
+        CLockScope lock(m_section);
+        return m_statuses;
+    }
+
+    STDMETHODIMP Indicate(LONG count, IWbemClassObject** objects) override
+    {
+        CLockScope lock(m_section);
+        m_indications.push_back(count);
+        if (m_failIn > 0 && --m_failIn == 0)
+            return m_failure;
+        for (LONG i = 0; i < count; ++i)
+            m_objects.emplace_back(objects[i]);
+        return WBEM_S_NO_ERROR;
+    }
+    STDMETHODIMP SetStatus(LONG flags, HRESULT result, BSTR parameter, IWbemClassObject* object) override
+    {
+        CLockScope lock(m_section);
+        m_statuses.push_back({flags, result,
+                              parameter ? std::optional<std::wstring>(parameter) : std::nullopt,
+                              ComPtr<IWbemClassObject>(object)});
+        return WBEM_S_NO_ERROR;
+    }
+
+  private:
+    mutable CCriticalSection m_section;
+    std::vector<ComPtr<IWbemClassObject>> m_objects;
+    std::vector<long> m_indications;
+    std::vector<CStatus> m_statuses;
+    int m_failIn = 0;
+    HRESULT m_failure = S_OK;
+};
