@@ -1,0 +1,75 @@
+// What a script says: adapters, their tests, and how each call ends. docs/scripted-agent.md describes the
+// file.
+#pragma once
+
+#include "agent/Vorl.h"
+
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class Call
+{
+    Initialize,
+    EnumAdapters,
+    EnumDiagTests,
+    RunDiagTest,
+    StopTest,
+    GetDiagTestStatistics,
+    Release
+};
+// The name of a call in scripts and in counts files.
+const char* NameOf(Call call) noexcept;
+std::optional<Call> FindCall(std::string_view name) noexcept;
+
+// What happens instead of, or before, the scripted behaviour of a call.
+struct CFault
+{
+    std::optional<ULONG> OnlyCall; // counted from 1 in the fault's own scope; every call where absent
+    std::wstring HangUntil;        // name of an event to wait for first; empty: no wait
+    bool Throw = false;            // then an exception leaves the call
+    std::optional<HRESULT> Result; // or the call ends with this code and does nothing else
+};
+using CFaults = std::map<Call, std::vector<CFault>>;
+
+struct CScriptedTest
+{
+    VormTestDescriptor Descriptor = {};
+    std::vector<HRESULT> Outcomes = {S_OK};     // used in turn, the last one for all further runs
+    std::optional<DWORD> Duration = 0;          // milliseconds; absent: until the test is stopped
+    std::vector<VormTestStatistics> Statistics; // one per poll, the last one for all further polls
+    bool GrowingStatistics = false;             // counters that grow with every poll instead
+    CFaults Faults;
+};
+
+struct CScriptedAdapter
+{
+    std::wstring Key;
+    std::vector<CScriptedTest> Tests;
+    CFaults Faults;
+};
+
+struct CScript
+{
+    std::wstring CountsFile; // empty: the calls are not counted in a file
+    std::vector<CScriptedAdapter> Adapters;
+    CFaults Faults;
+};
+
+// A script that cannot be used: the code that the agent's Initialize fails with, and what exactly is wrong.
+class CScriptError : public std::runtime_error
+{
+  public:
+    CScriptError(HRESULT code, const std::string& details) : std::runtime_error(details), m_code(code) {}
+    HRESULT Code() const noexcept { return m_code; }
+
+  private:
+    HRESULT m_code;
+};
+
+// Reads a script from JSON text (UTF-8, comments allowed). Members that it does not know are errors, so that
+// a misspelt one does not go unnoticed. Throws CScriptError.
+CScript ParseScript(std::string_view text);

@@ -1,0 +1,82 @@
+#include "agent/scripted/ScriptPlay.h"
+
+#include "Common/src/com/Text.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+// The first fault for a call that is the n-th of its kind.
+const CFault* FindFault(const CFaults& faults, Call call, ULONG number)
+{
+    const auto entry = faults.find(call);
+    if (entry == faults.end())
+        return nullptr;
+    const auto fault = std::find_if(entry->second.begin(), entry->second.end(),
+                                    [&](const CFault& f) { return f.OnlyCall.value_or(number) == number; });
+    return fault == entry->second.end() ? nullptr : &*fault;
+}
+
+VormTestStatistics Growing(ULONG poll) noexcept
+{
+    VormTestStatistics statistics = {};
+    for (size_t i = 0; i < std::size(statistics.Counter); ++i)
+        statistics.Counter[i] = poll * static_cast<ULONG>(25 - i);
+    statistics.Word = static_cast<USHORT>(poll);
+    statistics.ByteA = static_cast<BYTE>(poll);
+    statistics.ByteB = static_cast<BYTE>(poll);
+    return statistics;
+}
+} // namespace
+
+CScriptPlay::CScriptPlay(CScript script) : m_script(std::move(script)), m_counts(m_script.CountsFile) {}
+
+const CFault* CScriptPlay::Enter(Call call, std::wstring_view adapterKey, std::optional<ULONG> testId)
+{
+    const CScriptedAdapter* adapter = FindAdapter(adapterKey);
+    const CScriptedTest* test = testId ? FindTest(adapterKey, *testId) : nullptr;
+    // Calls about adapters and tests that the script does not have count in all only.
+    const CCallCounts::CNumbers numbers =
+        m_counts.Count(call, adapter ? adapter->Key : std::wstring(), test ? testId : std::nullopt);
+    const CFault* fault = test ? FindFault(test->Faults, call, numbers.OfTest) : nullptr;
+    if (!fault && adapter)
+        fault = FindFault(adapter->Faults, call, numbers.OfAdapter);
+    return fault ? fault : FindFault(m_script.Faults, call, numbers.InAll);
+}
+
+const CScriptedAdapter* CScriptPlay::FindAdapter(std::wstring_view key) const
+{
+    const std::wstring wanted = UpperCaseAnsi(key);
+    const auto adapter =
+        std::find_if(m_script.Adapters.begin(), m_script.Adapters.end(),
+                     [&](const CScriptedAdapter& a) { return UpperCaseAnsi(a.Key) == wanted; });
+    return adapter == m_script.Adapters.end() ? nullptr : &*adapter;
+}
+
+const CScriptedTest* CScriptPlay::FindTest(std::wstring_view adapterKey, ULONG testId) const
+{
+    const CScriptedAdapter* adapter = FindAdapter(adapterKey);
+    if (!adapter)
+        return nullptr;
+    const auto test = std::find_if(adapter->Tests.begin(), adapter->Tests.end(),
+                                   [&](const CScriptedTest& t) { return t.Descriptor.TestID == testId; });
+    return test == adapter->Tests.end() ? nullptr : &*test;
+}
+
+HRESULT CScriptPlay::BeginRun(const CScriptedTest& test)
+{
+    const std::lock_guard lock(m_mutex);
+    CProgress& progress = m_progress[&test];
+    progress.Polls = 0;
+    return test.Outcomes[std::min(progress.Runs++, test.Outcomes.size() - 1)];
+}
+
+VormTestStatistics CScriptPlay::Poll(const CScriptedTest& test)
+{
+    const std::lock_guard lock(m_mutex);
+    const ULONG poll = ++m_progress[&test].Polls;
+    if (test.GrowingStatistics)
+        return Growing(poll);
+    return test.Statistics[std::min<size_t>(poll, test.Statistics.size()) - 1];
+}
