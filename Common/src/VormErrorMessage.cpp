@@ -10,6 +10,13 @@ namespace
 constexpr char kTable[] = "_8023";
 constexpr UINT kUnknownError = 100;
 
+// Agents mark their codes with bits 31 and 18. A wrapped Win32 error, such as access denied or a proxy whose
+// server is gone, has these bits too, but its text is the system's.
+bool IsAgentError(HRESULT hr) noexcept
+{
+    return (hr & 0x80040000) == 0x80040000 && HRESULT_FACILITY(hr) != FACILITY_WIN32;
+}
+
 void FormatSystemError(DWORD code, std::string& text, LCID locale)
 {
     CLocalText message;
@@ -25,7 +32,7 @@ void FormatVorlErrorMessage(HRESULT hr, std::string& text, CZebImpResourceMgr& r
 {
     CZebTrace trace("FormatVorlErrorMessage");
     const auto code = static_cast<DWORD>(hr);
-    if ((code & 0x80040000) != 0x80040000)
+    if (!IsAgentError(hr))
     {
         FormatSystemError(code, text, locale);
         return;

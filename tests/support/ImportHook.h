@@ -9,8 +9,11 @@
 // At file scope of one source file of the test program, for functions that the platform's headers declare as
 // imported.
 #define ZEB_HOOKED_IMPORT(library, function)                                                                 \
-    extern "C" decltype(&function) __imp_##function = reinterpret_cast<decltype(&function)>(                 \
-        reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(library), #function)))
+    extern "C"                                                                                               \
+    {                                                                                                        \
+        decltype(&function) __imp_##function = reinterpret_cast<decltype(&function)>(                        \
+            reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(library), #function)));                      \
+    }
 
 // Replaces a function while it lives. Calls of other threads see it too.
 template <class Function>
