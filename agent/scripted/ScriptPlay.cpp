@@ -3,7 +3,6 @@
 #include "Common/src/com/Text.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace
 {
@@ -18,14 +17,21 @@ const CFault* FindFault(const CFaults& faults, Call call, ULONG number)
     return fault == entry->second.end() ? nullptr : &*fault;
 }
 
-VormTestStatistics Growing(ULONG poll) noexcept
+// A sender and its responder on a good link: every packet is answered.
+VormTestStatistics Growing(ULONG testId, ULONG poll) noexcept
 {
+    constexpr ULONG kPacketsPerPoll = 25;
+    constexpr ULONG kMegabits = 1000;
+    const ULONG packets = poll * kPacketsPerPoll;
     VormTestStatistics statistics = {};
-    for (size_t i = 0; i < std::size(statistics.Counter); ++i)
-        statistics.Counter[i] = poll * static_cast<ULONG>(25 - i);
-    statistics.Word = static_cast<USHORT>(poll);
-    statistics.ByteA = static_cast<BYTE>(poll);
-    statistics.ByteB = static_cast<BYTE>(poll);
+    statistics.Counter[0] = packets; // received by the responder
+    statistics.Counter[1] = packets; // answered by it
+    statistics.Counter[2] = packets; // sent by the sender
+    statistics.Counter[4] = packets; // answers that came back
+    statistics.Counter[7] = kMegabits;
+    statistics.Word = 1;                    // milliseconds for the longest round trip
+    statistics.ByteA = testId == 9 ? 1 : 2; // sender or responder
+    statistics.ByteB = 1;                   // the link is up
     return statistics;
 }
 } // namespace
@@ -77,6 +83,6 @@ VormTestStatistics CScriptPlay::Poll(const CScriptedTest& test)
     const std::lock_guard lock(m_mutex);
     const ULONG poll = ++m_progress[&test].Polls;
     if (test.GrowingStatistics)
-        return Growing(poll);
+        return Growing(test.Descriptor.TestID, poll);
     return test.Statistics[std::min<size_t>(poll, test.Statistics.size()) - 1];
 }

@@ -1,0 +1,93 @@
+#include "agent/host/HostAgent.h"
+
+#include "Common/src/com/ComBoundary.h"
+#include "agent/AgentCodes.h"
+#include "agent/host/HostTest.h"
+#include "agent/server/VormLists.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+std::wstring ToText(BSTR text)
+{
+    return {text ? text : L"", SysStringLen(text)};
+}
+} // namespace
+
+STDMETHODIMP CHostAgent::Initialize(ULONG)
+{
+    return S_OK;
+}
+
+STDMETHODIMP CHostAgent::EnumAdapters(ULONG* count, BSTR** adapterKeys)
+{
+    if (!count || !adapterKeys)
+        return E_POINTER;
+    *count = 0;
+    *adapterKeys = nullptr;
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            std::vector<CAdapterFacts> adapters;
+            if (m_network->ListAdapters(adapters) != NO_ERROR)
+                return vorl::FactsUnavailable;
+            std::vector<std::wstring> keys;
+            std::transform(adapters.begin(), adapters.end(), std::back_inserter(keys),
+                           [](const CAdapterFacts& adapter) { return adapter.Key; });
+            return HandOutKeys(keys, count, adapterKeys);
+        });
+}
+
+STDMETHODIMP CHostAgent::EnumDiagTests(BSTR adapterKey, ULONG* count, VormTestDescriptor** tests)
+{
+    if (!count || !tests)
+        return E_POINTER;
+    *count = 0;
+    *tests = nullptr;
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            CAdapterFacts adapter;
+            const HRESULT hr = CHostRun(*m_network, ToText(adapterKey), nullptr, 0).Read(adapter);
+            if (FAILED(hr))
+                return hr;
+            std::vector<VormTestDescriptor> descriptors;
+            for (const CHostTest& test : HostTests())
+                descriptors.push_back({test.Id, 3500 + (test.Id & 15), 0});
+            return HandOutTests(descriptors, count, tests);
+        });
+}
+
+STDMETHODIMP CHostAgent::RunDiagTest(BSTR adapterKey, ULONG testId)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            const auto tests = HostTests();
+            const auto test =
+                std::find_if(tests.begin(), tests.end(), [&](const CHostTest& t) { return t.Id == testId; });
+            if (test == tests.end())
+                return vorl::NoSuchTest;
+            const std::wstring key = ToText(adapterKey);
+            const auto run = m_runs.Begin(key, testId);
+            if (!run)
+                return vorl::AlreadyRunning;
+            return test->Run(CHostRun(*m_network, key, run->StopEvent(), m_sampling));
+        });
+}
+
+STDMETHODIMP CHostAgent::StopTest(BSTR adapterKey, ULONG testId)
+{
+    return AtComBoundary([&]() -> HRESULT
+                         { return m_runs.Stop(ToText(adapterKey), testId) ? S_OK : vorl::NotRunning; });
+}
+
+STDMETHODIMP CHostAgent::GetDiagTestStatistics(BSTR, ULONG, VormTestStatistics* stats)
+{
+    if (!stats)
+        return E_POINTER;
+    *stats = {};
+    return vorl::NoStatistics;
+}

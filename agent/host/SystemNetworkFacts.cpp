@@ -1,0 +1,161 @@
+#include "agent/host/SystemNetworkFacts.h"
+
+#include "Common/src/com/Owned.h"
+#include "agent/host/DnsQuestion.h"
+#include "agent/host/Probes.h"
+#include "agent/host/WiredAdapters.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <objbase.h>
+
+namespace
+{
+struct InterfaceTableTraits
+{
+    using Type = MIB_IF_TABLE2*;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type table) noexcept { FreeMibTable(table); }
+};
+
+// The adapters' addresses, as the list that the system hands out.
+class CAddressList
+{
+  public:
+    DWORD Read()
+    {
+        constexpr ULONG kFlags = GAA_FLAG_INCLUDE_GATEWAYS | GAA_FLAG_INCLUDE_ALL_INTERFACES |
+                                 GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST;
+        // The list may grow between two calls.
+        DWORD status = ERROR_BUFFER_OVERFLOW;
+        ULONG size = 16 * 1024;
+        for (int attempt = 0; attempt < 4 && status == ERROR_BUFFER_OVERFLOW; ++attempt)
+        {
+            m_memory.reset(new std::max_align_t[size / sizeof(std::max_align_t) + 1]);
+            status = GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, Head(), &size);
+        }
+        m_valid = status == NO_ERROR;
+        return status == ERROR_NO_DATA ? NO_ERROR : status;
+    }
+    // Null where the interface has no addresses at all.
+    const IP_ADAPTER_ADDRESSES* Find(const NET_LUID& luid) const noexcept
+    {
+        for (const IP_ADAPTER_ADDRESSES* entry = m_valid ? Head() : nullptr; entry; entry = entry->Next)
+            if (entry->Luid.Value == luid.Value)
+                return entry;
+        return nullptr;
+    }
+
+  private:
+    IP_ADAPTER_ADDRESSES* Head() const noexcept
+    {
+        return reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_memory.get());
+    }
+
+    std::unique_ptr<std::max_align_t[]> m_memory;
+    bool m_valid = false;
+};
+
+SOCKADDR_INET ToAddress(const SOCKET_ADDRESS& from) noexcept
+{
+    SOCKADDR_INET address = {};
+    const auto size = std::min(static_cast<size_t>(from.iSockaddrLength), sizeof address);
+    std::memcpy(&address, from.lpSockaddr, size);
+    return address;
+}
+
+void AddAddresses(const IP_ADAPTER_ADDRESSES& from, CAdapterFacts& facts)
+{
+    for (const auto* own = from.FirstUnicastAddress; own; own = own->Next)
+        facts.Addresses.push_back(
+            {ToAddress(own->Address), own->OnLinkPrefixLength, static_cast<NL_DAD_STATE>(own->DadState)});
+    for (const auto* gateway = from.FirstGatewayAddress; gateway; gateway = gateway->Next)
+        facts.Gateways.push_back(ToAddress(gateway->Address));
+    for (const auto* server = from.FirstDnsServerAddress; server; server = server->Next)
+        facts.DnsServers.push_back(ToAddress(server->Address));
+}
+
+CAdapterFacts ToFacts(const MIB_IF_ROW2& row)
+{
+    CAdapterFacts facts;
+    wchar_t key[39] = {};
+    StringFromGUID2(row.InterfaceGuid, key, 39);
+    facts.Key = key;
+    facts.OperStatus = row.OperStatus;
+    facts.AdminStatus = row.AdminStatus;
+    facts.Media = row.MediaConnectState;
+    facts.NotAuthenticated = row.InterfaceAndOperStatusFlags.NotAuthenticated;
+    facts.Paused = row.InterfaceAndOperStatusFlags.Paused;
+    facts.LowPower = row.InterfaceAndOperStatusFlags.LowPower;
+    facts.TransmitSpeed = row.TransmitLinkSpeed;
+    facts.ReceiveSpeed = row.ReceiveLinkSpeed;
+    facts.Mtu = row.Mtu;
+    const ULONG length = std::min<ULONG>(row.PhysicalAddressLength, IF_MAX_PHYS_ADDRESS_LENGTH);
+    facts.MacAddress.assign(row.PhysicalAddress, row.PhysicalAddress + length);
+    facts.Traffic = {row.InErrors, row.OutErrors, row.InDiscards, row.OutDiscards};
+    return facts;
+}
+} // namespace
+
+CSystemNetworkFacts::CSystemNetworkFacts() noexcept
+{
+    WSADATA data = {};
+    m_sockets = WSAStartup(MAKEWORD(2, 2), &data) == 0;
+}
+
+CSystemNetworkFacts::~CSystemNetworkFacts()
+{
+    if (m_sockets)
+        WSACleanup();
+}
+
+DWORD CSystemNetworkFacts::ListAdapters(std::vector<CAdapterFacts>& adapters)
+{
+    adapters.clear();
+    COwned<InterfaceTableTraits> table;
+    CAddressList addresses;
+    DWORD status = GetIfTable2(table.Put());
+    if (status == NO_ERROR)
+        status = addresses.Read();
+    if (status != NO_ERROR)
+        return status;
+    std::vector<const MIB_IF_ROW2*> rows;
+    for (ULONG i = 0; i < table.Get()->NumEntries; ++i)
+        rows.push_back(&table.Get()->Table[i]);
+    // Unlike its index and its place in the table, an interface's LUID outlives a restart.
+    std::sort(rows.begin(), rows.end(),
+              [](const auto* a, const auto* b) { return a->InterfaceLuid.Value < b->InterfaceLuid.Value; });
+    for (const MIB_IF_ROW2* row : rows)
+    {
+        const IP_ADAPTER_ADDRESSES* own = addresses.Find(row->InterfaceLuid);
+        if (!IsWiredAdapter(*row, AskHost(row->Alias), own && own->FirstGatewayAddress))
+            continue;
+        CAdapterFacts facts = ToFacts(*row);
+        if (own)
+            AddAddresses(*own, facts);
+        adapters.push_back(std::move(facts));
+    }
+    return NO_ERROR;
+}
+
+std::optional<bool> CSystemNetworkFacts::IsFullDuplex(const std::wstring& adapterKey)
+{
+    return QueryFullDuplex(adapterKey);
+}
+
+Reply CSystemNetworkFacts::Ping(const SOCKADDR_INET& target, const SOCKADDR_INET& source)
+{
+    return SendEcho(target, source);
+}
+
+Reply CSystemNetworkFacts::FindNeighbour(const SOCKADDR_INET& target, const SOCKADDR_INET& source)
+{
+    return SendArpRequest(target, source);
+}
+
+Reply CSystemNetworkFacts::AskDnsServer(const SOCKADDR_INET& server, const SOCKADDR_INET& source,
+                                        const std::string& name, HANDLE stop)
+{
+    return SendDnsQuestion(server, source, name, stop);
+}
