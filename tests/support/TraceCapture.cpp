@@ -19,9 +19,16 @@ class CTraceFile
         char folder[MAX_PATH + 1] = {};
         GetTempPathA(MAX_PATH, folder);
         m_path = std::string(folder) + "zeb-test-" + std::to_string(GetCurrentProcessId()) + ".log";
+        DeleteFileA(m_path.c_str());
+    }
+    // Also again after a test that closed the trace.
+    void Open() const
+    {
+        if (ZebDebug().Level() == 2)
+            return;
         // An empty registry: the machine's own settings would move the file.
         const CRegistryScope registry;
-        if (ZebDebug().Configure("test", m_path.c_str(), 2, 0, false, 0) != 0)
+        if (ZebDebug().Configure("test", m_path.c_str(), 2, 0, true, 0) != 0)
             throw std::runtime_error("the trace of the test could not be opened: " + m_path);
     }
     ~CTraceFile()
@@ -56,7 +63,11 @@ std::string WithoutPrefix(const std::string& line)
 }
 } // namespace
 
-CTraceCapture::CTraceCapture() : m_start(TraceFile().Text().size()) {}
+CTraceCapture::CTraceCapture()
+{
+    TraceFile().Open();
+    m_start = TraceFile().Text().size();
+}
 
 std::vector<std::string> CTraceCapture::Lines() const
 {

@@ -1,7 +1,8 @@
+#include "CDM/src/ZebTrace.h"
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebLock.h"
-#include "CDM/src/ZebTrace.h"
 #include "tests/support/TraceCapture.h"
+#include "tests/unit/support/LogFile.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -42,6 +43,75 @@ TEST(FunctionTrace, CountsTheDepthOfEachThreadByItself)
     const CZebTrace outer("COuter::Run");
     std::thread([] { const CZebTrace other("COther::Run"); }).join();
     EXPECT_EQ((Lines{" { --> COuter::Run", " { --> COther::Run", " } <-- COther::Run"}), trace.Lines());
+}
+
+TEST(FunctionTrace, KeepsTheDepthUpWhileNothingIsWritten)
+{
+    {
+        const CTraceCapture open;
+    }
+    ZebDebug().Close();
+    ASSERT_EQ(0, ZebDebug().Level());
+    const CZebTrace unseen("CUnseen::Run");
+    const CTraceCapture trace;
+    {
+        const CZebTrace seen("CSeen::Run");
+    }
+    EXPECT_EQ((Lines{"     { --> CSeen::Run", "     } <-- CSeen::Run"}), trace.Lines());
+}
+
+TEST(FunctionTrace, WritesNoMarksAtLevelOne)
+{
+    {
+        const CTraceCapture open;
+    }
+    ZebDebug().Close();
+    const CRegistryScope registry;
+    const CTempFolder folder;
+    const std::string path = folder.File("one.log");
+    ASSERT_EQ(0, ZebDebug().Configure("t", path.c_str(), 1, 0, false, 0));
+    {
+        const CZebTrace scope("CUnseen::Run");
+        ZebDebug().Error("F", 1, "seen");
+    }
+    ZebDebug().Close();
+    const Lines lines = FileLines(path);
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_TRUE(lines[2].ends_with(" F (1): seen")) << lines[2];
+}
+
+// Runs a program that stands beside this one and gives its exit code.
+DWORD RunBeside(const char* program, const std::string& argument)
+{
+    char self[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, self, MAX_PATH);
+    const std::string path = std::filesystem::path(self).replace_filename(program).string();
+    std::string command = "\"" + path + "\" \"" + argument + "\"";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessA(path.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &process))
+        return GetLastError();
+    const CHandle thread(process.hThread);
+    const CHandle handle(process.hProcess);
+    WaitForSingleObject(handle.Get(), INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(handle.Get(), &code);
+    return code;
+}
+
+TEST(TraceLifetime, ReachesFromBeforeMainIntoTheDestructorsOfStatics)
+{
+    const CTempFolder folder;
+    const std::string path = folder.File("life.log");
+    ASSERT_EQ(0u, RunBeside("trace_lifetime.exe", path));
+    const Lines lines = FileLines(path);
+    ASSERT_EQ(6u, lines.size());
+    EXPECT_TRUE(lines[2].ends_with(" in main")) << lines[2];
+    EXPECT_TRUE(lines[3].ends_with("  { --> CSpeaker::~CSpeaker")) << lines[3];
+    EXPECT_TRUE(lines[4].ends_with(" after main")) << lines[4];
+    EXPECT_TRUE(lines[5].ends_with("  } <-- CSpeaker::~CSpeaker")) << lines[5];
 }
 
 TEST(LockTrace, ShowsTheStepsAndTheAddressOfTheLock)
