@@ -1,0 +1,58 @@
+// What the diagnostics manager holds. Shared with the runs that are going on: a run that cannot be ended
+// while the manager goes keeps what it works with.
+#pragma once
+
+#include "CDM/src/engine/ActiveRuns.h"
+#include "CDM/src/engine/AgentCalls.h"
+#include "CDM/src/engine/DiagMap.h"
+#include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/DiagResult.h"
+#include "CDM/src/engine/DiagSetting.h"
+#include "CDM/src/engine/DiagTest.h"
+#include "CDM/src/engine/IndexMap.h"
+#include "CDM/src/engine/ResultLog.h"
+#include "CDM/src/engine/RunEnvironment.h"
+#include "CDM/src/engine/StoreSession.h"
+
+struct CDiagMgr::CState
+{
+    CState(const CHostPaths& paths, const CEngineSeams& seams);
+
+    // Start-up, one adapter and one test at a time.
+    HRESULT CreateMaps();
+    void AddAdapter(ULONG index, BSTR adapterKey);
+    HRESULT AddTests(BSTR adapterKey, bool& found);
+    HRESULT AddTest(BSTR adapterKey, const VormTestDescriptor& descriptor, CStoreSession& session);
+    HRESULT AddStoredResult(BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor,
+                            CStoreSession& session);
+    HRESULT ReadConfiguration();
+
+    HRESULT GetSettingData(BSTR testKey, CSettingData& data) const;
+    HRESULT GetResultData(BSTR testKey, CResultData& data) const;
+    HRESULT LogResults(BSTR resultKey);
+
+    HRESULT RunTest(BSTR testKey, BSTR resultKey, ULONG mode);
+    HRESULT PrepareResult(const CDiagTest& test, BSTR resultKey, std::shared_ptr<CDiagResult>& result);
+    HRESULT BeginRun(BSTR testKey, CDiagResult& result);
+    HRESULT EndRun(HRESULT status, const CDiagTest& test, CDiagResult& result, ULONGLONG elapsed);
+    HRESULT FailRun(HRESULT status, const CDiagTest& test, CDiagResult& result);
+    void EndRuns();
+
+    HRESULT LoadResult(CStoreSession& session, const CBstr& resultId, const CBstr& adapterKey,
+                       CDiagResult& result) const;
+    HRESULT StoreResults();
+    HRESULT StoreEach(CStoreSession& session);
+    HRESULT ClearResults(BSTR resultKey);
+
+    // In the reverse order of their release.
+    std::shared_ptr<CDiagAgent> agent;
+    const CHostPaths paths;
+    IRunEnvironment& environment;
+    IStoreFiles& files;
+    CResultLog log;
+    CIndexMap indexes;
+    CDiagMap<CDiagSetting> settings;
+    CDiagMap<CDiagResult> results;
+    CDiagMap<CDiagTest> tests;
+    CActiveRuns runs;
+};

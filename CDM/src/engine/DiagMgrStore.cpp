@@ -1,0 +1,123 @@
+// The manager's way to the result store.
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/engine/DiagMgrState.h"
+#include "CDM/src/engine/EngineBoundary.h"
+#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/ResultsStore.h"
+
+// What was stored before a failure is kept, and so is what the file held of the results after it.
+HRESULT CDiagMgr::CState::StoreResults()
+{
+    const CZebTrace trace("CDiagMgr::StoreResults");
+    CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
+    const HRESULT hr = StoreEach(session);
+    const HRESULT published = session.Publish();
+    return FAILED(hr) ? hr : published;
+}
+
+HRESULT CDiagMgr::CState::StoreEach(CStoreSession& session)
+{
+    CVormArray<BSTR> keys;
+    HRESULT hr = WithinMemory([&] { return results.EnumObj(keys); });
+    if (FAILED(hr))
+    {
+        ZebDebug().Write("CDiagMgr::StoreResults:EnumResults failed, hr = <%x>", hr);
+        return hr;
+    }
+    for (ULONG i = 0; i < keys.Count(); ++i)
+    {
+        const BSTR key = keys.Items()[i];
+        std::shared_ptr<CDiagResult> result;
+        hr = results.GetObj(key, result);
+        if (FAILED(hr))
+        {
+            ZebDebug().Write("CDiagMgr::StoreResults:GetObj for <%d> iteration failed <%x>", i, hr);
+            return hr;
+        }
+        CBstr testName = ParseForTestName(CBstr(key));
+        if (!testName)
+        {
+            ZebDebug().Write("CDiagMgr::StoreResults:ParseForTestName failed");
+            return wmi::OutOfMemory;
+        }
+        const CBstr adapterKey = ParseForAdapterKey(CBstr(key));
+        if (!adapterKey)
+        {
+            ZebDebug().Write("CDiagMgr::StoreResults:ParseForAdapterKey failed");
+            return wmi::OutOfMemory;
+        }
+        CBstr index = indexes.GetIndexFromMap(adapterKey.Get());
+        if (!index)
+        {
+            ZebDebug().Write("CDiagMgr::StoreResults:GetIndexFromMap failed");
+            return wmi::OutOfMemory;
+        }
+        const CBstr resultId = JoinKey(std::move(testName), std::move(index));
+        hr = CResultsStore(session).StoreResult(resultId, adapterKey, *result);
+        if (FAILED(hr))
+        {
+            ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
+            return hr;
+        }
+    }
+    return S_OK;
+}
+
+HRESULT CDiagMgr::ClearResults(BSTR resultKey)
+{
+    return WithinMemory([&] { return m_state->ClearResults(resultKey); });
+}
+
+HRESULT CDiagMgr::CState::ClearResults(BSTR resultKey)
+{
+    const CZebTrace trace("CDiagMgr::ClearResults");
+    const CBstr folded = FoldedKey(resultKey);
+    const CBstr testName = ParseForTestName(folded);
+    if (!testName)
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:ParseForTestName failed");
+        return wmi::OutOfMemory;
+    }
+    const CBstr adapterKey = ParseForAdapterKey(folded);
+    if (!adapterKey)
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:ParseForAdapterKey failed");
+        return wmi::OutOfMemory;
+    }
+    const CBstr testKey = JoinKey(testName, adapterKey);
+    const CBstr resultId = JoinKey(testName, indexes.GetIndexFromMap(adapterKey.Get()));
+
+    std::shared_ptr<CDiagTest> test;
+    HRESULT hr = tests.GetObj(testKey.Get(), test);
+    if (FAILED(hr))
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:GetObj failed, hr = <%x>", hr);
+        return hr;
+    }
+    if (test->Locked())
+        return engine::ClearWhileRunning;
+    std::shared_ptr<CDiagResult> result;
+    if (FAILED(results.GetObj(testKey.Get(), result)))
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:Object not found");
+        return wmi::NotFound;
+    }
+    hr = results.RemoveObj(testKey.Get());
+    if (FAILED(hr))
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>", hr);
+        return hr;
+    }
+    CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
+    hr = CResultsStore(session).RemoveResult(resultId);
+    if (FAILED(hr) && hr != STG_E_FILENOTFOUND)
+    {
+        ZebDebug().Write("CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>", hr);
+        return hr;
+    }
+    hr = session.Publish();
+    if (FAILED(hr))
+        ZebDebug().Write("CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>", hr);
+    return hr;
+}

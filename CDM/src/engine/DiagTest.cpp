@@ -1,0 +1,162 @@
+#include "CDM/src/engine/DiagTest.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebRegistry.h"
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/engine/DiagKeys.h"
+#include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/SenderResponderRun.h"
+#include "Common/src/com/WmiStatus.h"
+
+#include <utility>
+
+namespace
+{
+constexpr USHORT kCharacteristicOfEveryTest = 2;
+constexpr USHORT kCharacteristicOfPairedTest = 7;
+} // namespace
+
+CDiagTest::CDiagTest(BSTR key, const VormTestDescriptor& descriptor)
+    : CDiagObject(key), m_testId(descriptor.TestID),
+      m_senderResponder(IsSenderResponder(descriptor.TestID)), m_characteristics{kCharacteristicOfEveryTest}
+{
+    if (!m_senderResponder)
+        return;
+    m_characteristics.push_back(kCharacteristicOfPairedTest);
+    // One name means one event: every sender/responder test of the session shares it, and where it exists
+    // already it is opened as it stands. A stop signal that comes while two of them run ends whichever run
+    // sees it first (or both), and a signal that no run has taken ends the next run at its first wait.
+    m_event.Reset(CreateEventW(nullptr, TRUE, FALSE, L"SenderResponderEvent"));
+    if (!m_event)
+        ZebDebug().Write("CDiagTest::CDiagTest:CreateEvent failed.");
+}
+
+CTestData CDiagTest::Data() const
+{
+    CTestData data;
+    data.TestID = m_testId;
+    data.NameStringID = NameStringID();
+    data.Key = Key();
+    data.DescriptionStringID = DescriptionStringID();
+    data.Characteristics = m_characteristics;
+    data.Value = m_value;
+    data.Locked = m_locked;
+    data.ResourcesUsed = m_resourcesUsed;
+    data.Event = m_event.Get();
+    data.SenderResponder = m_senderResponder ? 1 : 0;
+    return data;
+}
+
+HRESULT CDiagTest::LockTest() noexcept
+{
+    ULONG expected = 0;
+    return m_locked.compare_exchange_strong(expected, 1) ? S_OK : engine::AlreadyLocked;
+}
+
+HRESULT CDiagTest::UnlockTest() noexcept
+{
+    ULONG expected = 1;
+    return m_locked.compare_exchange_strong(expected, 0) ? S_OK : engine::NotLocked;
+}
+
+CRunTiming CDiagTest::Timing() const
+{
+    const CReadScope held(Lock());
+    return m_timing;
+}
+
+void CDiagTest::KeepWorker(std::shared_ptr<CTestWorker> worker)
+{
+    const CWriteScope held(Lock());
+    std::swap(m_worker, worker);
+}
+
+void CDiagTest::DropWorker()
+{
+    std::shared_ptr<CTestWorker> worker;
+    {
+        const CWriteScope held(Lock());
+        std::swap(m_worker, worker);
+    }
+    if (worker)
+        worker->CloseThread();
+}
+
+CRunTiming CDiagTest::ReadTiming()
+{
+    CRunTiming timing;
+    ReadRegistryNumber(kZebDiagKey, "TimeoutSndRsp", timing.TimeoutSndRsp);
+    ReadRegistryNumber(kZebDiagKey, "CheckTime", timing.CheckTime);
+    ReadRegistryNumber(kZebDiagKey, "MaxPktsRcvd", timing.MaxPktsRcvd);
+    const CWriteScope held(Lock());
+    m_timing = timing;
+    return timing;
+}
+
+HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
+                             BSTR testKey, IRunEnvironment& environment)
+{
+    const CZebTrace trace("CDiagTest::StartTest");
+    if (!testKey || !*testKey || !agent)
+        return E_INVALIDARG;
+    const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
+    if (!adapterKey)
+    {
+        ZebDebug().Write("CDiagTest::StartTest:ParseForAdapterKey failed");
+        return wmi::OutOfMemory;
+    }
+    ReadTiming();
+    if (m_senderResponder)
+        return RunOnWorker(agent, result, mode, testKey, adapterKey.Get(), environment);
+
+    const HRESULT hr = agent->RunDiagTest(adapterKey.Get(), m_testId);
+    if (FAILED(hr))
+        ZebDebug().Write("CDiagTest::StartTest:RunTest failed, hr = <%x>", hr);
+    return hr;
+}
+
+HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
+                               BSTR testKey, BSTR adapterKey, IRunEnvironment& environment)
+{
+    CRunParameters parameters;
+    if (mode == 1)
+    {
+        const CResultData setting = result.Data();
+        parameters.Report = setting.ReportStatusMessages != 0;
+        parameters.Coverage = setting.PercentOfTestCoverage;
+        parameters.Quick = setting.QuickMode != 0;
+    }
+    const CRunTiming timing = Timing();
+    if (!CSenderResponderRun::IsUsable(timing, parameters))
+    {
+        ZebDebug().Write("CDiagTest::StartTest:Run timing cannot be used, TimeoutSndRsp = <%u>, "
+                         "CheckTime = <%u>, coverage = <%u>",
+                         timing.TimeoutSndRsp, timing.CheckTime, parameters.Coverage);
+        return engine::UnusableTiming;
+    }
+    DropWorker();
+    const auto worker = std::make_shared<CTestWorker>(agent, CBstr(adapterKey), m_testId);
+    if (!CTestWorker::Start(worker, environment))
+    {
+        ZebDebug().Write("CDiagTest::StartTest:CreateThread failed.");
+        return E_FAIL;
+    }
+    KeepWorker(worker);
+    return CSenderResponderRun(*this, *agent, result, *worker, environment)
+        .Execute(testKey, adapterKey, parameters);
+}
+
+HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
+{
+    const CZebTrace trace("CDiagTest::StopTest");
+    if (!testKey || !*testKey || !agent)
+        return E_INVALIDARG;
+    const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
+    if (!adapterKey)
+        return wmi::OutOfMemory;
+    const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);
+    if (FAILED(hr))
+        ZebDebug().Write("CDiagTest::StopTest failed, hr = <%x>", hr);
+    return hr;
+}

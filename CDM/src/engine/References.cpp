@@ -1,0 +1,132 @@
+#include "CDM/src/engine/References.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <new>
+#include <string_view>
+
+namespace
+{
+constexpr wchar_t kSeparator = L'@';
+constexpr wchar_t kTestClass[] = L"Tolva_DiagTest";
+constexpr wchar_t kSettingClass[] = L"Tolva_DiagSetting";
+constexpr wchar_t kResultClass[] = L"Tolva_DiagResult";
+constexpr wchar_t kAdapterClass[] = L"Tolva_EthernetAdapter";
+constexpr wchar_t kSystemClass[] = L"Win32_ComputerSystem";
+
+constexpr std::wstring_view kSingleKey = L"%s.%s=\"%s\"";
+constexpr std::wstring_view kTestKeys = L"%s.%s=\"%s\",%s=\"%s\",%s=\"%s\",%s=\"%s\"";
+constexpr std::wstring_view kResultKeys = L"%s.%s=\"%s\",%s=\"%s\",%s=\"%s\",%s=\"%s\",%s=\"%s\"";
+constexpr std::wstring_view kSystemKeys = L",%s=\"%s\",%s=\"%s\",%s=\"%s\"";
+
+using Values = std::initializer_list<std::wstring_view>;
+
+wchar_t* Append(wchar_t* to, std::wstring_view text)
+{
+    return std::copy(text.begin(), text.end(), to);
+}
+
+// Every "%s" of a format in turn becomes the next value. The C runtime's own formatter costs many times as
+// much, and these run twice per association instance.
+wchar_t* Fill(wchar_t* to, std::wstring_view format, Values values)
+{
+    size_t from = 0;
+    for (const std::wstring_view value : values)
+    {
+        const size_t mark = format.find(L"%s", from);
+        to = Append(Append(to, format.substr(from, mark - from)), value);
+        from = mark + 2;
+    }
+    return Append(to, format.substr(from));
+}
+
+size_t Size(std::wstring_view format, Values values)
+{
+    size_t size = format.size() - 2 * values.size();
+    for (const std::wstring_view value : values)
+        size += value.size();
+    return size;
+}
+
+CBstr Allocate(size_t size)
+{
+    CBstr text = CBstr::Attach(SysAllocStringLen(nullptr, static_cast<UINT>(size)));
+    if (!text)
+        throw std::bad_alloc();
+    return text;
+}
+
+CBstr Format(std::wstring_view format, Values values)
+{
+    CBstr text = Allocate(Size(format, values));
+    Fill(text.Get(), format, values);
+    return text;
+}
+
+// A key counts up to its first NUL, as everywhere in the engine.
+std::wstring_view KeyText(const CBstr& key)
+{
+    return key.Text();
+}
+} // namespace
+
+CBstr ParseForTestName(CBstr key)
+{
+    const std::wstring_view text = KeyText(key);
+    const size_t at = text.find(kSeparator);
+    return at == text.npos ? CBstr() : CBstr(text.substr(0, at));
+}
+
+CBstr ParseForAdapterKey(CBstr key)
+{
+    const std::wstring_view text = KeyText(key);
+    const size_t at = text.find(kSeparator);
+    return at == text.npos ? CBstr() : CBstr(text.substr(at + 1));
+}
+
+CBstr JoinKey(CBstr first, CBstr second)
+{
+    return Format(L"%s@%s", {KeyText(first), KeyText(second)});
+}
+
+CBstr CreateTestReference(CBstr testKey, bool cimKeyMode)
+{
+    if (cimKeyMode)
+        return Format(kSingleKey, {kTestClass, L"Name", KeyText(testKey)});
+    return Format(kTestKeys, {kTestClass, L"Name", KeyText(testKey), L"CreationClassName", kTestClass,
+                              L"SystemCreationClassName", kSystemClass, L"SystemName", ComputerName()});
+}
+
+CBstr CreateSettingReference(CBstr settingKey)
+{
+    return Format(kSingleKey, {kSettingClass, L"SettingID", KeyText(settingKey)});
+}
+
+CBstr CreateResultReference(CBstr key)
+{
+    const CBstr adapterKey = ParseForAdapterKey(key);
+    if (!adapterKey)
+    {
+        ZebDebug().Write("CreateResultReference: Cannot extract AdapterKey from DiagObject key");
+        return CBstr();
+    }
+    return Format(kResultKeys,
+                  {kResultClass, L"DiagnosticCreationClassName", kTestClass, L"DiagnosticName", KeyText(key),
+                   L"ExecutionID", KeyText(adapterKey), L"DiagSystemCreationClassName", kSystemClass,
+                   L"DiagSystemName", ComputerName()});
+}
+
+CBstr CreateSysElemReference(CBstr deviceId, bool cimKeyMode)
+{
+    const Values device = {kAdapterClass, L"DeviceID", KeyText(deviceId)};
+    if (cimKeyMode)
+        return Format(kSingleKey, device);
+    const Values system = {L"CreationClassName", kAdapterClass, L"SystemCreationClassName",
+                           kSystemClass,         L"SystemName", ComputerName()};
+    CBstr text = Allocate(Size(kSingleKey, device) + Size(kSystemKeys, system));
+    Fill(Fill(text.Get(), kSingleKey, device), kSystemKeys, system);
+    return text;
+}

@@ -1,0 +1,40 @@
+// The result log: a text file for support staff to which every run that passed or was stopped adds a record.
+// Nothing reads it back. Any thread may append.
+#pragma once
+
+#include "CDM/src/engine/DiagRecords.h"
+#include "Common/src/com/CriticalSection.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+struct CResultLogSettings
+{
+    std::wstring Path;
+    DWORD Enable = 0;
+    DWORD Append = 1; // 0: every record replaces the file
+    DWORD MaxFileSize = 65536;
+};
+
+class CResultLog
+{
+  public:
+    void Configure(CResultLogSettings settings) { m_settings = std::move(settings); }
+    bool Enabled() const noexcept { return m_settings.Enable != 0; }
+
+    // E_OUTOFMEMORY for a record that would take the file past its limit; other failures where the file
+    // cannot be opened or written. Throws std::bad_alloc.
+    HRESULT Append(const CResultData& result);
+
+  private:
+    struct CloseFile
+    {
+        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    };
+    using CFile = std::unique_ptr<std::FILE, CloseFile>;
+
+    CResultLogSettings m_settings;
+    CCriticalSection m_lock;
+    CFile m_full; // a log that was found full stays open; the one found last
+};

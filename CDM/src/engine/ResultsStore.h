@@ -1,0 +1,49 @@
+// One operation on the result store, the structured-storage file that keeps results while the provider is not
+// running: a sub-storage per result, named by the result identifier, with a stream per value. An object is
+// made for one operation and dropped after it. Storing and loading exclude each other in the whole process.
+// Throws std::bad_alloc only.
+#pragma once
+
+#include "CDM/src/engine/DiagResult.h"
+#include "CDM/src/engine/StoreSession.h"
+#include "Common/src/com/Bstr.h"
+#include "Common/src/com/ComPtr.h"
+
+#include <string>
+
+class CResultsStore
+{
+  public:
+    // The session must outlive the object.
+    explicit CResultsStore(CStoreSession& session) noexcept : m_session(session) {}
+
+    // Replaces the stored result of this name as a whole, or leaves it as it was and fails.
+    HRESULT StoreResult(const CBstr& resultId, const CBstr& adapterKey, const CDiagResult& result);
+
+    // S_OK fills `result`; anything else leaves it alone: no such file or result (STG_E_FILENOTFOUND), a file
+    // that is no storage, a result of another version (which deletes the file) or of another adapter (which
+    // removes the result), a damaged value.
+    HRESULT LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result);
+
+    // Removes a stored result; STG_E_FILENOTFOUND where there is none. Makes the file where it is missing.
+    HRESULT RemoveResult(const CBstr& resultId);
+
+  private:
+    HRESULT OpenOrCreate();
+    HRESULT WriteValues(const CResultData& data);
+    HRESULT WriteText(const std::wstring& stream, const std::wstring& text, bool* skipped);
+    HRESULT WriteMessages(const CResultData& data);
+    HRESULT PutInPlace();
+    HRESULT CheckOwner();
+    HRESULT ReadValues(CResultData& data);
+    HRESULT ReadMessages(CResultData& data);
+    bool ReadNumber(const std::wstring& stream, ULONG& number);
+    HRESULT Damaged(const std::wstring& stream);
+    std::wstring StreamName(const wchar_t* prefix) const { return prefix + m_resultId; }
+
+    CStoreSession& m_session;
+    std::wstring m_resultId;
+    std::wstring m_adapterKey;
+    ComPtr<IStorage> m_root;
+    ComPtr<IStorage> m_sub;
+};
