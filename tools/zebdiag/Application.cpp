@@ -1,0 +1,63 @@
+#include "tools/zebdiag/Application.h"
+
+#include "tools/zebdiag/CommandLine.h"
+
+namespace zebdiag
+{
+namespace
+{
+void Report(const CFailure& failure, const COptions& options, IConsole& console)
+{
+    std::wstring text = L"zebdiag: " + failure.Cause + L"\n";
+    if (!failure.Detail.empty())
+        text += L"The provider says: " + failure.Detail + L"\n";
+    if (!failure.NextStep.empty())
+        text += failure.NextStep + L"\n";
+    if (failure.Status != S_OK)
+    {
+        wchar_t status[32] = {};
+        _snwprintf(status, 31, L"(Status 0x%08lX.)\n", static_cast<unsigned long>(failure.Status));
+        text += status;
+    }
+    console.Err(text);
+    if (options.Json)
+        console.Out(JsonFailure(options.Command, failure));
+}
+
+ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSeams& seams)
+{
+    const std::wstring password = options.Target.User.empty()
+                                      ? L""
+                                      : console.AskPassword(L"Password of " + options.Target.User + L": ");
+    const CWmiSession session = seams.Connect(options.Target, password);
+    return Execute({options, session, console, seams.Control, seams.Surroundings});
+}
+} // namespace
+
+ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
+                        const CApplicationSeams& seams)
+{
+    const CCommandLine line = ParseCommandLine(arguments);
+    if (!line.Options)
+    {
+        line.Code == ExitCode::Passed ? console.Out(line.Text) : console.Err(line.Text);
+        return line.Code;
+    }
+    try
+    {
+        return Carry(*line.Options, console, seams);
+    }
+    catch (const CFailure& failure)
+    {
+        Report(failure, *line.Options, console);
+        return failure.Code;
+    }
+    catch (const std::bad_alloc&)
+    {
+        const CFailure failure(ExitCode::CouldNotRun, L"The memory was not enough.",
+                               L"Close other programs and try again.", E_OUTOFMEMORY);
+        Report(failure, *line.Options, console);
+        return failure.Code;
+    }
+}
+} // namespace zebdiag

@@ -1,0 +1,26 @@
+// The program without its entry point: from the arguments to the exit code.
+#pragma once
+
+#include "tools/zebdiag/Commands.h"
+#include "tools/zebdiag/Console.h"
+#include "tools/zebdiag/WmiSession.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zebdiag
+{
+// What a test of the whole program replaces.
+struct CApplicationSeams
+{
+    std::function<CWmiSession(const CTarget&, const std::wstring& password)> Connect;
+    CRunControl Control;
+    CSurroundings Surroundings;
+};
+
+// `arguments` without the program's name. Data goes to standard output, failures in words to standard error;
+// with --json a failure is a document on standard output as well.
+ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
+                        const CApplicationSeams& seams);
+} // namespace zebdiag

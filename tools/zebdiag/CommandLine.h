@@ -1,0 +1,22 @@
+// Reads the command line. What it cannot read, and requests for help, end the program with a text.
+#pragma once
+
+#include "tools/zebdiag/ExitCode.h"
+#include "tools/zebdiag/Options.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zebdiag
+{
+struct CCommandLine
+{
+    std::optional<COptions> Options; // absent: show Text and end with Code
+    std::wstring Text;
+    ExitCode Code = ExitCode::Passed; // Passed for help, Usage for what cannot be read
+};
+
+// `arguments` without the program's name.
+CCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
+} // namespace zebdiag

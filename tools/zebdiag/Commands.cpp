@@ -1,0 +1,50 @@
+#include "tools/zebdiag/Commands.h"
+
+#include "Common/src/com/Owned.h"
+#include "tools/zebdiag/Inventory.h"
+
+namespace zebdiag
+{
+namespace
+{
+using Handler = ExitCode (*)(const CCommandContext&);
+
+// In the order of Command.
+constexpr Handler kHandlers[] = {ListTests,    RunTests,       StopTests,   ShowResults,
+                                 ShowSettings, ChangeSettings, ClearResults};
+
+// What the provider uses where nothing is configured.
+constexpr DWORD kDefaultRunSeconds = 100;
+} // namespace
+
+std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session)
+{
+    if (!session.Target().IsLocal())
+        return std::nullopt;
+    DWORD seconds = 0;
+    DWORD size = sizeof seconds;
+    const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Veltrane\\Halvern\\ZEB\\ZebDiag",
+                                        L"TimeoutSndRsp", RRF_RT_REG_DWORD, nullptr, &seconds, &size);
+    return status == ERROR_SUCCESS ? seconds : kDefaultRunSeconds;
+}
+
+CInventory CCommandContext::Inventory() const
+{
+    return LoadInventory(Session, Surroundings.Names(Session));
+}
+
+std::vector<CTestChoice> CCommandContext::ChosenTests(const CInventory& inventory) const
+{
+    return ChooseTests(ChooseAdapters(inventory, Options.Adapter), Options.Test);
+}
+
+CJsonHead CCommandContext::JsonHead(const CInventory& inventory) const
+{
+    return {Options.Command, inventory.Computer, Options.Target.Namespace};
+}
+
+ExitCode Execute(const CCommandContext& context)
+{
+    return kHandlers[static_cast<int>(context.Options.Command)](context);
+}
+} // namespace zebdiag

@@ -1,0 +1,54 @@
+// The commands. Each shows what it did and says how it ended; what it cannot do at all is a CFailure.
+#pragma once
+
+#include "tools/zebdiag/AdapterNames.h"
+#include "tools/zebdiag/Console.h"
+#include "tools/zebdiag/ExitCode.h"
+#include "tools/zebdiag/JsonReport.h"
+#include "tools/zebdiag/NameMatch.h"
+#include "tools/zebdiag/ServingProcess.h"
+#include "tools/zebdiag/TestRun.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace zebdiag
+{
+// What the commands learn about the machine besides what the namespace says.
+struct CSurroundings
+{
+    std::function<AdapterNames(const CWmiSession&)> Names = FindAdapterNames;
+    std::function<std::vector<unsigned long>(const CWmiSession&)> ServingProcesses = FindServingProcesses;
+    // The configured length of a run that sends packets, where it can be known.
+    std::function<std::optional<unsigned>(const CWmiSession&)> FullRunSeconds;
+};
+
+// The length configured on this computer; absent where the session is with another one.
+std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session);
+
+struct CCommandContext
+{
+    const COptions& Options;
+    const CWmiSession& Session;
+    IConsole& Console;
+    const CRunControl& Control;
+    const CSurroundings& Surroundings;
+
+    CInventory Inventory() const;
+    // The tests that the options name.
+    std::vector<CTestChoice> ChosenTests(const CInventory& inventory) const;
+    CJsonHead JsonHead(const CInventory& inventory) const;
+};
+
+// The command that the options name.
+ExitCode Execute(const CCommandContext& context);
+
+ExitCode ListTests(const CCommandContext& context);
+ExitCode RunTests(const CCommandContext& context);
+ExitCode StopTests(const CCommandContext& context);
+ExitCode ShowResults(const CCommandContext& context);
+ExitCode ShowSettings(const CCommandContext& context);
+ExitCode ChangeSettings(const CCommandContext& context);
+ExitCode ClearResults(const CCommandContext& context);
+} // namespace zebdiag

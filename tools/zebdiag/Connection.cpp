@@ -1,0 +1,99 @@
+#include "tools/zebdiag/Connection.h"
+
+#include "Common/src/com/Bstr.h"
+#include "tools/zebdiag/ErrorDetail.h"
+
+#include <memory>
+#include <objbase.h>
+
+namespace zebdiag
+{
+namespace
+{
+// Who calls are made as. The texts are kept for as long as an interface may use them, and the password is
+// wiped at the end.
+class CIdentity
+{
+  public:
+    CIdentity(const std::wstring& user, const std::wstring& password) : m_password(password)
+    {
+        const size_t slash = user.find(L'\\');
+        m_domain = slash == std::wstring::npos ? L"" : user.substr(0, slash);
+        m_user = slash == std::wstring::npos ? user : user.substr(slash + 1);
+    }
+    CIdentity(const CIdentity&) = delete;
+    CIdentity& operator=(const CIdentity&) = delete;
+    ~CIdentity() { SecureZeroMemory(m_password.data(), m_password.size() * sizeof(wchar_t)); }
+
+    HRESULT Secure(IUnknown* object)
+    {
+        COAUTHIDENTITY identity = {};
+        identity.User = Chars(m_user);
+        identity.UserLength = static_cast<ULONG>(m_user.size());
+        identity.Domain = Chars(m_domain);
+        identity.DomainLength = static_cast<ULONG>(m_domain.size());
+        identity.Password = Chars(m_password);
+        identity.PasswordLength = static_cast<ULONG>(m_password.size());
+        identity.Flags = SEC_WINNT_AUTH_IDENTITY_UNICODE;
+        return CoSetProxyBlanket(object, RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT, COLE_DEFAULT_PRINCIPAL,
+                                 RPC_C_AUTHN_LEVEL_PKT_PRIVACY, RPC_C_IMP_LEVEL_IMPERSONATE, &identity,
+                                 EOAC_NONE);
+    }
+
+  private:
+    static USHORT* Chars(std::wstring& text) { return reinterpret_cast<USHORT*>(text.data()); }
+
+    std::wstring m_user;
+    std::wstring m_domain;
+    std::wstring m_password;
+};
+
+std::wstring NamespacePath(const CTarget& target)
+{
+    return target.IsLocal() ? target.Namespace : L"\\\\" + target.Computer + L"\\" + target.Namespace;
+}
+
+CBstr Optional(const std::wstring& text)
+{
+    return text.empty() ? CBstr() : CBstr(text);
+}
+} // namespace
+
+void InitializeClientSecurity() noexcept
+{
+    // Fails where the process's host has set it already; what is set then holds.
+    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,
+                         RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr);
+}
+
+CWmiSession ConnectThrough(IWbemLocator* locator, const CTarget& target, const std::wstring& password)
+{
+    ClearErrorDetail();
+    ComPtr<IWbemServices> services;
+    const bool asSomebody = !target.User.empty();
+    const HRESULT status =
+        locator->ConnectServer(CBstr(NamespacePath(target)).Get(), Optional(target.User).Get(),
+                               asSomebody ? CBstr(password).Get() : nullptr, Optional(target.Locale).Get(), 0,
+                               nullptr, nullptr, services.Put());
+    if (FAILED(status))
+        throw FailureOf(status, Step::Connect, target, {}, TakeErrorDetail());
+    if (!asSomebody)
+        return CWmiSession(std::move(services), target);
+
+    const auto identity = std::make_shared<CIdentity>(target.User, password);
+    if (const HRESULT secured = identity->Secure(services.Get()); FAILED(secured))
+        throw FailureOf(secured, Step::Connect, target);
+    return CWmiSession(std::move(services), target,
+                       [identity](IUnknown* object) { return identity->Secure(object); });
+}
+
+CWmiSession Connect(const CTarget& target, const std::wstring& password)
+{
+    ComPtr<IWbemLocator> locator;
+    const HRESULT status = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER,
+                                            IID_IWbemLocator, locator.PutVoid());
+    if (FAILED(status))
+        throw FailureOf(status, Step::Locate, target);
+    return ConnectThrough(locator.Get(), target, password);
+}
+} // namespace zebdiag

@@ -1,0 +1,149 @@
+#include "tools/zebdiag/Console.h"
+
+#include "Common/src/com/Text.h"
+
+#include <windows.h>
+
+namespace zebdiag
+{
+namespace
+{
+class CStream
+{
+  public:
+    explicit CStream(DWORD which) : m_handle(GetStdHandle(which))
+    {
+        DWORD mode = 0;
+        m_terminal = GetConsoleMode(m_handle, &mode) != FALSE;
+    }
+
+    bool IsTerminal() const noexcept { return m_terminal; }
+
+    void Write(std::wstring_view text) const
+    {
+        if (m_terminal)
+            WriteToTerminal(text);
+        else
+            WriteBytes(Utf8Text(text));
+    }
+
+    unsigned Width() const
+    {
+        CONSOLE_SCREEN_BUFFER_INFO info = {};
+        if (!m_terminal || !GetConsoleScreenBufferInfo(m_handle, &info))
+            return 0;
+        return static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left + 1);
+    }
+
+  private:
+    void WriteToTerminal(std::wstring_view text) const
+    {
+        while (!text.empty())
+        {
+            // A console takes no more than 64 KB in one call.
+            const DWORD count = static_cast<DWORD>(text.size() < 8192 ? text.size() : 8192);
+            DWORD written = 0;
+            if (!WriteConsoleW(m_handle, text.data(), count, &written, nullptr) || written == 0)
+                return;
+            text.remove_prefix(written);
+        }
+    }
+
+    void WriteBytes(std::string_view bytes) const
+    {
+        while (!bytes.empty())
+        {
+            DWORD written = 0;
+            if (!WriteFile(m_handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
+                written == 0)
+                return;
+            bytes.remove_prefix(written);
+        }
+    }
+
+    HANDLE m_handle;
+    bool m_terminal = false;
+};
+
+// Switches the echo of typed characters off for as long as it lives.
+class CEchoOff
+{
+  public:
+    explicit CEchoOff(HANDLE input) : m_input(input)
+    {
+        m_terminal = GetConsoleMode(m_input, &m_mode) != FALSE;
+        if (m_terminal)
+            SetConsoleMode(m_input,
+                           (m_mode & ~ENABLE_ECHO_INPUT) | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
+    }
+    CEchoOff(const CEchoOff&) = delete;
+    CEchoOff& operator=(const CEchoOff&) = delete;
+    ~CEchoOff()
+    {
+        if (m_terminal)
+            SetConsoleMode(m_input, m_mode);
+    }
+    bool IsTerminal() const noexcept { return m_terminal; }
+
+  private:
+    HANDLE m_input;
+    DWORD m_mode = 0;
+    bool m_terminal = false;
+};
+
+// One line without its end.
+std::wstring ReadTerminalLine(HANDLE input)
+{
+    std::wstring line;
+    wchar_t c = 0;
+    DWORD read = 0;
+    while (ReadConsoleW(input, &c, 1, &read, nullptr) && read == 1 && c != L'\n')
+        if (c != L'\r')
+            line += c;
+    return line;
+}
+
+std::wstring ReadFileLine(HANDLE input)
+{
+    std::string line;
+    char c = 0;
+    DWORD read = 0;
+    while (ReadFile(input, &c, 1, &read, nullptr) && read == 1 && c != '\n')
+        if (c != '\r')
+            line += c;
+    return WidenUtf8(line);
+}
+
+class CProcessConsole final : public IConsole
+{
+  public:
+    void Out(std::wstring_view text) override { m_out.Write(text); }
+    void Err(std::wstring_view text) override { m_err.Write(text); }
+    bool OutIsTerminal() const override { return m_out.IsTerminal(); }
+    bool ErrIsTerminal() const override { return m_err.IsTerminal(); }
+    unsigned Width() const override { return m_out.Width(); }
+
+    std::wstring AskPassword(const std::wstring& prompt) override
+    {
+        const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+        const CEchoOff echoOff(input);
+        if (!echoOff.IsTerminal())
+            return ReadFileLine(input);
+        m_err.Write(prompt);
+        std::wstring password = ReadTerminalLine(input);
+        m_err.Write(L"\n");
+        return password;
+    }
+
+  private:
+    CStream m_out{STD_OUTPUT_HANDLE};
+    CStream m_err{STD_ERROR_HANDLE};
+};
+} // namespace
+
+IConsole& ProcessConsole()
+{
+    static CProcessConsole console;
+    return console;
+}
+} // namespace zebdiag

@@ -1,0 +1,27 @@
+// Where the program writes and asks. Standard output takes the data, standard error the rest.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zebdiag
+{
+class IConsole
+{
+  public:
+    virtual ~IConsole() = default;
+
+    virtual void Out(std::wstring_view text) = 0;
+    virtual void Err(std::wstring_view text) = 0;
+    // True where a person watches the stream, so that a line may be drawn over.
+    virtual bool OutIsTerminal() const = 0;
+    virtual bool ErrIsTerminal() const = 0;
+    // The width of the terminal in characters; 0 where output is not to be cut into lines.
+    virtual unsigned Width() const = 0;
+    // Asks without showing what is typed.
+    virtual std::wstring AskPassword(const std::wstring& prompt) = 0;
+};
+
+// The process's own streams: the terminal in its own characters, files and pipes in UTF-8.
+IConsole& ProcessConsole();
+} // namespace zebdiag

@@ -1,0 +1,59 @@
+#include "tools/zebdiag/ErrorDetail.h"
+
+#include "Common/src/com/ComPtr.h"
+#include "tools/zebdiag/WmiValue.h"
+
+#include <oleauto.h>
+
+namespace zebdiag
+{
+namespace
+{
+void AddPart(std::wstring& parts, const wchar_t* label, const std::wstring& value)
+{
+    if (!value.empty())
+        parts += (parts.empty() ? L"" : L", ") + std::wstring(label) + L" " + value;
+}
+
+std::wstring Hex(long code)
+{
+    wchar_t text[16] = {};
+    _snwprintf(text, 15, L"0x%08lx", static_cast<unsigned long>(code));
+    return text;
+}
+
+std::wstring InWords(IWbemClassObject* status)
+{
+    const auto text = [status](const wchar_t* name) { return ReadText(status, name).value_or(L""); };
+    std::wstring place;
+    AddPart(place, L"operation", text(L"Operation"));
+    AddPart(place, L"on", text(L"ParameterInfo"));
+    if (const auto code = ReadNumber(status, L"StatusCode"))
+        AddPart(place, L"status", Hex(*code));
+    if (const std::wstring file = text(L"File"); !file.empty())
+        AddPart(place, L"at", file + L":" + std::to_wstring(ReadNumber(status, L"Line").value_or(0)));
+    std::wstring words = text(L"Description");
+    if (words.empty())
+        words = place;
+    else if (!place.empty())
+        words += L" (" + place + L")";
+    for (const std::wstring& reason : ReadTexts(status, L"RuleFailureReasons"))
+        words += L"\n" + reason;
+    return words;
+}
+} // namespace
+
+void ClearErrorDetail() noexcept
+{
+    SetErrorInfo(0, nullptr);
+}
+
+std::wstring TakeErrorDetail()
+{
+    ComPtr<IErrorInfo> error;
+    ComPtr<IWbemClassObject> status;
+    if (GetErrorInfo(0, error.Put()) != S_OK || FAILED(error.As(status)))
+        return {};
+    return InWords(status.Get());
+}
+} // namespace zebdiag

@@ -1,0 +1,178 @@
+#include "tools/zebdiag/Failure.h"
+
+#include "Common/src/com/WmiStatus.h"
+
+#include <iterator>
+
+namespace zebdiag
+{
+namespace
+{
+constexpr unsigned kLocate = static_cast<unsigned>(Step::Locate);
+constexpr unsigned kConnect = static_cast<unsigned>(Step::Connect);
+constexpr unsigned kRead = static_cast<unsigned>(Step::Read);
+constexpr unsigned kCall = static_cast<unsigned>(Step::Call);
+constexpr unsigned kWrite = static_cast<unsigned>(Step::Write);
+constexpr unsigned kUse = kRead | kCall | kWrite;
+constexpr unsigned kAny = kLocate | kConnect | kUse;
+
+constexpr HRESULT Code(unsigned value)
+{
+    return static_cast<HRESULT>(value);
+}
+
+// In the texts {computer}, {namespace} and {class} stand for what was used.
+struct CFailureRow
+{
+    HRESULT Status;
+    unsigned Steps;
+    ExitCode Exit;
+    const wchar_t* Cause;
+    const wchar_t* NextStep;
+};
+
+constexpr wchar_t kNoProvider[] = L"The diagnostics provider could not be started on {computer}.";
+constexpr wchar_t kRegisterProvider[] = L"Register it there as an administrator: \"Drevok.EXE /RegServer\". "
+                                        L"If it is registered, its trace log tells why "
+                                        L"it does not start.";
+constexpr wchar_t kNoSchema[] = L"The class {class} is not known in {namespace} on {computer}.";
+constexpr wchar_t kCompileSchema[] = L"Install the provider's schema there as an administrator: \"mofcomp "
+                                     L"zebdiag.mof\". If it is installed in "
+                                     L"another namespace, name that with --namespace.";
+constexpr wchar_t kDenied[] = L"Access to {namespace} on {computer} was denied.";
+constexpr wchar_t kBeAdministrator[] =
+    L"Run zebdiag as an administrator, or for another computer name an administrator of it with --user.";
+constexpr wchar_t kNoAnswer[] = L"There is no answer from {computer}.";
+constexpr wchar_t kCheckNetwork[] =
+    L"Check the computer's name, that it is switched on, and that its firewall lets Windows Management "
+    L"Instrumentation through.";
+constexpr wchar_t kBroken[] = L"The connection to {computer} broke.";
+constexpr wchar_t kTryAgain[] = L"Try again. If it happens again, look at the event log of that computer.";
+constexpr wchar_t kNoService[] = L"The management service on {computer} could not be started.";
+constexpr wchar_t kStartService[] = L"Start the service \"Windows Management Instrumentation\" (Winmgmt) "
+                                    L"there, and see that it is not disabled.";
+constexpr wchar_t kReadTrace[] = L"The provider's trace log tells more: set \"DebugLevel\" to 2 and "
+                                 L"\"DebugFileName\" in its registry key and "
+                                 L"try again.";
+
+// The first row that fits is the one.
+constexpr CFailureRow kRows[] = {
+    {REGDB_E_CLASSNOTREG, kLocate, ExitCode::NotReachable,
+     L"Windows Management Instrumentation is not installed on this computer.", L"Install or repair it."},
+
+    {wmi::InvalidNamespace, kAny, ExitCode::NotReachable, L"There is no namespace {namespace} on {computer}.",
+     L"Name the namespace that the provider was registered in with --namespace; usually it is root\\cimv2."},
+    {Code(WBEM_E_LOCAL_CREDENTIALS), kConnect, ExitCode::NotReachable,
+     L"Another user cannot be named for this computer itself.",
+     L"Leave out --user, or start zebdiag as that user."},
+    {HRESULT_FROM_WIN32(ERROR_LOGON_FAILURE), kConnect, ExitCode::NotReachable,
+     L"{computer} does not accept this user name and password.",
+     L"Check both; give the user as DOMAIN\\name."},
+    {wmi::InvalidParameter, kConnect, ExitCode::NotReachable,
+     L"The computer, the namespace or the language was not accepted.",
+     L"Check --computer, --namespace and --locale."},
+    {Code(CO_E_SERVER_EXEC_FAILURE), kLocate | kConnect, ExitCode::NotReachable, kNoService, kStartService},
+    {HRESULT_FROM_WIN32(ERROR_SERVICE_DISABLED), kAny, ExitCode::NotReachable, kNoService, kStartService},
+    {REGDB_E_CLASSNOTREG, kConnect, ExitCode::NotReachable, kNoService, kStartService},
+
+    {wmi::AccessDenied, kAny, ExitCode::NotReachable, kDenied, kBeAdministrator},
+    {E_ACCESSDENIED, kAny, ExitCode::NotReachable, kDenied, kBeAdministrator},
+    {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), kAny, ExitCode::NotReachable, kNoAnswer, kCheckNetwork},
+    {HRESULT_FROM_WIN32(ERROR_BAD_NETPATH), kAny, ExitCode::NotReachable, kNoAnswer, kCheckNetwork},
+    {HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), kAny, ExitCode::NotReachable, kBroken, kTryAgain},
+    {HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE), kAny, ExitCode::NotReachable, kBroken, kTryAgain},
+    {Code(RPC_E_DISCONNECTED), kAny, ExitCode::NotReachable, kBroken, kTryAgain},
+    {Code(WBEM_E_TRANSPORT_FAILURE), kAny, ExitCode::NotReachable, kBroken, kTryAgain},
+    {Code(WBEM_E_SHUTTING_DOWN), kAny, ExitCode::NotReachable,
+     L"The management service on {computer} is shutting down.", L"Try again when it runs."},
+
+    {wmi::InvalidClass, kUse, ExitCode::NotReachable, kNoSchema, kCompileSchema},
+    {wmi::InvalidMethod, kCall, ExitCode::NotReachable,
+     L"The schema on {computer} has not got this method of {class}.", kCompileSchema},
+    {wmi::ProviderNotFound, kUse, ExitCode::NotReachable,
+     L"The schema on {computer} names no provider for the class {class}.", kCompileSchema},
+    {Code(WBEM_E_INVALID_PROVIDER_REGISTRATION), kUse, ExitCode::NotReachable,
+     L"The provider is registered wrongly in {namespace} on {computer}.", kCompileSchema},
+    {Code(WBEM_E_PROVIDER_NOT_CAPABLE), kUse, ExitCode::NotReachable,
+     L"The provider is registered wrongly in {namespace} on {computer}.", kCompileSchema},
+    {wmi::ProviderLoadFailure, kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
+    {REGDB_E_CLASSNOTREG, kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
+    {Code(CO_E_SERVER_EXEC_FAILURE), kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
+    {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
+    {Code(WBEM_E_INITIALIZATION_FAILURE), kUse, ExitCode::NotReachable,
+     L"The diagnostics provider on {computer} has started but cannot work, most likely because the adapter "
+     L"agent is "
+     L"not registered.",
+     kReadTrace},
+
+    {Code(0x80042000), kUse, ExitCode::Busy, L"The test is running already.",
+     L"Wait for its end, or stop it with \"zebdiag stop\"."},
+    {Code(0x80042003), kUse, ExitCode::Busy, L"The result cannot be cleared while the test runs.",
+     L"Wait for its end, or stop it with \"zebdiag stop\"."},
+    {Code(0x80042002), kUse, ExitCode::CouldNotRun, L"The test is not running.", L""},
+    {Code(0x80042005), kUse, ExitCode::NotFound,
+     L"The provider on {computer} does not know this test any more.",
+     L"See what there is with \"zebdiag list\"."},
+    {wmi::NotFound, kUse, ExitCode::NotFound, L"The provider on {computer} does not know this test any more.",
+     L"See what there is with \"zebdiag list\"."},
+    {wmi::OutOfMemory, kAny, ExitCode::CouldNotRun, L"{computer} has run out of memory.",
+     L"Close other programs there and try again."},
+    {E_OUTOFMEMORY, kAny, ExitCode::CouldNotRun, L"The memory was not enough.",
+     L"Close other programs and try again."},
+};
+
+constexpr CFailureRow kOtherRows[] = {
+    {E_FAIL, kLocate, ExitCode::NotReachable,
+     L"Windows Management Instrumentation cannot be used on this computer.", L"Repair it."},
+    {E_FAIL, kConnect, ExitCode::NotReachable, L"Connecting to {namespace} on {computer} failed.",
+     L"Look at the event log of that computer."},
+    {E_FAIL, kRead, ExitCode::CouldNotRun, L"Reading {class} on {computer} failed.", kReadTrace},
+    {E_FAIL, kCall, ExitCode::CouldNotRun, L"The provider on {computer} could not carry out the request.",
+     kReadTrace},
+    {E_FAIL, kWrite, ExitCode::CouldNotRun, L"The provider on {computer} did not take the setting.",
+     kReadTrace},
+};
+
+const CFailureRow& RowOf(HRESULT status, unsigned step)
+{
+    for (const CFailureRow& row : kRows)
+        if (row.Status == status && (row.Steps & step))
+            return row;
+    for (const CFailureRow& row : kOtherRows)
+        if (row.Steps == step)
+            return row;
+    return kOtherRows[0];
+}
+
+std::wstring Fill(std::wstring text, const CTarget& target, const std::wstring& subject)
+{
+    const struct
+    {
+        std::wstring_view Place;
+        std::wstring Value;
+    } values[] = {
+        {L"{computer}", target.ComputerInWords()}, {L"{namespace}", target.Namespace}, {L"{class}", subject}};
+    for (const auto& value : values)
+        for (size_t at = 0; (at = text.find(value.Place, at)) != std::wstring::npos; at += value.Value.size())
+            text.replace(at, value.Place.size(), value.Value);
+    if (!text.empty() && text.front() == L't' && text.starts_with(L"this computer"))
+        text.front() = L'T';
+    return text;
+}
+} // namespace
+
+CFailure::CFailure(ExitCode code, std::wstring cause, std::wstring nextStep, HRESULT status,
+                   std::wstring detail)
+    : Code(code), Cause(std::move(cause)), NextStep(std::move(nextStep)), Status(status),
+      Detail(std::move(detail))
+{
+}
+
+CFailure FailureOf(HRESULT status, Step step, const CTarget& target, const std::wstring& subject,
+                   std::wstring detail)
+{
+    const CFailureRow& row = RowOf(status, static_cast<unsigned>(step));
+    return CFailure(row.Exit, Fill(row.Cause, target, subject), Fill(row.NextStep, target, subject), status,
+                    std::move(detail));
+}
+} // namespace zebdiag

@@ -1,0 +1,50 @@
+// What the command line asks for.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zebdiag
+{
+enum class Command
+{
+    List,
+    Run,
+    Stop,
+    Results,
+    Settings,
+    Set,
+    Clear
+};
+
+// The word that names the command, such as "list".
+const char* CommandName(Command command) noexcept;
+
+// Where the diagnostics are.
+struct CTarget
+{
+    std::wstring Computer; // empty: this one
+    std::wstring Namespace = L"root\\cimv2";
+    std::wstring User;   // empty: the one who runs the program
+    std::wstring Locale; // empty: the system's; otherwise of the form MS_407
+
+    bool IsLocal() const;
+    // For messages: the computer's name, or "this computer".
+    std::wstring ComputerInWords() const;
+};
+
+struct COptions
+{
+    zebdiag::Command Command = Command::List;
+    CTarget Target;
+    bool Json = false;
+    std::wstring Adapter; // empty: all
+    std::wstring Test;    // empty: none named
+    bool All = false;
+    std::optional<unsigned> Coverage; // percent
+    bool NoQuick = false;
+    std::optional<unsigned> TimeoutSeconds;
+    std::optional<bool> Quick;
+    std::optional<bool> Report;
+};
+} // namespace zebdiag

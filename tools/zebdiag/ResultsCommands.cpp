@@ -1,0 +1,79 @@
+// The commands that show and delete results.
+#include "tools/zebdiag/Commands.h"
+#include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/ObjectPath.h"
+#include "tools/zebdiag/TextReport.h"
+#include "tools/zebdiag/Words.h"
+
+namespace zebdiag
+{
+namespace
+{
+// The provider's answer does not say whether a result went, so it is looked for.
+CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory, const CTestChoice& choice)
+{
+    const CTest& test = *choice.Test;
+    CTestEffect effect = {choice, ExitCode::Passed, {}};
+    try
+    {
+        context.Session.Call(test.Path, kTestClass, L"ClearResults",
+                             {{L"SystemElement", AdapterPath(test.AdapterKey, inventory.Computer)}});
+        if (!LoadResult(context.Session, test))
+            return effect;
+        const std::optional<CTest> now = LoadTest(context.Session, test);
+        effect.Code = now && now->InUse ? ExitCode::Busy : ExitCode::CouldNotRun;
+        effect.Message =
+            effect.Code == ExitCode::Busy
+                ? L"The result cannot be cleared while the test runs. Wait for its end, or stop it."
+                : L"The provider did not clear the result. Its trace log tells why.";
+    }
+    catch (const CFailure& failure)
+    {
+        effect.Code = failure.Code;
+        effect.Message = failure.Cause;
+    }
+    return effect;
+}
+} // namespace
+
+ExitCode ShowResults(const CCommandContext& context)
+{
+    const CInventory inventory = context.Inventory();
+    const auto tests = context.ChosenTests(inventory);
+    const auto results = LoadResults(context.Session);
+    context.Console.Out(context.Options.Json ? JsonResults(context.JsonHead(inventory), tests, results)
+                                             : RenderResults(tests, results, context.Console.Width()));
+    return ExitCode::Passed;
+}
+
+ExitCode ClearResults(const CCommandContext& context)
+{
+    const CInventory inventory = context.Inventory();
+    const auto tests = context.ChosenTests(inventory);
+    const auto results = LoadResults(context.Session);
+
+    ExitCode verdict = ExitCode::Passed;
+    std::vector<CTestEffect> effects;
+    size_t cleared = 0;
+    for (const CTestChoice& choice : tests)
+    {
+        if (!results.contains(choice.Test->Key))
+            continue;
+        effects.push_back(ClearOne(context, inventory, choice));
+        verdict = Graver(verdict, effects.back().Code);
+        cleared += effects.back().Code == ExitCode::Passed;
+    }
+
+    if (context.Options.Json)
+    {
+        context.Console.Out(JsonEffects(context.JsonHead(inventory), verdict, effects));
+        return verdict;
+    }
+    for (const CTestEffect& effect : effects)
+        if (effect.Code != ExitCode::Passed)
+            context.Console.Out(TestTitle(effect.Choice) + L": " + effect.Message + L"\n");
+    context.Console.Out(effects.empty() ? std::wstring(L"There was no result to clear.\n")
+                                        : L"Cleared " + Count(cleared, L"result") + L".\n");
+    return verdict;
+}
+} // namespace zebdiag

@@ -1,0 +1,88 @@
+#include "tools/zebdiag/Commands.h"
+#include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/TextReport.h"
+#include "tools/zebdiag/Words.h"
+
+namespace zebdiag
+{
+namespace
+{
+// How long a test may take to end after it took the stop.
+constexpr unsigned long long kPatience = 30000;
+
+bool StillRuns(const CWmiSession& session, const CTest& test)
+{
+    const std::optional<CTest> now = LoadTest(session, test);
+    return now && now->InUse;
+}
+
+// False where the test still runs when patience, or the user's, is at its end.
+bool WaitForEnd(const CCommandContext& context, const CTest& test)
+{
+    const CRunControl& control = context.Control;
+    const unsigned long long start = control.Now();
+    while (StillRuns(context.Session, test))
+        if (control.Now() - start >= kPatience ||
+            WaitForSingleObject(control.Stop, control.PollMilliseconds) == WAIT_OBJECT_0)
+            return false;
+    return true;
+}
+
+std::wstring EndInWords(const CCommandContext& context, const CTest& test)
+{
+    const std::optional<CResult> result = LoadResult(context.Session, test);
+    return result ? StateInWords(result->State) + std::wstring(L".") : L"Ended.";
+}
+
+CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory, const CTestChoice& choice)
+{
+    CTestEffect effect = {choice, ExitCode::CouldNotRun, {}};
+    try
+    {
+        const bool taken = RequestStop(context.Session, inventory.Computer, *choice.Test);
+        if (!taken && StillRuns(context.Session, *choice.Test))
+            effect.Message = L"The provider did not stop the test. Its trace log tells why.";
+        else if (!taken)
+            effect = {choice, ExitCode::Passed, L"It had ended already."};
+        else if (WaitForEnd(context, *choice.Test))
+            effect = {choice, ExitCode::Passed, EndInWords(context, *choice.Test)};
+        else
+            effect.Message = L"It was told to stop but still runs.";
+    }
+    catch (const CFailure& failure)
+    {
+        effect.Code = failure.Code;
+        effect.Message = failure.Cause;
+    }
+    return effect;
+}
+} // namespace
+
+ExitCode StopTests(const CCommandContext& context)
+{
+    const CInventory inventory = context.Inventory();
+    ExitCode verdict = ExitCode::Passed;
+    std::vector<CTestEffect> effects;
+    for (const CTestChoice& choice : context.ChosenTests(inventory))
+    {
+        if (!choice.Test->InUse)
+            continue;
+        effects.push_back(StopOne(context, inventory, choice));
+        verdict = Graver(verdict, effects.back().Code);
+    }
+    // Stopping "all that runs" is done where nothing runs; stopping a named test is not.
+    if (effects.empty() && !context.Options.Test.empty())
+        throw CFailure(ExitCode::CouldNotRun, L"The test is not running.", L"");
+
+    if (context.Options.Json)
+    {
+        context.Console.Out(JsonEffects(context.JsonHead(inventory), verdict, effects));
+        return verdict;
+    }
+    for (const CTestEffect& effect : effects)
+        context.Console.Out(TestTitle(effect.Choice) + L": " + effect.Message + L"\n");
+    if (effects.empty())
+        context.Console.Out(L"No test is running.\n");
+    return verdict;
+}
+} // namespace zebdiag

@@ -1,0 +1,265 @@
+#include "tools/zebdiag/TestRun.h"
+
+#include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/MethodThread.h"
+#include "tools/zebdiag/ObjectPath.h"
+#include "tools/zebdiag/WmiValue.h"
+
+#include <utility>
+
+namespace zebdiag
+{
+namespace
+{
+// How long a run may take to end after it was told to stop: longer than the provider itself keeps trying.
+constexpr unsigned long long kStopPatience = 30000;
+
+// Values of a setting that hold until they are restored, at the latest at the end of the scope.
+class CTemporarySetting
+{
+  public:
+    CTemporarySetting(const CWmiSession& session, const CTest& test, const CSettingValues& values)
+        : m_session(session), m_test(test)
+    {
+        if (!values.Quick && !values.Report && !values.Coverage)
+            return;
+        const std::optional<CSetting> current = LoadSetting(session, test);
+        if (!current)
+            throw FailureOf(WBEM_E_NOT_FOUND, Step::Read, session.Target(), kSettingClass);
+        StoreSetting(session, test, values);
+        m_before = current->Values;
+    }
+    CTemporarySetting(const CTemporarySetting&) = delete;
+    CTemporarySetting& operator=(const CTemporarySetting&) = delete;
+    ~CTemporarySetting() { Restore(); }
+
+    // False where the provider did not take the old values back.
+    bool Restore() noexcept
+    {
+        try
+        {
+            if (const auto before = std::exchange(m_before, std::nullopt))
+                StoreSetting(m_session, m_test, *before);
+            return true;
+        }
+        catch (...)
+        {
+            return false;
+        }
+    }
+
+  private:
+    const CWmiSession& m_session;
+    const CTest& m_test;
+    std::optional<CSettingValues> m_before;
+};
+
+class CTestRun
+{
+  public:
+    CTestRun(const CWmiSession& session, const std::wstring& computer, const CTest& test,
+             const CRunOptions& options, const CRunControl& control, const CRunObserver& observer)
+        : m_session(session), m_computer(computer), m_test(test), m_options(options), m_control(control),
+          m_observer(observer)
+    {
+    }
+
+    CRunOutcome Run()
+    {
+        // Looked at before anything is changed: another client's run must not be given this run's values.
+        if (IsInUse())
+            return Refused(ExitCode::Busy);
+        CTemporarySetting setting(m_session, m_test, m_options.Setting);
+        m_started = m_control.Now();
+        const CMethodThread call(m_session, m_test.Path, kTestClass, L"RunTest",
+                                 {{L"SystemElement", AdapterPath(m_test.AdapterKey, m_computer)},
+                                  {L"Setting", SettingPath(m_test.Key)}});
+        const bool ended = WaitForEnd(call.Done());
+        CRunOutcome outcome = ended ? Judge(call.Result()) : LeftToItself();
+        outcome.Seconds = Elapsed() / 1000;
+        outcome.Interrupted = m_stopReason != StopReason::None;
+        if (!setting.Restore())
+            m_observer.Say(L"The setting could not be put back; see \"zebdiag settings\".");
+        return outcome;
+    }
+
+  private:
+    enum class StopReason
+    {
+        None,
+        Request,
+        Timeout
+    };
+
+    unsigned long long Elapsed() const { return m_control.Now() - m_started; }
+
+    bool IsInUse() const
+    {
+        const std::optional<CTest> now = LoadTest(m_session, m_test);
+        if (!now)
+            throw FailureOf(WBEM_E_NOT_FOUND, Step::Call, m_session.Target(), kTestClass);
+        return now->InUse;
+    }
+
+    // False where the run goes on by itself.
+    bool WaitForEnd(HANDLE done)
+    {
+        for (;;)
+        {
+            // Once the stop has been asked for, its event has nothing more to say.
+            const HANDLE handles[] = {done, m_control.Abandon, m_control.Stop};
+            const DWORD count = m_stopReason == StopReason::None ? 3 : 2;
+            const DWORD woken = WaitForMultipleObjects(count, handles, FALSE, m_control.PollMilliseconds);
+            if (woken == WAIT_OBJECT_0)
+                return true;
+            if (woken == WAIT_OBJECT_0 + 1 || woken == WAIT_FAILED)
+                return false;
+            if (woken == WAIT_OBJECT_0 + 2)
+                BeginStop(StopReason::Request);
+            else if (m_stopReason == StopReason::None && m_options.Deadline &&
+                     m_control.Now() >= *m_options.Deadline)
+                BeginStop(StopReason::Timeout);
+            if (m_stopReason != StopReason::None && !m_stopTaken)
+                m_stopTaken = TryStop();
+            if (m_stopReason != StopReason::None && m_control.Now() - m_stopSince >= kStopPatience)
+                return false;
+            m_observer.Progress(CurrentPercent(), Elapsed() / 1000);
+        }
+    }
+
+    void BeginStop(StopReason reason)
+    {
+        m_stopReason = reason;
+        m_stopSince = m_control.Now();
+        m_observer.Say(reason == StopReason::Timeout
+                           ? L"The time given with --timeout is over: stopping the test."
+                           : L"Stopping the test. Press Ctrl+C again to leave it running.");
+    }
+
+    // A stop that comes before the run has really begun is refused, so it is tried again at every look.
+    bool TryStop() const
+    {
+        try
+        {
+            return RequestStop(m_session, m_computer, m_test);
+        }
+        catch (const CFailure&)
+        {
+            return false;
+        }
+    }
+
+    // Known only while the provider shows this run, not the one before it.
+    std::optional<long> CurrentPercent() const
+    {
+        try
+        {
+            const std::optional<CResult> result = LoadResult(m_session, m_test);
+            // Ordinary tests are done in one step and stay at 0 until then.
+            if (result && result->State == TestState::InProgress && m_test.SendsPackets())
+                return result->Percent;
+        }
+        catch (const CFailure&)
+        {
+            // A reading that fails is made up for by the next one.
+            return std::nullopt;
+        }
+        return std::nullopt;
+    }
+
+    CRunOutcome Refused(ExitCode code) const
+    {
+        CRunOutcome outcome;
+        outcome.Code = code;
+        outcome.Message =
+            code == ExitCode::Busy
+                ? L"The test is running already. Wait for its end, or stop it with \"zebdiag stop\"."
+                : L"The provider did not run the test. Its trace log tells why.";
+        return outcome;
+    }
+
+    CRunOutcome LeftToItself() const
+    {
+        CRunOutcome outcome;
+        outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::CouldNotRun;
+        outcome.Message = m_stopTaken ? L"The test was told to stop but has not ended yet."
+                                      : L"The test could not be stopped and may still run.";
+        return outcome;
+    }
+
+    // The call's own success says nothing; an empty reference says that there was no run, and otherwise the
+    // outcome is what the result says.
+    CRunOutcome Judge(const WmiObject& out) const
+    {
+        if (!out || ReadText(out.Get(), L"Result").value_or(L"").empty())
+            return Refused(IsInUse() ? ExitCode::Busy : ExitCode::CouldNotRun);
+        CRunOutcome outcome;
+        outcome.Result = LoadResult(m_session, m_test);
+        if (!outcome.Result)
+        {
+            outcome.Message = L"The test has run, but its result is not there any more.";
+            return outcome;
+        }
+        switch (outcome.Result->State)
+        {
+        case TestState::Passed:
+            outcome.Code = ExitCode::Passed;
+            if (m_stopReason != StopReason::None)
+                outcome.Message = L"The test had ended before it could be stopped.";
+            break;
+        case TestState::Failed:
+            // An ordinary test that is aborted ends as failed, with the abortion as its reason.
+            outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::Failed;
+            break;
+        case TestState::Stopped:
+            outcome.Code = ExitCode::Stopped;
+            if (m_stopReason == StopReason::None)
+                outcome.Message = L"Another program stopped the test.";
+            break;
+        default:
+            outcome.Message = L"The provider did not finish the run. Its trace log tells why.";
+            break;
+        }
+        if (outcome.Code == ExitCode::Stopped && m_stopReason == StopReason::Timeout)
+            outcome.Message = L"The time given with --timeout was over.";
+        return outcome;
+    }
+
+    const CWmiSession& m_session;
+    const std::wstring& m_computer;
+    const CTest& m_test;
+    const CRunOptions& m_options;
+    const CRunControl& m_control;
+    const CRunObserver& m_observer;
+
+    unsigned long long m_started = 0;
+    StopReason m_stopReason = StopReason::None;
+    unsigned long long m_stopSince = 0;
+    bool m_stopTaken = false;
+};
+} // namespace
+
+CRunOutcome RunOneTest(const CWmiSession& session, const std::wstring& computer, const CTest& test,
+                       const CRunOptions& options, const CRunControl& control, const CRunObserver& observer)
+{
+    try
+    {
+        return CTestRun(session, computer, test, options, control, observer).Run();
+    }
+    catch (const CFailure& failure)
+    {
+        CRunOutcome outcome;
+        outcome.Code = failure.Code;
+        outcome.Message = failure.Cause + (failure.NextStep.empty() ? L"" : L" " + failure.NextStep) +
+                          (failure.Detail.empty() ? L"" : L"\nThe provider says: " + failure.Detail);
+        return outcome;
+    }
+}
+
+bool RequestStop(const CWmiSession& session, const std::wstring& computer, const CTest& test)
+{
+    const WmiObject out = session.Call(test.Path, kTestClass, L"DiscontinueTest",
+                                       {{L"SystemElement", AdapterPath(test.AdapterKey, computer)}});
+    return out && ReadFlag(out.Get(), L"TestingStopped").value_or(false);
+}
+} // namespace zebdiag

@@ -1,0 +1,167 @@
+#include "tools/zebdiag/TextReport.h"
+
+#include "tools/zebdiag/DateTime.h"
+#include "tools/zebdiag/ServingProcess.h"
+#include "tools/zebdiag/Table.h"
+#include "tools/zebdiag/Words.h"
+
+#include <functional>
+
+namespace zebdiag
+{
+namespace
+{
+constexpr size_t kFindingIndent = 4;
+
+std::wstring ServedBy(const std::vector<unsigned long>& processes)
+{
+    if (processes.empty())
+        return L"";
+    std::wstring text = L", delivered by " + std::wstring(kProviderImage) + L" (process ";
+    for (size_t i = 0; i < processes.size(); ++i)
+        text += (i ? L", " : L"") + std::to_wstring(processes[i]);
+    return text + L")";
+}
+
+std::wstring StateCell(const CResult& result)
+{
+    std::wstring text = StateInWords(result.State);
+    if (result.State == TestState::InProgress && result.Percent && *result.Percent > 0)
+        text += L", " + std::to_wstring(*result.Percent) + L" %";
+    return text;
+}
+
+std::wstring FindingsCell(const CResult& result)
+{
+    std::wstring text;
+    for (const std::wstring& line : result.Lines)
+        text += (text.empty() ? L"" : L"\n") + Finding(line);
+    return text;
+}
+
+std::wstring OnOff(const std::optional<bool>& value)
+{
+    return !value ? L"-" : *value ? L"on" : L"off";
+}
+
+// A table for each adapter that has a row, under the adapter's title. `addRow` says whether it added one.
+std::wstring TablesByAdapter(const std::vector<CTestChoice>& tests, const std::vector<std::wstring>& headings,
+                             unsigned width, const std::function<bool(CTable&, const CTest&)>& addRow)
+{
+    std::wstring text;
+    for (size_t i = 0; i < tests.size();)
+    {
+        const CAdapter* adapter = tests[i].Adapter;
+        CTable table(headings);
+        bool any = false;
+        for (; i < tests.size() && tests[i].Adapter == adapter; ++i)
+            any = addRow(table, *tests[i].Test) || any;
+        if (any)
+            text += AdapterTitle(*adapter) + L"\n" + table.Render(width) + L"\n";
+    }
+    return text;
+}
+} // namespace
+
+std::wstring AdapterTitle(const CAdapter& adapter)
+{
+    return adapter.Description.empty() || adapter.Description == adapter.Name
+               ? adapter.Name
+               : adapter.Name + L" (" + adapter.Description + L")";
+}
+
+std::wstring TestTitle(const CTestChoice& choice)
+{
+    return choice.Test->Caption + L" on " + choice.Adapter->Name;
+}
+
+std::wstring RenderList(const CInventory& inventory, const std::vector<const CAdapter*>& adapters,
+                        const std::vector<unsigned long>& processes, unsigned width)
+{
+    std::wstring text;
+    size_t count = 0;
+    for (const CAdapter* adapter : adapters)
+    {
+        text += AdapterTitle(*adapter) + L"\n";
+        if (adapter->Name != adapter->Key)
+            text += L"  " + adapter->Key + L"\n";
+        CTable table({L"Number", L"Test", L"Description"});
+        for (const CTest& test : adapter->Tests)
+        {
+            table.Add(
+                {test.Number, test.InUse ? test.Caption + L" (running)" : test.Caption, test.Description});
+            ++count;
+        }
+        text += table.Render(width) + L"\n";
+    }
+    if (count == 0)
+        return L"There is no wired adapter with tests" + ServedBy(processes) + L".\n";
+    return text + Count(count, L"test") + L" on " + Count(adapters.size(), L"adapter") +
+           (inventory.Computer.empty() ? L"" : L" of " + inventory.Computer) + ServedBy(processes) + L".\n";
+}
+
+std::wstring RenderResults(const std::vector<CTestChoice>& tests,
+                           const std::map<std::wstring, CResult>& results, unsigned width)
+{
+    std::map<TestState, size_t> counts;
+    size_t count = 0;
+    std::wstring text =
+        TablesByAdapter(tests, {L"Test", L"State", L"Started", L"Ended", L"Findings"}, width,
+                        [&](CTable& table, const CTest& test)
+                        {
+                            const auto found = results.find(test.Key);
+                            if (found == results.end())
+                                return false;
+                            const CResult& result = found->second;
+                            table.Add({test.Caption, StateCell(result), ReadableTime(result.Started),
+                                       ReadableTime(result.Completed), FindingsCell(result)});
+                            ++counts[result.State];
+                            ++count;
+                            return true;
+                        });
+    if (count == 0)
+        return L"There are no results.\n";
+    text += Count(count, L"result");
+    const wchar_t* separator = L": ";
+    for (const auto& [state, number] : counts)
+    {
+        std::wstring word = StateInWords(state);
+        word.front() = static_cast<wchar_t>(towlower(word.front()));
+        text += separator + std::to_wstring(number) + L" " + word;
+        separator = L", ";
+    }
+    return text + L".\n";
+}
+
+std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
+                            const std::map<std::wstring, CSetting>& settings, unsigned width)
+{
+    std::wstring text = TablesByAdapter(
+        tests, {L"Test", L"Coverage", L"Quick", L"Report"}, width,
+        [&](CTable& table, const CTest& test)
+        {
+            const auto found = settings.find(test.Key);
+            if (!test.SendsPackets() || found == settings.end())
+                return false;
+            const CSettingValues& values = found->second.Values;
+            table.Add({test.Caption, values.Coverage ? std::to_wstring(*values.Coverage) + L" %" : L"-",
+                       OnOff(values.Quick), OnOff(values.Report)});
+            return true;
+        });
+    if (text.empty())
+        return L"None of these tests has settings.\n";
+    return text + L"Coverage: how much of the configured time a run takes. Quick: whether it ends as soon as "
+                  L"enough\n"
+                  L"packets came. Report: whether it shows packet counters.\n";
+}
+
+std::wstring RenderFindings(const CResult& result, unsigned width)
+{
+    std::wstring text;
+    const unsigned room = width > kFindingIndent ? static_cast<unsigned>(width - kFindingIndent - 1) : 0;
+    for (const std::wstring& line : result.Lines)
+        for (const std::wstring& part : WrapText(Finding(line), room))
+            text += std::wstring(kFindingIndent, L' ') + part + L"\n";
+    return text;
+}
+} // namespace zebdiag

@@ -1,0 +1,24 @@
+// zebdiag: diagnostics of wired Ethernet adapters from the console.
+#include "tools/zebdiag/Application.h"
+#include "tools/zebdiag/Connection.h"
+#include "tools/zebdiag/Interrupt.h"
+
+#include <cstdlib>
+#include <objbase.h>
+
+int wmain(int count, wchar_t** values)
+{
+    using namespace zebdiag;
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    InitializeClientSecurity();
+    const CInterruptEvents interrupts = CatchInterrupts();
+    CApplicationSeams seams;
+    seams.Connect = Connect;
+    seams.Control.Stop = interrupts.Stop;
+    seams.Control.Abandon = interrupts.Abandon;
+    seams.Surroundings.FullRunSeconds = ConfiguredRunSeconds;
+    const ExitCode code = RunApplication({values + 1, values + count}, ProcessConsole(), seams);
+    // A call that was left to itself may still hold a thread of ours in the apartment, so it is not closed
+    // here.
+    std::_Exit(static_cast<int>(code));
+}
