@@ -1,0 +1,120 @@
+#include "CDM/src/classes/Associations.h"
+
+#include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/References.h"
+
+namespace
+{
+CBstr SettingReference(CBstr key, bool)
+{
+    return CreateSettingReference(std::move(key));
+}
+
+CBstr ResultReference(CBstr key, bool)
+{
+    return CreateResultReference(std::move(key));
+}
+
+HRESULT PutExclusiveUse(CWomClassObject& instance)
+{
+    const HRESULT time = instance.SetPropertyNull(L"EstimatedTimeOfPerforming");
+    const HRESULT exclusive = instance.SetPropertyBool(L"IsExclusiveForMSE", TRUE);
+    return FAILED(time) ? time : exclusive;
+}
+
+constexpr CAssociationRow kTestForMSE = {
+    .name = L"Tolva_DiagTestForMSE",
+    .references = {{L"Antecedent", MadeFrom::Identifier, &CreateTestReference,
+                    "CTolva_DiagTestMSEAssoc::SendInstance: CreateTestReference failed"},
+                   {L"Dependent", MadeFrom::AdapterKey, &CreateSysElemReference,
+                    "CTolva_DiagTestMSEAssoc::SendInstance:CreateSysElemReference failed"}},
+    .adapterKeyFailed = "CTolva_DiagTestMSEAssoc::SendInstance: ParseForAdapterKey failed",
+    .putOthers = &PutExclusiveUse,
+    .enumerate = &CDiagMgr::EnumTests,
+    .createInstanceEnum = "CTolva_DiagTestMSEAssoc::CreateInstanceEnumAsync",
+    .enumFailed = "Tolva_DiagTestMSEAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
+    .getObject = "CTolva_DiagTestMSEAssoc::GetObjectAsync",
+    .identifying = {L"Antecedent",
+                    "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for Test reference failed", L"Name",
+                    "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid test", nullptr, nullptr, nullptr},
+    .other = {L"Dependent",
+              "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+              L"DeviceID", nullptr, nullptr,
+              "CTolva_DiagTestMSEAssoc::GetObjectAsync: ParseForAdapterKey failed",
+              "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid MSE"},
+    // Names the other association with adapters; support knows the text as it is.
+    .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
+};
+
+constexpr CAssociationRow kResultForMSE = {
+    .name = L"Tolva_DiagResultForMSE",
+    .references = {{L"Result", MadeFrom::Identifier, &ResultReference,
+                    "CTolva_DiagResultMSEAssoc::SendInstance:CreateResultReference failed"},
+                   {L"SystemElement", MadeFrom::AdapterKey, &CreateSysElemReference,
+                    "CTolva_DiagResultMSEAssoc::SendInstance:CreateSysElemReference failed"}},
+    .adapterKeyFailed = "CTolva_DiagResultMSEAssoc::SendInstance:ParseForAdapterKey failed",
+    .putOthers = nullptr,
+    .enumerate = &CDiagMgr::EnumResults,
+    .createInstanceEnum = "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync",
+    .enumFailed = "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
+    .getObject = "CTolva_DiagResultMSEAssoc::GetObjectAsync",
+    .identifying = {L"Result",
+                    "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for Result reference failed",
+                    L"DiagnosticName", nullptr, &CDiagMgr::ResultExists, nullptr, nullptr},
+    .other = {L"SystemElement",
+              "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+              L"DeviceID", nullptr, nullptr, nullptr, nullptr},
+    .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
+};
+
+constexpr CAssociationRow kResultForTest = {
+    .name = L"Tolva_DiagResultForTest",
+    .references = {{L"DiagnosticTest", MadeFrom::Identifier, &CreateTestReference,
+                    "CTolva_DiagResultTestAssoc::SendInstance:CreateTestReference failed"},
+                   {L"DiagnosticResult", MadeFrom::Identifier, &ResultReference,
+                    "CTolva_DiagResultTestAssoc::SendInstance:CreateResultReference failed"}},
+    .adapterKeyFailed = nullptr,
+    .putOthers = nullptr,
+    .enumerate = &CDiagMgr::EnumResults,
+    .createInstanceEnum = "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync",
+    .enumFailed = "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
+    .getObject = "CTolva_DiagResultTestAssoc::GetObjectAsync",
+    .identifying = {L"DiagnosticResult",
+                    "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Result reference failed",
+                    L"DiagnosticName", nullptr, &CDiagMgr::ResultExists, nullptr, nullptr},
+    .other = {L"DiagnosticTest",
+              "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Test reference failed", L"Name",
+              nullptr, nullptr, nullptr, nullptr},
+    .getObjectSendFailed = "CTolva_DiagResultTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
+};
+
+constexpr CAssociationRow kSettingForTest = {
+    .name = L"Tolva_DiagSettingForTest",
+    .references = {{L"Element", MadeFrom::Identifier, &CreateTestReference,
+                    "CTolva_DiagSettingTestAssoc::SendInstance:CreateTestReference failed"},
+                   {L"Setting", MadeFrom::Identifier, &SettingReference,
+                    "CTolva_DiagSettingTestAssoc::SendInstance:CreateSettingReference failed"}},
+    .adapterKeyFailed = nullptr,
+    .putOthers = nullptr,
+    .enumerate = &CDiagMgr::EnumTests,
+    .createInstanceEnum = "CTolva_DiagSettingTestAssoc::CreateInstanceEnumAsync",
+    .enumFailed = "Tolva_DiagSettingTestAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
+    .getObject = "CTolva_DiagSettingTestAssoc::GetObjectAsync",
+    .identifying = {L"Setting",
+                    "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Setting reference failed",
+                    L"SettingID", nullptr, &CDiagMgr::SettingExists, nullptr, nullptr},
+    .other = {L"Element", "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Test reference failed",
+              L"Name", nullptr, nullptr, nullptr, nullptr},
+    .getObjectSendFailed = "CTolva_DiagSettingTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
+};
+} // namespace
+
+CTolva_DiagTestMSEAssoc::CTolva_DiagTestMSEAssoc() noexcept : CReferenceAssociation(kTestForMSE) {}
+
+CTolva_DiagResultMSEAssoc::CTolva_DiagResultMSEAssoc() noexcept : CReferenceAssociation(kResultForMSE) {}
+
+CTolva_DiagResultTestAssoc::CTolva_DiagResultTestAssoc() noexcept : CReferenceAssociation(kResultForTest) {}
+
+CTolva_DiagSettingTestAssoc::CTolva_DiagSettingTestAssoc() noexcept : CReferenceAssociation(kSettingForTest)
+{
+}

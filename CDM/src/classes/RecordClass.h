@@ -1,0 +1,88 @@
+// What the classes that serve records of the diagnostics manager have in common: an instance is fetched by
+// the record's key, an enumeration sends every record and ends at the first that cannot be read or sent.
+#pragma once
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/classes/InstanceSender.h"
+#include "CDM/src/classes/ReadKey.h"
+#include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/EngineStatus.h"
+#include "Common/src/VormArray.h"
+#include "Common/src/com/WmiStatus.h"
+
+// One such class. The trace lines are the ones that support knows, differences in spelling included.
+template <class Record>
+struct CRecordClass
+{
+    const wchar_t* name;
+    const wchar_t* key;
+    KeyForm keyForm;
+    HRESULT (CDiagMgr::*enumerate)(CVormArray<BSTR>& keys);
+    HRESULT (CDiagMgr::*getData)(BSTR key, Record* record);
+    HRESULT (*sendInstance)(CInstanceSender& sender, const Record& record);
+
+    const char* getObject;
+    const char* getObjectDataFailed;
+    const char* getObjectSendFailed;
+
+    const char* createInstanceEnum;
+    const char* enumFailed;
+    const char* enumDataFailed;
+    const char* enumSendFailed; // null: no line of its own
+};
+
+template <class Record>
+HRESULT GetRecordObject(const CRecordClass<Record>& served, CDiagMgr& manager, const CParsedObjectPath& path,
+                        CWomContext& context, ComPtr<IWbemObjectSink> sink)
+{
+    const CZebTrace trace(served.getObject);
+    const CBstr key = ReadKey(path, served.key, served.keyForm);
+    Record record;
+    HRESULT hr = (manager.*served.getData)(key.Get(), &record);
+    if (hr == engine::NotFound)
+        return wmi::NotFound;
+    if (FAILED(hr))
+    {
+        ZebDebug().Write(served.getObjectDataFailed, hr);
+        return hr;
+    }
+    CInstanceSender sender(context, served.name, std::move(sink));
+    hr = served.sendInstance(sender, record);
+    if (FAILED(hr))
+        ZebDebug().Write(served.getObjectSendFailed, hr);
+    return hr;
+}
+
+template <class Record>
+HRESULT EnumerateRecords(const CRecordClass<Record>& served, CDiagMgr& manager, CWomContext& context,
+                         ComPtr<IWbemObjectSink> sink)
+{
+    const CZebTrace trace(served.createInstanceEnum);
+    CInstanceSender sender(context, served.name, std::move(sink));
+    CVormArray<BSTR> keys;
+    HRESULT hr = (manager.*served.enumerate)(keys);
+    if (FAILED(hr))
+    {
+        ZebDebug().Write(served.enumFailed, hr);
+        return hr;
+    }
+    for (const BSTR key : keys.View())
+    {
+        Record record;
+        hr = (manager.*served.getData)(key, &record);
+        if (FAILED(hr))
+        {
+            ZebDebug().Write(served.enumDataFailed, hr);
+            return hr;
+        }
+        hr = served.sendInstance(sender, record);
+        if (FAILED(hr))
+        {
+            if (served.enumSendFailed)
+                ZebDebug().Write(served.enumSendFailed, hr);
+            return hr;
+        }
+    }
+    return hr;
+}

@@ -1,0 +1,126 @@
+#include "CDM/src/classes/ReferenceAssociation.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/classes/InstanceSender.h"
+#include "CDM/src/classes/ReadKey.h"
+#include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/References.h"
+#include "Common/src/com/WmiStatus.h"
+
+namespace
+{
+bool EqualNoCase(const CBstr& a, const CBstr& b) noexcept
+{
+    return CompareStringOrdinal(a.Text(), static_cast<int>(a.Length()), b.Text(),
+                                static_cast<int>(b.Length()), TRUE) == CSTR_EQUAL;
+}
+} // namespace
+
+HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr& identifier) const
+{
+    HRESULT hr = sender.Spawn();
+    if (FAILED(hr))
+        return hr;
+
+    CBstr adapterKey;
+    if (m_row.adapterKeyFailed)
+    {
+        adapterKey = ParseForAdapterKey(identifier);
+        if (!adapterKey)
+        {
+            ZebDebug().Write(m_row.adapterKeyFailed);
+            return wmi::OutOfMemory;
+        }
+    }
+    for (const CReferenceRow& row : m_row.references)
+    {
+        const CBstr& key = row.madeFrom == MadeFrom::AdapterKey ? adapterKey : identifier;
+        const CBstr reference = row.create(key, sender.Context().CimKeyMode());
+        if (!reference)
+        {
+            ZebDebug().Write(row.createFailed);
+            return wmi::OutOfMemory;
+        }
+        // A reference that the schema does not take leaves the instance without it.
+        (void)sender.Instance().SetProperty(row.property, reference.Text());
+    }
+    if (m_row.putOthers)
+        (void)m_row.putOthers(sender.Instance());
+    return sender.Indicate();
+}
+
+HRESULT CReferenceAssociation::CheckReference(const CReferenceCheck& check, const CParsedObjectPath& path,
+                                              CBstr& key) const
+{
+    const CBstr reference = ReadKey(path, check.property, KeyForm::Named);
+    CParsedObjectPath parsed;
+    if (!reference || FAILED(ParseObjectPath(reference.Text(), parsed)))
+    {
+        ZebDebug().Write(check.parseFailed);
+        return wmi::Failed;
+    }
+    key = ReadKey(parsed, check.key, KeyForm::NamedOrSingle);
+    if (!key)
+    {
+        if (check.keyMissing)
+            ZebDebug().Write(check.keyMissing);
+        return wmi::NotFound;
+    }
+    if (check.exists && !(DiagMgr().*check.exists)(key.Get()))
+        return wmi::NotFound;
+    return S_OK;
+}
+
+HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWomContext& context,
+                                              ComPtr<IWbemObjectSink> sink)
+{
+    const CZebTrace trace(m_row.getObject);
+    CBstr identifier;
+    HRESULT hr = CheckReference(m_row.identifying, path, identifier);
+    if (FAILED(hr))
+        return hr;
+    CBstr otherKey;
+    hr = CheckReference(m_row.other, path, otherKey);
+    if (FAILED(hr))
+        return hr;
+    if (m_row.other.adapterKeyFailed)
+    {
+        const CBstr adapterKey = ParseForAdapterKey(identifier);
+        if (!adapterKey)
+        {
+            ZebDebug().Write(m_row.other.adapterKeyFailed);
+            return wmi::OutOfMemory;
+        }
+        if (!EqualNoCase(adapterKey, otherKey))
+        {
+            ZebDebug().Write(m_row.other.otherAdapter);
+            return wmi::NotFound;
+        }
+    }
+    CInstanceSender sender(context, GetClassName(), std::move(sink));
+    hr = SendInstance(sender, identifier);
+    if (FAILED(hr))
+        ZebDebug().Write(m_row.getObjectSendFailed, hr);
+    return hr;
+}
+
+HRESULT CReferenceAssociation::CreateInstanceEnumAsync(CWomContext& context, ComPtr<IWbemObjectSink> sink)
+{
+    const CZebTrace trace(m_row.createInstanceEnum);
+    CInstanceSender sender(context, GetClassName(), std::move(sink));
+    CVormArray<BSTR> identifiers;
+    HRESULT hr = (DiagMgr().*m_row.enumerate)(identifiers);
+    if (FAILED(hr))
+    {
+        ZebDebug().Write(m_row.enumFailed, hr);
+        return hr;
+    }
+    for (const BSTR identifier : identifiers.View())
+    {
+        hr = SendInstance(sender, CBstr(std::wstring_view(identifier, SysStringLen(identifier))));
+        if (FAILED(hr))
+            return hr;
+    }
+    return hr;
+}

@@ -1,0 +1,71 @@
+// What the association classes have in common. An instance holds two references, made from one identifier: a
+// result's or a test's key. A path that a client gives is taken at its first reference; the second one has
+// only to be there.
+#pragma once
+
+#include "CDM/src/WomClassHandler.h"
+#include "Common/src/VormArray.h"
+
+class CInstanceSender;
+
+// What one reference property is made from: the identifier, or the adapter key in it.
+enum class MadeFrom
+{
+    Identifier,
+    AdapterKey
+};
+
+struct CReferenceRow
+{
+    const wchar_t* property;
+    MadeFrom madeFrom;
+    CBstr (*create)(CBstr key, bool cimKeyMode);
+    const char* createFailed;
+};
+
+// How a reference in a client's path is checked.
+struct CReferenceCheck
+{
+    const wchar_t* property;
+    const char* parseFailed;
+    const wchar_t* key;                 // the referenced object's, which must be there
+    const char* keyMissing;             // null: no line of its own
+    BOOL (CDiagMgr::*exists)(BSTR key); // null: not asked
+    const char* adapterKeyFailed;       // null: the reference is not compared with the first one
+    const char* otherAdapter;
+};
+
+// The trace lines are the ones that support knows, differences in spelling included.
+struct CAssociationRow
+{
+    const wchar_t* name;
+    CReferenceRow references[2];
+    const char* adapterKeyFailed;                    // null where no reference is made from the adapter key
+    HRESULT (*putOthers)(CWomClassObject& instance); // null: there are no other properties
+    HRESULT (CDiagMgr::*enumerate)(CVormArray<BSTR>& identifiers);
+    const char* createInstanceEnum;
+    const char* enumFailed;
+
+    const char* getObject;
+    CReferenceCheck identifying; // its key is the identifier
+    CReferenceCheck other;
+    const char* getObjectSendFailed;
+};
+
+class CReferenceAssociation : public CWomClassHandler
+{
+  public:
+    const wchar_t* GetClassName() const noexcept override { return m_row.name; }
+    HRESULT GetObjectAsync(const CParsedObjectPath& path, CWomContext& context,
+                           ComPtr<IWbemObjectSink> sink) override;
+    HRESULT CreateInstanceEnumAsync(CWomContext& context, ComPtr<IWbemObjectSink> sink) override;
+
+  protected:
+    explicit CReferenceAssociation(const CAssociationRow& row) noexcept : m_row(row) {}
+
+  private:
+    HRESULT SendInstance(CInstanceSender& sender, const CBstr& identifier) const;
+    HRESULT CheckReference(const CReferenceCheck& check, const CParsedObjectPath& path, CBstr& key) const;
+
+    const CAssociationRow& m_row;
+};

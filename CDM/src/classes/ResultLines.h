@@ -1,0 +1,15 @@
+// The human-readable lines of a result: time stamp, "|", the test's title, "|", the detail; one for each
+// entry of the record.
+#pragma once
+
+#include "Common/src/com/Bstr.h"
+
+#include <vector>
+
+struct CResultData;
+class CInstanceSender;
+
+// `timeStamp` is the record's, as CIM date-time. A text that cannot be had ends with its status, which has
+// been traced; `lines` is then unusable.
+HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, const wchar_t* timeStamp,
+                         const wchar_t* title, std::vector<CBstr>& lines);

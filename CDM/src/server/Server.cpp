@@ -1,0 +1,93 @@
+#include "CDM/src/server/Server.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "CDM/src/server/CommandLine.h"
+#include "CDM/src/server/Configuration.h"
+#include "CDM/src/server/ServerModule.h"
+#include "Common/src/WomClassCache.h"
+#include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/ComObject.h"
+
+#include <objbase.h>
+
+namespace
+{
+const UINT g_forceExitMessage = RegisterWindowMessageA("Force Veltrane(R) ZEB WMI Providers to exit");
+
+// A provider object gives its lock up before it stores its results. Storing may outlast the monitor's
+// patience; the process waits for it, but not for ever.
+void WaitForLastObjects() noexcept
+{
+    constexpr DWORD kStepMilliseconds = 50;
+    constexpr DWORD kLimitMilliseconds = 60000;
+    for (DWORD waited = 0; g_liveComObjects > 0 && waited < kLimitMilliseconds; waited += kStepMilliseconds)
+        Sleep(kStepMilliseconds);
+}
+
+HRESULT Serve(CServerModule& module) noexcept
+{
+    module.StartMonitor();
+    const HRESULT hr =
+        module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
+    if (FAILED(hr))
+        return hr; // nobody could reach the server, or end it
+    CoResumeClassObjects();
+
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) > 0)
+        DispatchMessageA(&message);
+
+    module.RevokeClassObjects();
+    Sleep(1000);
+    WaitForLastObjects();
+    return S_OK;
+}
+
+HRESULT Act(CServerModule& module, ServerAction action) noexcept
+{
+    switch (action)
+    {
+    case ServerAction::Register:
+        return module.RegisterServer();
+    case ServerAction::Unregister:
+        return module.UnregisterServer();
+    case ServerAction::Serve:
+        break;
+    }
+    return Serve(module);
+}
+
+HRESULT Run(HINSTANCE instance)
+{
+    const CTraceConfiguration trace = ReadTraceConfiguration();
+    ZebDebug().Configure("ZebDiag", trace.FileName.c_str(), static_cast<long>(trace.Level), 0, false, 0);
+
+    CServerModule& module = CServerModule::Instance();
+    module.SetPaths(ReadHostPaths());
+    const char* const commandLine = GetCommandLineA();
+
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE,
+                         nullptr, EOAC_NONE, nullptr);
+    module.Init(instance);
+    module.SetMainThread(GetCurrentThreadId());
+
+    const HRESULT hr = Act(module, ScanCommandLine(commandLine));
+
+    WomClassCache::Drop();
+    module.Term();
+    module.SetPaths({});
+    CoUninitialize();
+    return hr;
+}
+} // namespace
+
+int RunServer(HINSTANCE instance) noexcept
+{
+    return AtComBoundary([&] { return Run(instance); });
+}
+
+UINT ForceExitMessage() noexcept
+{
+    return g_forceExitMessage;
+}

@@ -1,0 +1,121 @@
+#include "CDM/src/server/ServerModule.h"
+
+#include "CDM/src/ProviderImp.h"
+#include "CDM/src/server/ProviderFactory.h"
+#include "CDM/src/server/ServerIds.h"
+#include "Common/src/com/ComBoundary.h"
+
+#include <oleauto.h>
+
+namespace
+{
+// The numbers of the registration scripts among the resources.
+constexpr UINT kModuleScript = 100;
+constexpr UINT kClassScript = 101;
+
+const wchar_t* WINAPI NoDescription() noexcept
+{
+    return nullptr;
+}
+
+const void* NoCategories() noexcept
+{
+    return nullptr;
+}
+
+void WINAPI NothingToDo(BOOL) noexcept {}
+
+HRESULT WINAPI CreateProvider(void*, REFIID riid, void** out)
+{
+    CServerModule& module = CServerModule::Instance();
+    return MakeCom<CProviderImp>(module.Paths(), module)->QueryInterface(riid, out);
+}
+
+HRESULT WINAPI GetProviderClassObject(void* creator, REFIID riid, void** out)
+{
+    return AtComBoundary(
+        [&]
+        {
+            CServerModule& module = CServerModule::Instance();
+            return MakeCom<CProviderFactory>(module, reinterpret_cast<atl::Creator*>(creator))
+                ->QueryInterface(riid, out);
+        });
+}
+} // namespace
+
+atl::ObjectEntry CServerModule::s_objects[] = {
+    {&kClsidProviderImp, &CServerModule::UpdateClassRegistry, &GetProviderClassObject, &CreateProvider,
+     nullptr, 0, &NoDescription, &NoCategories, &NothingToDo},
+    {},
+};
+
+CServerModule& CServerModule::Instance() noexcept
+{
+    static CServerModule module;
+    return module;
+}
+
+HRESULT CServerModule::Init(HINSTANCE instance) noexcept
+{
+    m_record.size = sizeof m_record;
+    const HRESULT hr = AtlModuleInit(&m_record, s_objects, instance);
+    if (SUCCEEDED(hr))
+        m_typeLibrary = kLibidDrevok;
+    return hr;
+}
+
+void CServerModule::Term() noexcept
+{
+    AtlModuleTerm(&m_record);
+}
+
+HRESULT CServerModule::RegisterServer() noexcept
+{
+    RunScript(kModuleScript, TRUE);
+    return AtlModuleRegisterServer(&m_record, TRUE, nullptr);
+}
+
+HRESULT CServerModule::UnregisterServer() noexcept
+{
+    RunScript(kModuleScript, FALSE);
+    const HRESULT hr = AtlModuleUnregisterServerEx(&m_record, TRUE, nullptr);
+    // There are systems whose function answers S_OK and removes nothing. Where it has done its work, these
+    // two find nothing left to remove.
+    RunScript(kClassScript, FALSE);
+    UnRegisterTypeLib(m_typeLibrary, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
+    return hr;
+}
+
+HRESULT CServerModule::RegisterClassObjects(DWORD context, DWORD flags) noexcept
+{
+    return AtlModuleRegisterClassObjects(&m_record, context, flags);
+}
+
+void CServerModule::RevokeClassObjects() noexcept
+{
+    AtlModuleRevokeClassObjects(&m_record);
+}
+
+LONG CServerModule::Lock() noexcept
+{
+    return InterlockedIncrement(&m_record.lockCount);
+}
+
+LONG CServerModule::Unlock() noexcept
+{
+    const LONG left = InterlockedDecrement(&m_record.lockCount);
+    if (left == 0)
+        m_monitor.Signal();
+    return left;
+}
+
+HRESULT CServerModule::RunScript(UINT resource, BOOL registering) noexcept
+{
+    return AtlModuleUpdateRegistryFromResourceD(&m_record, MAKEINTRESOURCEW(resource), registering, nullptr,
+                                                nullptr);
+}
+
+HRESULT WINAPI CServerModule::UpdateClassRegistry(BOOL registering) noexcept
+{
+    return Instance().RunScript(kClassScript, registering);
+}

@@ -1,0 +1,51 @@
+// The server module of this process: the system's module record with its object map and lock count, and what
+// this server adds to it, the shutdown monitor and the paths that a provider object is made with.
+#pragma once
+
+#include "CDM/src/HostPaths.h"
+#include "CDM/src/ServerLock.h"
+#include "CDM/src/server/AtlModule.h"
+#include "CDM/src/server/ShutdownMonitor.h"
+
+class CServerModule final : public IServerLock
+{
+  public:
+    // The one of this process: COM's request for a class object brings nothing along to find it by.
+    static CServerModule& Instance() noexcept;
+
+    // Begins and ends the module; COM is initialised around both.
+    HRESULT Init(HINSTANCE instance) noexcept;
+    void Term() noexcept;
+
+    void SetPaths(CHostPaths paths) noexcept { m_paths = std::move(paths); }
+    const CHostPaths& Paths() const noexcept { return m_paths; }
+    void SetMainThread(DWORD thread) noexcept { m_mainThread = thread; }
+    const GUID& TypeLibrary() const noexcept { return m_typeLibrary; }
+
+    // The registry entries of module and class, and the type library.
+    HRESULT RegisterServer() noexcept;
+    HRESULT UnregisterServer() noexcept;
+
+    // False where there is no monitor: the server then runs until it is ended from outside.
+    bool StartMonitor() noexcept { return m_monitor.Start(m_mainThread); }
+    HRESULT RegisterClassObjects(DWORD context, DWORD flags) noexcept;
+    void RevokeClassObjects() noexcept;
+
+    // Counts; the unlock that leaves none wakes the monitor.
+    LONG Lock() noexcept override;
+    LONG Unlock() noexcept override;
+
+  private:
+    CServerModule() noexcept = default;
+    HRESULT RunScript(UINT resource, BOOL registering) noexcept;
+    static HRESULT WINAPI UpdateClassRegistry(BOOL registering) noexcept;
+
+    static atl::ObjectEntry s_objects[];
+
+    atl::Module m_record{};
+    GUID m_typeLibrary{};
+    DWORD m_mainThread = 0;
+    CHostPaths m_paths;
+    CMonitorActions m_monitorActions;
+    CShutdownMonitor m_monitor{m_record.lockCount, m_monitorActions};
+};

@@ -1,0 +1,6 @@
+#include "CDM/src/server/Server.h"
+
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE, char*, int)
+{
+    return RunServer(instance);
+}
