@@ -15,12 +15,14 @@ namespace
 const UINT g_forceExitMessage = RegisterWindowMessageA("Force Veltrane(R) ZEB WMI Providers to exit");
 
 // A provider object gives its lock up before it stores its results. Storing may outlast the monitor's
-// patience; the process waits for it, but not for ever.
-void WaitForLastObjects() noexcept
+// patience; the process waits for it, but not for ever. `idle` is the count of objects without any provider:
+// the class object may still be there, because not every system lets go of it.
+void WaitForLastProvider(long idle) noexcept
 {
     constexpr DWORD kStepMilliseconds = 50;
     constexpr DWORD kLimitMilliseconds = 60000;
-    for (DWORD waited = 0; g_liveComObjects > 0 && waited < kLimitMilliseconds; waited += kStepMilliseconds)
+    for (DWORD waited = 0; g_liveComObjects > idle && waited < kLimitMilliseconds;
+         waited += kStepMilliseconds)
         Sleep(kStepMilliseconds);
 }
 
@@ -31,6 +33,7 @@ HRESULT Serve(CServerModule& module) noexcept
         module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
     if (FAILED(hr))
         return hr; // nobody could reach the server, or end it
+    const long idle = g_liveComObjects;
     CoResumeClassObjects();
 
     MSG message;
@@ -39,7 +42,7 @@ HRESULT Serve(CServerModule& module) noexcept
 
     module.RevokeClassObjects();
     Sleep(1000);
-    WaitForLastObjects();
+    WaitForLastProvider(idle);
     return S_OK;
 }
 
