@@ -1,0 +1,51 @@
+#include "standin/locator/Locator.h"
+
+#include "Common/src/com/Bstr.h"
+#include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/WmiStatus.h"
+#include "standin/locator/Locale.h"
+#include "standin/locator/NetworkPath.h"
+#include "standin/locator/ServiceConnection.h"
+#include "standin/locator/ServicesFacade.h"
+
+namespace standin
+{
+namespace
+{
+bool IsGiven(const BSTR text)
+{
+    return SysStringLen(text) != 0;
+}
+} // namespace
+
+STDMETHODIMP CLocator::ConnectServer(const BSTR networkResource, const BSTR user, const BSTR password,
+                                     const BSTR locale, long securityFlags, const BSTR authority,
+                                     IWbemContext*, IWbemServices** nameSpace)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (!nameSpace)
+                return wmi::InvalidParameter;
+            *nameSpace = nullptr;
+            if (!networkResource || (securityFlags & ~WBEM_FLAG_CONNECT_USE_MAX_WAIT) != 0)
+                return wmi::InvalidParameter;
+            const auto path = ParseNetworkPath(networkResource);
+            if (!path)
+                return wmi::InvalidNamespace;
+            if (!IsThisComputer(path->Server))
+                return HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE);
+            if (IsGiven(user) || IsGiven(password) || IsGiven(authority))
+                return static_cast<HRESULT>(WBEM_E_LOCAL_CREDENTIALS);
+            if (IsGiven(locale) && !ParseLocale(locale))
+                return wmi::InvalidParameter;
+
+            CServiceConnection connection;
+            const HRESULT hr = ConnectService(path->NameSpace.c_str(), locale, connection);
+            if (FAILED(hr))
+                return hr;
+            *nameSpace = new CServicesFacade(connection.Services, connection.Process);
+            return wmi::NoError;
+        });
+}
+} // namespace standin

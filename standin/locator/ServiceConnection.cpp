@@ -1,0 +1,56 @@
+#include "standin/locator/ServiceConnection.h"
+
+#include "standin/locator/ServiceIds.h"
+#include "standin/proxy/WmiStandin.h"
+
+namespace standin
+{
+namespace
+{
+// A service that has decided to end may be found but not reached any more.
+constexpr int kAttempts = 5;
+constexpr DWORD kPauseMilliseconds = 200;
+
+HRESULT ConnectOnce(const CBstr& nameSpace, const CBstr& locale, CServiceConnection& connection)
+{
+    ComPtr<IWmiStandin> standin;
+    HRESULT hr = CoCreateInstance(kServiceClass, nullptr, CLSCTX_LOCAL_SERVER, __uuidof(IWmiStandin),
+                                  standin.PutVoid());
+    if (FAILED(hr))
+        return hr;
+    ULONG process = 0;
+    ComPtr<IUnknown> services;
+    hr = standin->Connect(nameSpace.Get(), locale.Get(), GetCurrentProcessId(), &process,
+                          __uuidof(IWbemServices), services.Put());
+    if (FAILED(hr))
+        return hr;
+    if (CHandle handle(OpenProcess(SYNCHRONIZE, FALSE, process)); handle)
+        connection.Process = std::make_shared<const CHandle>(std::move(handle));
+    return services.As(connection.Services);
+}
+
+bool IsOutOfReach(HRESULT hr)
+{
+    return hr == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) ||
+           hr == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED) || hr == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE) ||
+           hr == RPC_E_DISCONNECTED || hr == RPC_E_SERVER_DIED || hr == RPC_E_SERVER_DIED_DNE ||
+           hr == CO_E_OBJNOTCONNECTED || hr == CO_E_SERVER_STOPPING;
+}
+} // namespace
+
+HRESULT ConnectService(const wchar_t* nameSpace, const wchar_t* locale, CServiceConnection& connection)
+{
+    const CBstr nameSpaceText(nameSpace);
+    const CBstr localeText(locale);
+    HRESULT hr = E_FAIL;
+    for (int attempt = 0; attempt < kAttempts; ++attempt)
+    {
+        if (attempt > 0)
+            Sleep(kPauseMilliseconds);
+        hr = ConnectOnce(nameSpaceText, localeText, connection);
+        if (!IsOutOfReach(hr))
+            break;
+    }
+    return hr;
+}
+} // namespace standin
