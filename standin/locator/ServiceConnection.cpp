@@ -1,5 +1,6 @@
 #include "standin/locator/ServiceConnection.h"
 
+#include "standin/locator/RemoteFailure.h"
 #include "standin/locator/ServiceIds.h"
 #include "standin/proxy/WmiStandin.h"
 
@@ -28,14 +29,6 @@ HRESULT ConnectOnce(const CBstr& nameSpace, const CBstr& locale, CServiceConnect
         connection.Process = std::make_shared<const CHandle>(std::move(handle));
     return services.As(connection.Services);
 }
-
-bool IsOutOfReach(HRESULT hr)
-{
-    return hr == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) ||
-           hr == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED) || hr == HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE) ||
-           hr == RPC_E_DISCONNECTED || hr == RPC_E_SERVER_DIED || hr == RPC_E_SERVER_DIED_DNE ||
-           hr == CO_E_OBJNOTCONNECTED || hr == CO_E_SERVER_STOPPING;
-}
 } // namespace
 
 HRESULT ConnectService(const wchar_t* nameSpace, const wchar_t* locale, CServiceConnection& connection)
@@ -48,7 +41,7 @@ HRESULT ConnectService(const wchar_t* nameSpace, const wchar_t* locale, CService
         if (attempt > 0)
             Sleep(kPauseMilliseconds);
         hr = ConnectOnce(nameSpaceText, localeText, connection);
-        if (!IsOutOfReach(hr))
+        if (!IsServerGone(hr))
             break;
     }
     return hr;

@@ -1,0 +1,268 @@
+#include "standin/service/InstanceSource.h"
+
+#include "Common/src/com/Text.h"
+#include "Common/src/com/WmiStatus.h"
+#include "standin/locator/Locale.h"
+#include "standin/object/Objects.h"
+#include "standin/service/MethodParameters.h"
+#include "standin/service/Service.h"
+
+namespace standin
+{
+namespace
+{
+constexpr HRESULT kNotCapable = static_cast<HRESULT>(WBEM_E_PROVIDER_NOT_CAPABLE);
+constexpr HRESULT kNotImplemented = static_cast<HRESULT>(WBEM_E_METHOD_NOT_IMPLEMENTED);
+
+// What concerns only how the client is answered, or only the service, is not the provider's business.
+constexpr long ProviderFlags(long flags)
+{
+    return flags & ~(WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_SEND_STATUS |
+                     WBEM_FLAG_DIRECT_READ);
+}
+
+CVariant ReadProperty(IWbemClassObject* object, const wchar_t* name)
+{
+    CVariant value;
+    object->Get(name, 0, value.Put(), nullptr, nullptr);
+    return value;
+}
+} // namespace
+
+CInstanceSource::CInstanceSource(CService& service, std::wstring nameSpace, CRequest& request)
+    : m_service(service), m_nameSpace(std::move(nameSpace)), m_request(request)
+{
+}
+
+ClassDefinition CInstanceSource::Definition(std::wstring_view className) const
+{
+    return m_service.Repository().GetDefinition(m_nameSpace, className);
+}
+
+LCID CInstanceSource::AmendedLocale() const
+{
+    if (!(m_request.Flags() & WBEM_FLAG_USE_AMENDED_QUALIFIERS))
+        return 0;
+    CVariant value;
+    if (FAILED(m_request.Context()->GetValue(L"LocaleID", 0, value.Put())) || value.vt != VT_BSTR)
+        return GetUserDefaultLCID();
+    return ParseLocale({value.bstrVal, SysStringLen(value.bstrVal)}).value_or(GetUserDefaultLCID());
+}
+
+ComPtr<IWbemClassObject> CInstanceSource::Class(std::wstring_view className) const
+{
+    return m_service.Repository().GetClass(m_nameSpace, className, AmendedLocale());
+}
+
+std::vector<ComPtr<IWbemClassObject>> CInstanceSource::Classes(std::wstring_view superclass, bool deep) const
+{
+    std::vector<ComPtr<IWbemClassObject>> classes;
+    for (const ClassDefinition& definition :
+         m_service.Repository().DerivedClasses(m_nameSpace, superclass, deep, 0))
+        if (ComPtr<IWbemClassObject> object = Class(definition->Name))
+            classes.push_back(std::move(object));
+    return classes;
+}
+
+bool CInstanceSource::IsDynamic(const CClassDefinition& definition) const
+{
+    return definition.Qualifiers.Text(L"provider") != nullptr;
+}
+
+HRESULT CInstanceSource::FindProvider(const CClassDefinition& definition,
+                                      CProviderRegistration& registration) const
+{
+    auto found = m_service.Repository().FindProvider(m_nameSpace, definition.Name);
+    if (!found)
+        return wmi::ProviderNotFound;
+    registration = std::move(*found);
+    return wmi::NoError;
+}
+
+COutcome CInstanceSource::Call(const CProviderRegistration& registration, ObjectConsumer consume,
+                               const ProviderStart& start)
+{
+    return CallProvider(m_service.Providers(), m_nameSpace, registration, m_request, std::move(consume),
+                        start);
+}
+
+COutcome CInstanceSource::GetFromProvider(const CClassDefinition& definition, const std::wstring& path,
+                                          ComPtr<IWbemClassObject>& instance)
+{
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(definition, registration); FAILED(hr))
+        return hr;
+    if (!registration.ServesInstances || !registration.SupportsGet)
+        return kNotCapable;
+    const CBstr text(path.c_str());
+    return Call(
+        registration,
+        [&](IWbemClassObject* object)
+        {
+            Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
+            instance = object;
+            return wmi::NoError;
+        },
+        [&](IWbemServices& provider, IWbemObjectSink* sink) {
+            return provider.GetObjectAsync(text.Get(), ProviderFlags(m_request.Flags()), m_request.Context(),
+                                           sink);
+        });
+}
+
+COutcome CInstanceSource::Get(const CObjectPath& path, ComPtr<IWbemClassObject>& instance)
+{
+    const ClassDefinition definition = Definition(path.ClassName);
+    if (!definition)
+        return wmi::NotFound;
+    instance = m_service.Repository().GetInstance(m_nameSpace, path.Relative);
+    if (instance)
+        return wmi::NoError;
+
+    // The instance may be of a derived class.
+    std::vector<ClassDefinition> candidates = {definition};
+    for (const ClassDefinition& derived :
+         m_service.Repository().DerivedClasses(m_nameSpace, definition->Name, true))
+        candidates.push_back(derived);
+    COutcome first(wmi::NotFound);
+    bool asked = false;
+    for (const ClassDefinition& candidate : candidates)
+    {
+        if (!IsDynamic(*candidate))
+            continue;
+        const std::wstring text = candidate == definition
+                                      ? path.Relative
+                                      : candidate->Name + path.Relative.substr(path.ClassName.size());
+        COutcome outcome = GetFromProvider(*candidate, text, instance);
+        if (!outcome.Failed() && instance)
+            return outcome;
+        if (!outcome.Failed())
+            outcome = wmi::NotFound;
+        if (!asked)
+            first = std::move(outcome);
+        asked = true;
+    }
+    return first;
+}
+
+COutcome CInstanceSource::EnumerateOne(const CClassDefinition& definition, const ObjectConsumer& consume)
+{
+    if (!IsDynamic(definition))
+    {
+        for (const ComPtr<IWbemClassObject>& object :
+             m_service.Repository().Instances(m_nameSpace, definition.Name, false))
+            if (const HRESULT hr = consume(object.Get()); FAILED(hr))
+                return hr;
+        return wmi::NoError;
+    }
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(definition, registration); FAILED(hr))
+        return hr;
+    if (!registration.ServesInstances || !registration.SupportsEnumeration)
+        return kNotCapable;
+    const CBstr className(definition.Name.c_str());
+    return Call(
+        registration,
+        [&](IWbemClassObject* object)
+        {
+            Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
+            return consume(object);
+        },
+        [&](IWbemServices& provider, IWbemObjectSink* sink)
+        {
+            return provider.CreateInstanceEnumAsync(className.Get(), ProviderFlags(m_request.Flags()),
+                                                    m_request.Context(), sink);
+        });
+}
+
+COutcome CInstanceSource::Enumerate(const std::wstring& className, bool deep, const ObjectConsumer& consume)
+{
+    const ClassDefinition definition = Definition(className);
+    if (!definition)
+        return wmi::InvalidClass;
+    std::vector<ClassDefinition> classes = {definition};
+    if (deep)
+        for (ClassDefinition& derived :
+             m_service.Repository().DerivedClasses(m_nameSpace, definition->Name, true))
+            classes.push_back(std::move(derived));
+    for (const ClassDefinition& one : classes)
+        if (COutcome outcome = EnumerateOne(*one, consume); outcome.Failed())
+            return outcome;
+    return wmi::NoError;
+}
+
+COutcome CInstanceSource::Put(IWbemClassObject* instance)
+{
+    const CVariant className = ReadProperty(instance, L"__CLASS");
+    const CVariant genus = ReadProperty(instance, L"__GENUS");
+    if (className.vt != VT_BSTR || genus.vt != VT_I4 || genus.lVal != WBEM_GENUS_INSTANCE)
+        return wmi::InvalidObject;
+    const ClassDefinition definition = Definition(className.bstrVal);
+    if (!definition)
+        return wmi::InvalidClass;
+    if (!IsDynamic(*definition))
+        return wmi::NotSupported;
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+        return hr;
+    if (!registration.ServesInstances || !registration.SupportsPut)
+        return kNotCapable;
+    // The texts of amended qualifiers are the service's, not the provider's.
+    const long flags = ProviderFlags(m_request.Flags()) & ~WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+    return Call(
+        registration, [](IWbemClassObject*) { return wmi::NoError; },
+        [&](IWbemServices& provider, IWbemObjectSink* sink)
+        { return provider.PutInstanceAsync(instance, flags, m_request.Context(), sink); });
+}
+
+COutcome CInstanceSource::Delete(const CObjectPath& path)
+{
+    const ClassDefinition definition = Definition(path.ClassName);
+    if (!definition)
+        return wmi::NotFound;
+    if (!IsDynamic(*definition))
+        return wmi::NotSupported;
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+        return hr;
+    if (!registration.ServesInstances || !registration.SupportsDelete)
+        return kNotCapable;
+    const CBstr text(path.Relative.c_str());
+    return Call(
+        registration, [](IWbemClassObject*) { return wmi::NoError; },
+        [&](IWbemServices& provider, IWbemObjectSink* sink)
+        {
+            return provider.DeleteInstanceAsync(text.Get(), ProviderFlags(m_request.Flags()),
+                                                m_request.Context(), sink);
+        });
+}
+
+COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in,
+                                  const ObjectConsumer& consume)
+{
+    const ClassDefinition definition = Definition(path.ClassName);
+    if (!definition)
+        return wmi::NotFound;
+    const CMethodDefinition* signature = definition->FindMethod(method);
+    if (!signature)
+        return wmi::InvalidMethod;
+    if (!signature->Qualifiers.Find(L"implemented"))
+        return kNotImplemented;
+    ComPtr<IWbemClassObject> parameters;
+    if (const HRESULT hr = CheckInParameters(*signature, in, parameters); FAILED(hr))
+        return hr;
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+        return hr;
+    if (!registration.ServesMethods)
+        return kNotCapable;
+    const CBstr pathText(path.Relative.c_str());
+    const CBstr methodText(method.c_str());
+    return Call(registration, consume,
+                [&](IWbemServices& provider, IWbemObjectSink* sink)
+                {
+                    return provider.ExecMethodAsync(pathText.Get(), methodText.Get(),
+                                                    ProviderFlags(m_request.Flags()), m_request.Context(),
+                                                    parameters.Get(), sink);
+                });
+}
+} // namespace standin

@@ -1,0 +1,53 @@
+// Where classes and instances come from: the repository and the providers that classes name. All operations
+// belong to one request and run on its thread.
+#pragma once
+
+#include "standin/mof/Repository.h"
+#include "standin/object/ClassDefinition.h"
+#include "standin/service/ObjectPath.h"
+#include "standin/service/ProviderCall.h"
+
+namespace standin
+{
+class CService;
+
+class CInstanceSource
+{
+  public:
+    CInstanceSource(CService& service, std::wstring nameSpace, CRequest& request);
+
+    const std::wstring& NameSpace() const noexcept { return m_nameSpace; }
+    // Null where there is no such class.
+    ClassDefinition Definition(std::wstring_view className) const;
+    // The class as the client asked for it, with amended qualifiers where its flags say so.
+    ComPtr<IWbemClassObject> Class(std::wstring_view className) const;
+    // Classes derived from a class, or all from the top where it is empty.
+    std::vector<ComPtr<IWbemClassObject>> Classes(std::wstring_view superclass, bool deep) const;
+
+    // One instance by its path. WBEM_E_NOT_FOUND where nobody has it.
+    COutcome Get(const CObjectPath& path, ComPtr<IWbemClassObject>& instance);
+    // The instances of a class and, if `deep`, of those derived from it. WBEM_E_INVALID_CLASS.
+    COutcome Enumerate(const std::wstring& className, bool deep, const ObjectConsumer& consume);
+    COutcome Put(IWbemClassObject* instance);
+    COutcome Delete(const CObjectPath& path);
+    // The out-parameters go to `consume`.
+    COutcome Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in,
+                     const ObjectConsumer& consume);
+
+  private:
+    // The language in which the client wants texts; 0 where it did not ask for them.
+    LCID AmendedLocale() const;
+    bool IsDynamic(const CClassDefinition& definition) const;
+    // The provider of a dynamic class; WBEM_E_PROVIDER_NOT_FOUND.
+    HRESULT FindProvider(const CClassDefinition& definition, CProviderRegistration& registration) const;
+    COutcome Call(const CProviderRegistration& registration, ObjectConsumer consume,
+                  const ProviderStart& start);
+    COutcome GetFromProvider(const CClassDefinition& definition, const std::wstring& path,
+                             ComPtr<IWbemClassObject>& instance);
+    COutcome EnumerateOne(const CClassDefinition& definition, const ObjectConsumer& consume);
+
+    CService& m_service;
+    const std::wstring m_nameSpace;
+    CRequest& m_request;
+};
+} // namespace standin

@@ -1,0 +1,156 @@
+#include "standin/service/ObjectPath.h"
+
+#include "Common/src/com/Text.h"
+#include "standin/service/TokenRules.h"
+
+#include <algorithm>
+
+namespace standin
+{
+namespace
+{
+namespace pegtl = tao::pegtl;
+
+namespace path
+{
+using namespace pegtl;
+
+struct Separator : one<'\\', '/'>
+{
+};
+struct Server : plus<not_one<'\\', '/', ':'>>
+{
+};
+struct NameSpace : list<rules::Name, Separator>
+{
+};
+struct ClassName : rules::Name
+{
+};
+struct KeyName : rules::Name
+{
+};
+struct Singleton : one<'@'>
+{
+};
+struct KeyValue : sor<rules::Quoted, rules::Number, rules::Boolean>
+{
+};
+struct UnnamedKey : seq<one<'='>, rules::Spaces, sor<Singleton, KeyValue>>
+{
+};
+struct NamedKey : seq<rules::Spaces, KeyName, rules::Spaces, one<'='>, rules::Spaces, KeyValue, rules::Spaces>
+{
+};
+struct Place : seq<opt<Separator, Separator, Server, Separator>, NameSpace, one<':'>>
+{
+};
+struct Relative : seq<ClassName, opt<sor<UnnamedKey, seq<one<'.'>, list<NamedKey, one<','>>>>>>
+{
+};
+// Looking ahead first, because a class looks like the beginning of a namespace.
+struct Whole : seq<opt<at<Place>, Place>, Relative, rules::Spaces, eof>
+{
+};
+
+template <class Rule>
+struct Action : nothing<Rule>
+{
+};
+template <>
+struct Action<Server>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        out.Server = WidenUtf8(in.string());
+    }
+};
+template <>
+struct Action<NameSpace>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        out.NameSpace = WidenUtf8(in.string());
+        std::replace(out.NameSpace.begin(), out.NameSpace.end(), L'/', L'\\');
+    }
+};
+template <>
+struct Action<ClassName>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        out.ClassName = WidenUtf8(in.string());
+    }
+};
+template <>
+struct Action<Singleton>
+{
+    template <class Input>
+    static void apply(const Input&, CObjectPath& out)
+    {
+        out.IsInstance = true;
+    }
+};
+template <>
+struct Action<KeyName>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        out.Keys.push_back({WidenUtf8(in.string()), {}});
+    }
+};
+template <>
+struct Action<UnnamedKey>
+{
+    template <class Input>
+    static void apply(const Input&, CObjectPath& out)
+    {
+        out.IsInstance = true;
+    }
+};
+template <>
+struct Action<KeyValue>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        if (out.Keys.empty())
+            out.Keys.emplace_back();
+        out.Keys.back().Value = rules::LiteralText(in.string());
+        out.IsInstance = true;
+    }
+};
+template <>
+struct Action<Relative>
+{
+    template <class Input>
+    static void apply(const Input& in, CObjectPath& out)
+    {
+        out.Relative = WidenUtf8(in.string());
+    }
+};
+} // namespace path
+} // namespace
+
+const std::wstring* CObjectPath::FindKey(std::wstring_view name) const
+{
+    for (const CPathKey& key : Keys)
+        if (key.Name.empty() || EqualNoCaseAscii(key.Name, name))
+            return &key.Value;
+    return nullptr;
+}
+
+std::optional<CObjectPath> ParseObjectPath(std::wstring_view text)
+{
+    const std::string utf8 = Utf8Text(text);
+    pegtl::memory_input<> input(utf8, "path");
+    CObjectPath parsed;
+    if (!pegtl::parse<path::Whole, path::Action>(input, parsed))
+        return std::nullopt;
+    return parsed;
+}
+} // namespace standin

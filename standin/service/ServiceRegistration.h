@@ -1,0 +1,8 @@
+// The service process's own COM registration.
+#pragma once
+
+namespace standin
+{
+bool RegisterService();
+bool UnregisterService();
+} // namespace standin

@@ -1,0 +1,68 @@
+#include "standin/service/Settings.h"
+
+#include "Common/src/com/Owned.h"
+
+namespace standin
+{
+namespace
+{
+constexpr wchar_t kKey[] = L"SOFTWARE\\WMI stand-in";
+constexpr wchar_t kMofFiles[] = L"MofFiles";
+constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
+constexpr DWORD kDefaultIdleTime = 3000;
+
+bool WriteValue(const wchar_t* name, DWORD type, const void* data, size_t size)
+{
+    CRegKey key;
+    return RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, key.Put(),
+                           nullptr) == ERROR_SUCCESS &&
+           RegSetValueExW(key.Get(), name, 0, type, static_cast<const BYTE*>(data),
+                          static_cast<DWORD>(size)) == ERROR_SUCCESS;
+}
+} // namespace
+
+std::vector<std::wstring> ReadMofFiles()
+{
+    DWORD size = 0;
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kMofFiles, RRF_RT_REG_MULTI_SZ, nullptr, nullptr, &size) !=
+        ERROR_SUCCESS)
+        return {};
+    std::wstring list(size / sizeof(wchar_t) + 1, L'\0');
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kMofFiles, RRF_RT_REG_MULTI_SZ, nullptr, list.data(), &size) !=
+        ERROR_SUCCESS)
+        return {};
+    std::vector<std::wstring> files;
+    for (const wchar_t* file = list.c_str(); *file; file += files.back().size() + 1)
+        files.emplace_back(file);
+    return files;
+}
+
+bool WriteMofFiles(const std::vector<std::wstring>& files)
+{
+    std::wstring list;
+    for (const std::wstring& file : files)
+        (list += file) += L'\0';
+    return WriteValue(kMofFiles, REG_MULTI_SZ, list.c_str(), (list.size() + 1) * sizeof(wchar_t));
+}
+
+DWORD ReadIdleTime()
+{
+    DWORD milliseconds = 0;
+    DWORD size = sizeof milliseconds;
+    return RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kIdleTime, RRF_RT_REG_DWORD, nullptr, &milliseconds,
+                        &size) == ERROR_SUCCESS
+               ? milliseconds
+               : kDefaultIdleTime;
+}
+
+bool WriteIdleTime(DWORD milliseconds)
+{
+    return WriteValue(kIdleTime, REG_DWORD, &milliseconds, sizeof milliseconds);
+}
+
+bool ForgetSettings()
+{
+    const LSTATUS status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
+    return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
+}
+} // namespace standin

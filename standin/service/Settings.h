@@ -1,0 +1,22 @@
+// What the service remembers between its runs, in a registry key of its own: the MOF files that make up its
+// repository, and how long it holds on to what nobody uses.
+#pragma once
+
+#include <string>
+#include <vector>
+#include <windows.h>
+
+namespace standin
+{
+// Absolute paths in the order in which they are to be compiled; empty where none were remembered.
+std::vector<std::wstring> ReadMofFiles();
+bool WriteMofFiles(const std::vector<std::wstring>& files);
+
+// Milliseconds after the last request until a provider is let go, and after the last client until the service
+// ends.
+DWORD ReadIdleTime();
+bool WriteIdleTime(DWORD milliseconds);
+
+// Removes the key.
+bool ForgetSettings();
+} // namespace standin
