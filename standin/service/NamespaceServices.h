@@ -3,6 +3,7 @@
 // status of the request.
 #pragma once
 
+#include "standin/service/Connection.h"
 #include "standin/service/InstanceSource.h"
 #include "standin/service/UnsupportedServices.h"
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <tao/pegtl.hpp>
+#include <tao/pegtl/contrib/uint8.hpp>
 
 namespace standin::rules
 {
