@@ -23,8 +23,10 @@ LCID LocaleOf(std::wstring_view text)
     for (const std::wstring_view prefix : {std::wstring_view(L"MS_"), std::wstring_view(L"0x")})
         if (text.size() > prefix.size() && EqualNoCaseAscii(text.substr(0, prefix.size()), prefix))
             return LocaleOfNumber(text.substr(prefix.size()));
+    if (text.empty())
+        return 0;
     // A bare number begins with a digit: "de" is a language.
-    if (!text.empty() && text.front() >= L'0' && text.front() <= L'9')
+    if (text.front() >= L'0' && text.front() <= L'9')
         return LocaleOfNumber(text);
     const LCID named = LocaleNameToLCID(std::wstring(text).c_str(), 0);
     // What has no number of its own cannot be asked for.
