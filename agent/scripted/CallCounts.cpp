@@ -11,7 +11,7 @@ nlohmann::json ToJson(const std::map<Call, ULONG>& counts)
 {
     nlohmann::json object = nlohmann::json::object();
     for (const auto& [call, count] : counts)
-        object[NameOf(call)] = count;
+        object[CallName(call)] = count;
     return object;
 }
 

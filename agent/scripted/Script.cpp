@@ -146,7 +146,7 @@ CScriptedAdapter ReadAdapter(const CScriptValue& value)
 }
 } // namespace
 
-const char* NameOf(Call call) noexcept
+const char* CallName(Call call) noexcept
 {
     const auto* row =
         std::find_if(std::begin(kCalls), std::end(kCalls), [&](const auto& r) { return r.first == call; });

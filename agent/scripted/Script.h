@@ -22,7 +22,7 @@ enum class Call
     Release
 };
 // The name of a call in scripts and in counts files.
-const char* NameOf(Call call) noexcept;
+const char* CallName(Call call) noexcept;
 std::optional<Call> FindCall(std::string_view name) noexcept;
 
 // What happens instead of, or before, the scripted behaviour of a call.

@@ -10,14 +10,13 @@ namespace
 std::wstring ScriptFile()
 {
     DWORD size = 0;
-    constexpr DWORD kTexts = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
     const LSTATUS status =
-        RegGetValueW(HKEY_LOCAL_MACHINE, kScriptKey, L"Script", kTexts, nullptr, nullptr, &size);
+        RegGetValueW(HKEY_LOCAL_MACHINE, kScriptKey, L"Script", RRF_RT_REG_SZ, nullptr, nullptr, &size);
     if (status == ERROR_FILE_NOT_FOUND)
         return {};
     std::wstring file(size / sizeof(wchar_t), L'\0');
-    if (status != ERROR_SUCCESS || RegGetValueW(HKEY_LOCAL_MACHINE, kScriptKey, L"Script", kTexts, nullptr,
-                                                file.data(), &size) != ERROR_SUCCESS)
+    if (status != ERROR_SUCCESS || RegGetValueW(HKEY_LOCAL_MACHINE, kScriptKey, L"Script", RRF_RT_REG_SZ,
+                                                nullptr, file.data(), &size) != ERROR_SUCCESS)
         throw CScriptError(vorl::script::Unreadable, "the registry value Script is no text");
     file.resize(wcsnlen(file.c_str(), file.size()));
     return file;

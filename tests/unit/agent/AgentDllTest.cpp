@@ -1,0 +1,144 @@
+// The agents as COM loads them into a process: through the entry points of their DLLs.
+#include "Common/src/com/ComPtr.h"
+#include "Common/src/com/Owned.h"
+#include "Common/src/com/Text.h"
+#include "agent/VorlIds.h"
+#include "tests/support/RegistryScope.h"
+#include "tests/support/TempFolder.h"
+#include "tests/unit/agent/AgentLists.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace
+{
+// A loaded agent DLL.
+class CAgentDll
+{
+  public:
+    explicit CAgentDll(const wchar_t* name) : m_module(LoadLibraryW(name)) { EXPECT_TRUE(m_module); }
+
+    HRESULT GetFactory(REFCLSID classId, ComPtr<IClassFactory>& factory) const
+    {
+        return Entry<HRESULT(STDMETHODCALLTYPE*)(REFCLSID, REFIID, void**)>("DllGetClassObject")(
+            classId, __uuidof(IClassFactory), factory.PutVoid());
+    }
+    HRESULT CanUnload() const { return Call("DllCanUnloadNow"); }
+    HRESULT Call(const char* name) const { return Entry<HRESULT(STDMETHODCALLTYPE*)()>(name)(); }
+
+  private:
+    template <class Function>
+    Function Entry(const char* name) const
+    {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(m_module.Get(), name)));
+    }
+
+    CModule m_module;
+};
+
+ComPtr<IVormRoot> Make(const CAgentDll& dll, REFCLSID classId)
+{
+    ComPtr<IClassFactory> factory;
+    ComPtr<IVormRoot> root;
+    EXPECT_EQ(S_OK, dll.GetFactory(classId, factory));
+    EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, __uuidof(IVormRoot), root.PutVoid()));
+    return root;
+}
+
+TEST(VorlTestDll, PerformsTheBuiltInScript)
+{
+    CRegistryScope registry;
+    const CAgentDll dll(L"VorlTest.dll");
+    EXPECT_EQ(S_OK, dll.CanUnload());
+    ComPtr<IVormRoot> root = Make(dll, kClsidVorlTest);
+    EXPECT_EQ(S_FALSE, dll.CanUnload());
+    ASSERT_EQ(S_OK, root->Initialize(0));
+    ComPtr<IVormDiag> diag;
+    ASSERT_EQ(S_OK, root.As(diag));
+    std::vector<std::wstring> keys;
+    EXPECT_EQ(S_OK, ListAdapters(*diag, keys));
+    EXPECT_EQ((std::vector<std::wstring>{L"SCRIPTED-ADAPTER-1", L"SCRIPTED-ADAPTER-2"}), keys);
+    diag.Reset();
+    root.Reset();
+    EXPECT_EQ(S_OK, dll.CanUnload());
+}
+
+TEST(VorlTestDll, ExceptionOfTheScriptCrossesTheDll)
+{
+    CRegistryScope registry;
+    CTempFolder folder;
+    std::ofstream(folder.Path() / "script.json") << R"({"Faults": {"Release": {"Throw": true}}})";
+    registry.SetString("SOFTWARE\\Veltrane\\Halvern\\ZEB\\VorlTest", "Script",
+                       folder.File("script.json").c_str());
+    const CAgentDll dll(L"VorlTest.dll");
+    ComPtr<IVormRoot> root = Make(dll, kClsidVorlTest);
+    ASSERT_EQ(S_OK, root->Initialize(0));
+    IVormRoot* const last = root.Detach();
+    EXPECT_ANY_THROW(last->Release());
+    EXPECT_EQ(S_OK, dll.CanUnload());
+}
+
+struct Dll
+{
+    const wchar_t* name;
+    CLSID classId;
+    const char* key;
+};
+constexpr Dll kDlls[] = {{L"Vorl.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
+                         {L"VorlTest.dll", kClsidVorlTest, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E11}"}};
+
+TEST(AgentDlls, ServeTheirClassAndNoOther)
+{
+    for (const Dll& row : kDlls)
+    {
+        const CAgentDll dll(row.name);
+        ComPtr<IClassFactory> factory;
+        EXPECT_EQ(S_OK, dll.GetFactory(row.classId, factory));
+        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, dll.GetFactory(CLSID_StdGlobalInterfaceTable, factory));
+        EXPECT_FALSE(factory);
+    }
+}
+
+TEST(AgentDlls, RegisterAndUnregisterThemselves)
+{
+    for (const Dll& row : kDlls)
+    {
+        CRegistryScope registry;
+        const CAgentDll dll(row.name);
+        const std::string path = std::string("SOFTWARE\\Classes\\CLSID\\") + row.key;
+        // Below a volatile key, as all of the scope's are, the registration could not make this one.
+        registry.CreateKey((path + "\\InprocServer32").c_str());
+        const std::wstring server = WidenText(path + "\\InprocServer32");
+        EXPECT_EQ(S_OK, dll.Call("DllRegisterServer"));
+        wchar_t file[MAX_PATH] = {};
+        DWORD size = sizeof file;
+        EXPECT_EQ(ERROR_SUCCESS, RegGetValueW(HKEY_LOCAL_MACHINE, server.c_str(), nullptr, RRF_RT_REG_SZ,
+                                              nullptr, file, &size));
+        EXPECT_TRUE(std::wstring_view(file).ends_with(row.name)) << NarrowText(file);
+        EXPECT_EQ(S_OK, dll.Call("DllUnregisterServer"));
+        CRegKey key;
+        EXPECT_EQ(ERROR_FILE_NOT_FOUND,
+                  RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.Put()));
+    }
+}
+
+// What this machine has is not known here; whatever it has, the agent lists it with its tests.
+TEST(VorlDll, ListsThisMachinesAdaptersWithTheirTests)
+{
+    const CAgentDll dll(L"Vorl.dll");
+    ComPtr<IVormRoot> root = Make(dll, kClsidVorl);
+    ASSERT_EQ(S_OK, root->Initialize(0));
+    ComPtr<IVormDiag> diag;
+    ASSERT_EQ(S_OK, root.As(diag));
+    std::vector<std::wstring> keys;
+    ASSERT_EQ(S_OK, ListAdapters(*diag, keys));
+    for (const std::wstring& key : keys)
+    {
+        GUID id = {};
+        EXPECT_EQ(S_OK, CLSIDFromString(key.c_str(), &id));
+        std::vector<VormTestDescriptor> tests;
+        EXPECT_EQ(S_OK, ListTests(*diag, key.c_str(), tests));
+        EXPECT_EQ(8u, tests.size());
+    }
+}
+} // namespace
