@@ -94,6 +94,10 @@ HRESULT CServerModule::RegisterClassObjects(DWORD context, DWORD flags) noexcept
 void CServerModule::RevokeClassObjects() noexcept
 {
     AtlModuleRevokeClassObjects(&m_record);
+    // There are systems whose function revokes nothing; where it did, the number means nothing any more.
+    for (atl::ObjectEntry* entry = s_objects; entry->clsid; ++entry)
+        if (const DWORD registration = std::exchange(entry->registration, 0))
+            CoRevokeClassObject(registration);
 }
 
 LONG CServerModule::Lock() noexcept
