@@ -1,0 +1,98 @@
+// An adapter agent in the test's own process. A test says which adapters and tests there are, how runs end
+// and which calls fail or throw; afterwards it looks at what was called. Any thread may call it; it is
+// prepared before.
+#pragma once
+
+#include "Common/src/com/ComObject.h"
+#include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/Owned.h"
+#include "agent/Vorl.h"
+
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <vector>
+
+class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
+{
+  public:
+    enum class Method
+    {
+        QueryDiagnostics,
+        Initialize,
+        EnumAdapters,
+        EnumDiagTests,
+        RunDiagTest,
+        StopTest,
+        GetDiagTestStatistics,
+    };
+    struct CCall
+    {
+        Method What;
+        std::wstring AdapterKey;
+        ULONG TestID;
+    };
+
+    // The tests' name strings are 5000 + the test number.
+    void AddAdapter(const wchar_t* key, std::initializer_list<ULONG> testIds);
+    void AddTest(const wchar_t* adapterKey, const VormTestDescriptor& test);
+
+    // How runs of a test end, in turn; the last one stands for all later runs. Without any: S_OK.
+    void SetOutcomes(ULONG testId, std::vector<HRESULT> outcomes);
+    void SetStatistics(const VormTestStatistics& statistics);
+    // From now on a run blocks until StopTest or EndRuns; the blocked run then ends with its outcome.
+    void BlockRuns();
+    // Whether StopTest ends a blocked run (it does unless told otherwise).
+    void SetStopEndsRuns(bool ends);
+    void EndRuns() { SetEvent(m_end.Get()); }
+    // Signalled while a run is blocked.
+    HANDLE Blocked() const noexcept { return m_blocked.Get(); }
+
+    // The n-th call of a method from now on (counted from 1) answers `code`; the first `times` from there on
+    // do. Throwing works alike.
+    void Fail(Method method, int n, HRESULT code, int times = 1);
+    void Throw(Method method, int n);
+    // The next Release of anybody's does.
+    void ThrowWhenReleased() { m_throwOnRelease = true; }
+
+    std::vector<CCall> Calls() const;
+    int Count(Method method) const;
+
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
+    STDMETHODIMP_(ULONG) Release() override;
+    STDMETHODIMP Initialize(ULONG flags) override;
+    STDMETHODIMP EnumAdapters(ULONG* count, BSTR** adapterKeys) override;
+    STDMETHODIMP EnumDiagTests(BSTR adapterKey, ULONG* count, VormTestDescriptor** tests) override;
+    STDMETHODIMP RunDiagTest(BSTR adapterKey, ULONG testId) override;
+    STDMETHODIMP StopTest(BSTR adapterKey, ULONG testId) override;
+    STDMETHODIMP GetDiagTestStatistics(BSTR adapterKey, ULONG testId, VormTestStatistics* stats) override;
+
+  private:
+    struct CAdapter
+    {
+        std::wstring Key;
+        std::vector<VormTestDescriptor> Tests;
+    };
+
+    // Notes the call and carries out the failure that is planned for it: throws, or gives a failure code.
+    HRESULT Begin(Method method, BSTR adapterKey = nullptr, ULONG testId = 0);
+    CAdapter* Find(const std::wstring& key);
+    HRESULT NextOutcome(ULONG testId);
+
+    mutable CCriticalSection m_section;
+    std::vector<CAdapter> m_adapters;
+    std::map<ULONG, std::vector<HRESULT>> m_outcomes;
+    VormTestStatistics m_statistics{};
+    std::vector<CCall> m_calls;
+    bool m_blocks = false;
+    bool m_stopEndsRuns = true;
+    CHandle m_end{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    CHandle m_blocked{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+
+    Method m_failing = Method::Initialize;
+    int m_failIn = 0;
+    int m_failTimes = 0;
+    HRESULT m_failure = S_OK;
+    bool m_throws = false;
+    bool m_throwOnRelease = false;
+};
