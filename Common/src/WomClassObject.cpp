@@ -152,12 +152,11 @@ std::wstring CWomClassObject::Describe(const wchar_t* member) const
         insteadOfClass = FAILED(hr) ? kClassNotReadable : name.vt == VT_NULL ? kClassIsNull : kClassIsNoText;
     }
 
-    CBstr className;
+    std::wstring text;
     if (name.vt == VT_BSTR)
-        className = CBstr(name.bstrVal);
-    else
-        m_context->GetResourceString(insteadOfClass, "_NWR", className);
-    std::wstring text(className.View());
+        text = name.bstrVal ? name.bstrVal : L"";
+    else if (CBstr stated; m_context->GetResourceString(insteadOfClass, "_NWR", stated) == S_OK)
+        text = stated.View();
     if (member)
         (text += L'.') += member;
     return text;

@@ -4,11 +4,27 @@
 #include "Common/src/VormErrorMessage.h"
 #include "Common/src/WomClassObject.h"
 #include "Common/src/WomContext.h"
-#include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
 
 #include <cstdio>
+
+namespace
+{
+// Does one step for itself: what cannot be told does not keep the rest from the client.
+template <class Body>
+void Step(Body&& body) noexcept
+{
+    try
+    {
+        body();
+    }
+    catch (...)
+    {
+        ZebDebug().Write("CWomProviderException: a part of the report was lost");
+    }
+}
+} // namespace
 
 CWomProviderException::CWomProviderException(CWomContext* context, HRESULT statusCode,
                                              const wchar_t* parameterInfo, HRESULT requestResult,
@@ -17,14 +33,9 @@ CWomProviderException::CWomProviderException(CWomContext* context, HRESULT statu
     : m_context(context), m_statusCode(statusCode), m_requestResult(requestResult), m_sourceFile(sourceFile),
       m_line(line)
 {
-    AtComBoundary(
-        [&]
-        {
-            m_parameterInfo = CBstr(parameterInfo);
-            m_messageText = messageText ? messageText : "";
-            m_reasons = reasons;
-            return S_OK;
-        });
+    Step([&] { m_parameterInfo = CBstr(parameterInfo); });
+    Step([&] { m_messageText = messageText ? messageText : ""; });
+    Step([&] { m_reasons = reasons; });
     ZebDebug().Write("Exception: %s %d", m_sourceFile, static_cast<int>(m_line));
 }
 
@@ -46,33 +57,25 @@ CBstr CWomProviderException::Description() const
 
 void CWomProviderException::ReportToSink(ComPtr<IWbemObjectSink> sink) const noexcept
 {
-    AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!m_context || !sink)
-                return E_POINTER;
-            CWomClassObject status(m_context);
-            status.SetThrowing(false);
-            if (const HRESULT hr = status.CreateInstance(L"Tolva_ExtendedStatus"); FAILED(hr))
-                return hr;
+    if (m_context && sink)
+        Step([&] { Report(*sink); });
+}
 
-            // Each step for itself: what cannot be told does not keep the rest from the client.
-            const auto step = [](auto&& body) noexcept { AtComBoundary(body); };
-            step([&] { return status.SetProperty(L"Description", Description().Text()); });
-            step([&] { return status.SetProperty(L"Operation", m_context->OperationName()); });
-            step([&] { return status.SetProperty(L"ParameterInfo", m_parameterInfo.Text()); });
-            step([&] { return status.SetProperty(L"ProviderName", m_context->ProviderName()); });
-            step([&] { return status.SetProperty(L"StatusCode", static_cast<long>(m_statusCode)); });
-            step([&] { return status.SetProperty(L"File", WidenText(m_sourceFile).c_str()); });
-            step([&] { return status.SetProperty(L"Line", m_line); });
-            step([&] { return status.SetProperty(L"SessionHandle", m_context->SessionHandle()); });
-            step([&] { return status.SetProperty(L"RuleFailureReasons", m_reasons); });
-            step(
-                [&]
-                {
-                    status.DebugOutput();
-                    return S_OK;
-                });
-            return sink->SetStatus(WBEM_STATUS_COMPLETE, wmi::Failed, nullptr, status.Object());
-        });
+void CWomProviderException::Report(IWbemObjectSink& sink) const
+{
+    CWomClassObject status(m_context);
+    status.SetThrowing(false);
+    if (FAILED(status.CreateInstance(L"Tolva_ExtendedStatus")))
+        return;
+    Step([&] { status.SetProperty(L"Description", Description().Text()); });
+    Step([&] { status.SetProperty(L"Operation", m_context->OperationName()); });
+    Step([&] { status.SetProperty(L"ParameterInfo", m_parameterInfo.Text()); });
+    Step([&] { status.SetProperty(L"ProviderName", m_context->ProviderName()); });
+    Step([&] { status.SetProperty(L"StatusCode", static_cast<long>(m_statusCode)); });
+    Step([&] { status.SetProperty(L"File", WidenText(m_sourceFile).c_str()); });
+    Step([&] { status.SetProperty(L"Line", m_line); });
+    Step([&] { status.SetProperty(L"SessionHandle", m_context->SessionHandle()); });
+    Step([&] { status.SetProperty(L"RuleFailureReasons", m_reasons); });
+    Step([&] { status.DebugOutput(); });
+    sink.SetStatus(WBEM_STATUS_COMPLETE, wmi::Failed, nullptr, status.Object());
 }

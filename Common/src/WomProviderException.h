@@ -39,6 +39,8 @@ class CWomProviderException
     void ReportToSink(ComPtr<IWbemObjectSink> sink) const noexcept;
 
   private:
+    void Report(IWbemObjectSink& sink) const;
+
     CWomContext* m_context;
     HRESULT m_statusCode;
     CBstr m_parameterInfo;

@@ -5,9 +5,12 @@
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Variant.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
+#include <wbemcli.h>
 
 class CCallPlan
 {
@@ -38,6 +41,20 @@ class CCallPlan
         m_answers.insert_or_assign(property, std::move(value));
     }
 
+    // What the last Put was given, and the names of all so far.
+    struct CPut
+    {
+        std::wstring Name;
+        long Flags;
+        CVariant Value;
+        CIMTYPE Type;
+    };
+    const CPut& LastPut() const { return m_lastPut; }
+    const std::vector<std::wstring>& Puts() const { return m_puts; }
+
+    // Called when an object has given the names of its properties.
+    std::function<void()> AfterNames;
+
     // For the objects: S_OK lets the call pass.
     HRESULT Next(Call call)
     {
@@ -51,6 +68,13 @@ class CCallPlan
         const auto found = m_answers.find(property ? property : L"");
         return found != m_answers.end() && SUCCEEDED(VariantCopy(value, &found->second));
     }
+    void Record(const wchar_t* name, long flags, VARIANT& value, CIMTYPE type)
+    {
+        CLockScope lock(m_section);
+        m_lastPut = {name ? name : L"", flags, CVariant(), type};
+        VariantCopy(&m_lastPut.Value, &value);
+        m_puts.push_back(m_lastPut.Name);
+    }
     // How many calls of the kind there were.
     int Count(Call call)
     {
@@ -62,6 +86,8 @@ class CCallPlan
     CCriticalSection m_section;
     std::map<Call, int> m_counts;
     std::map<std::wstring, CVariant> m_answers;
+    CPut m_lastPut{};
+    std::vector<std::wstring> m_puts;
     Call m_call = Call::Get;
     int m_failIn = 0;
     HRESULT m_code = S_OK;

@@ -58,14 +58,19 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     }
     STDMETHODIMP Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override
     {
+        m_plan->Record(name, flags, *value, type);
         const HRESULT planned = m_plan->Next(Call::Put);
         return planned == S_OK ? m_inner->Put(name, flags, value, type) : planned;
     }
     STDMETHODIMP Delete(LPCWSTR name) override { return m_inner->Delete(name); }
     STDMETHODIMP GetNames(LPCWSTR qualifier, LONG flags, VARIANT* value, SAFEARRAY** names) override
     {
-        const HRESULT planned = m_plan->Next(Call::GetNames);
-        return planned == S_OK ? m_inner->GetNames(qualifier, flags, value, names) : planned;
+        if (const HRESULT planned = m_plan->Next(Call::GetNames); planned != S_OK)
+            return planned;
+        const HRESULT hr = m_inner->GetNames(qualifier, flags, value, names);
+        if (m_plan->AfterNames)
+            m_plan->AfterNames();
+        return hr;
     }
     STDMETHODIMP BeginEnumeration(LONG flags) override { return m_inner->BeginEnumeration(flags); }
     STDMETHODIMP Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor) override

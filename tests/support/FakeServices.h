@@ -49,7 +49,7 @@ class CFakeServices final : public CComObject<IWbemServices>
                 return m_failure;
         }
         *object = m_source(name).Detach();
-        return *object ? WBEM_S_NO_ERROR : wmi::NotFound;
+        return *object ? wmi::NoError : wmi::NotFound;
     }
 
     // The rest of the interface is not served.

@@ -1,6 +1,7 @@
 // Failures of the operating system, on demand. A test program that defines a hooked import takes the place of
 // the import library for that function: all code linked into the program calls through the variable, which
-// holds the system's function until a hook is set.
+// holds the system's function until a hook is set. Static objects of the program must not need the function:
+// the variable is filled while they are made.
 #pragma once
 
 #include <utility>

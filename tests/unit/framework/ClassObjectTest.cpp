@@ -1,0 +1,366 @@
+#include "tests/support/FakeCallContext.h"
+#include "tests/support/FakeSink.h"
+#include "tests/unit/framework/FrameworkTest.h"
+
+#include <barrier>
+#include <thread>
+
+using testing::ElementsAre;
+
+namespace
+{
+constexpr HRESULT kRefused = static_cast<HRESULT>(0x80041017);
+
+ULONG References(IUnknown* object)
+{
+    object->AddRef();
+    return object->Release();
+}
+
+class ClassObjectTest : public FrameworkTest
+{
+};
+
+TEST_F(ClassObjectTest, IsBornWithOneReference)
+{
+    const auto wrapper = Wrapper();
+    EXPECT_EQ(2u, wrapper->AddRef());
+    EXPECT_EQ(1u, wrapper->Release());
+    EXPECT_EQ(nullptr, wrapper->Object());
+}
+
+TEST_F(ClassObjectTest, WrapTakesAReferenceAndReleasesThePreviousObject)
+{
+    const auto first = standin::MakeInstance(SampleClass());
+    const auto second = standin::MakeInstance(SampleClass());
+    const auto wrapper = Wrapper();
+    wrapper->Wrap(first.Get());
+    EXPECT_EQ(2u, References(first.Get()));
+    wrapper->Wrap(second.Get());
+    EXPECT_EQ(1u, References(first.Get()));
+    EXPECT_EQ(second.Get(), wrapper->Object());
+    wrapper->Wrap(nullptr);
+    EXPECT_EQ(nullptr, wrapper->Object());
+}
+
+TEST_F(ClassObjectTest, CreateClassAsksForTheLocalisedDefinitionWithTheCallersContext)
+{
+    const auto caller = standin::MakeContext();
+    m_context = MakeContext(caller.Get());
+    const auto wrapper = Wrapper();
+    const CTraceCapture trace;
+    EXPECT_EQ(S_OK, wrapper->CreateClass(L"Tolva_Sample"));
+    ASSERT_EQ(1u, m_services->GetCalls().size());
+    const CFakeServices::CGetCall call = m_services->GetCalls()[0];
+    EXPECT_EQ(L"Tolva_Sample", call.Path);
+    EXPECT_EQ(0x20000, call.Flags);
+    EXPECT_EQ(caller.Get(), call.Context);
+    EXPECT_THAT(trace.Lines(),
+                ElementsAre(" { --> CWomClassObject::CreateClass", testing::StartsWith("Locking "), "Entered",
+                            testing::StartsWith("Unlocking "), " } <-- CWomClassObject::CreateClass"));
+}
+
+TEST_F(ClassObjectTest, AClassIsFetchedOncePerNameLocaleAndNamespace)
+{
+    const auto first = Wrapper();
+    const auto second = Wrapper();
+    EXPECT_EQ(S_OK, first->CreateClass(L"Tolva_Sample"));
+    EXPECT_EQ(S_OK, second->CreateClass(L"Tolva_Sample"));
+    EXPECT_EQ(first->Object(), second->Object());
+    EXPECT_EQ(1u, m_services->GetCalls().size());
+
+    m_context->SetLocale(0x407);
+    const auto german = Wrapper();
+    EXPECT_EQ(S_OK, german->CreateClass(L"Tolva_Sample"));
+    EXPECT_EQ(S_OK, german->CreateClass(L"Tolva_Sample"));
+    EXPECT_NE(first->Object(), german->Object());
+    EXPECT_EQ(2u, m_services->GetCalls().size());
+
+    const auto otherSpace = MakeServices(m_plan);
+    const auto otherContext = MakeContext(nullptr, otherSpace.Get());
+    CWomClassObject other(otherContext.get());
+    EXPECT_EQ(S_OK, other.CreateClass(L"Tolva_Sample"));
+    EXPECT_EQ(1u, otherSpace->GetCalls().size());
+    EXPECT_EQ(2u, m_services->GetCalls().size());
+}
+
+TEST_F(ClassObjectTest, NamesOfClassesDifferByTheirCaseAndNoNameIsAName)
+{
+    const auto wrapper = Wrapper(false);
+    EXPECT_EQ(S_OK, wrapper->CreateClass(L"Tolva_Sample"));
+    EXPECT_EQ(wmi::NotFound, wrapper->CreateClass(L"tolva_sample"));
+    EXPECT_EQ(wmi::NotFound, wrapper->CreateClass(nullptr));
+    EXPECT_EQ(wmi::NotFound, wrapper->CreateClass(L""));
+    EXPECT_EQ(4u, m_services->GetCalls().size());
+}
+
+TEST_F(ClassObjectTest, ManyThreadsFetchAClassOnce)
+{
+    constexpr int kThreads = 8;
+    std::barrier start(kThreads);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back(
+            [&]
+            {
+                CWomClassObject wrapper(m_context.get());
+                start.arrive_and_wait();
+                EXPECT_EQ(S_OK, wrapper.CreateClass(L"Tolva_Sample"));
+                EXPECT_NE(nullptr, wrapper.Object());
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(1u, m_services->GetCalls().size());
+}
+
+TEST_F(ClassObjectTest, AClassThatCannotBeFetchedRaisesAndIsAskedForAgain)
+{
+    const auto wrapper = Wrapper();
+    wrapper->CreateClass(L"Tolva_ExtendedStatus");
+    IWbemClassObject* const before = wrapper->Object();
+    m_services->FailGetObject(1, kRefused);
+    const auto e = Thrown([&] { wrapper->CreateClass(L"Tolva_Sample"); });
+    ASSERT_TRUE(e);
+    ExpectRaised(e, 0x80040903, kRefused, e->Line(), L"Tolva_Sample");
+    EXPECT_EQ(before, wrapper->Object());
+    EXPECT_EQ(S_OK, wrapper->CreateClass(L"Tolva_Sample"));
+}
+
+TEST_F(ClassObjectTest, WithoutANamespaceNoClassCanBeFetched)
+{
+    m_services.Reset();
+    m_context = MakeContext();
+    EXPECT_EQ(E_FAIL, Wrapper(false)->CreateClass(L"Tolva_Sample"));
+}
+
+TEST_F(ClassObjectTest, TheCacheKeepsItsNamespaceUntilItIsDropped)
+{
+    EXPECT_EQ(S_OK, Wrapper()->CreateClass(L"Tolva_Sample"));
+    m_context.reset();
+    EXPECT_EQ(2u, References(m_services.Get()));
+    WomClassCache::Drop();
+    EXPECT_EQ(1u, References(m_services.Get()));
+}
+
+TEST_F(ClassObjectTest, SpawnFillsTheTarget)
+{
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    const auto target = Wrapper();
+    const auto previous = standin::MakeInstance(SampleClass());
+    target->Wrap(previous.Get());
+    const CTraceCapture trace;
+    EXPECT_EQ(S_OK, definition->SpawnInstanceFromClass(*target));
+    EXPECT_NE(previous.Get(), target->Object());
+    EXPECT_EQ(1u, References(previous.Get()));
+    CBstr className;
+    EXPECT_EQ(S_OK, target->GetProperty(L"__CLASS", className));
+    EXPECT_EQ(L"Tolva_Sample", className.View());
+    EXPECT_THAT(trace.Lines(), ElementsAre(" { --> CWomClassObject::SpawnInstanceFromClass",
+                                           " } <-- CWomClassObject::SpawnInstanceFromClass"));
+}
+
+TEST_F(ClassObjectTest, AFailedSpawnLeavesTheTargetAlone)
+{
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    const auto target = Instance();
+    IWbemClassObject* const before = target->Object();
+    m_plan->Fail(Call::SpawnInstance, 1, kRefused);
+    const CTraceCapture trace;
+    const auto e = Thrown([&] { definition->SpawnInstanceFromClass(*target); });
+    ASSERT_TRUE(e);
+    ExpectRaised(e, 0x80040904, kRefused, e->Line(), L"Tolva_Sample");
+    EXPECT_EQ(before, target->Object());
+    EXPECT_EQ(" } <-- CWomClassObject::SpawnInstanceFromClass", trace.Lines().back());
+}
+
+TEST_F(ClassObjectTest, SpawnNeedsAClass)
+{
+    const auto target = Wrapper();
+    const auto e = Thrown([&] { Wrapper()->SpawnInstanceFromClass(*target); });
+    ASSERT_TRUE(e);
+    ExpectRaised(e, 0x80040902, E_FAIL, e->Line(), L"<no object>");
+}
+
+TEST_F(ClassObjectTest, CreateInstanceGivesAFreshInstance)
+{
+    const auto wrapper = Wrapper();
+    EXPECT_EQ(S_OK, wrapper->CreateInstance(L"Tolva_Sample"));
+    IWbemClassObject* const first = wrapper->Object();
+    ASSERT_NE(nullptr, first);
+    EXPECT_EQ(S_OK, Wrapper()->CreateInstance(L"Tolva_Sample"));
+    EXPECT_EQ(1u, m_services->GetCalls().size());
+}
+
+TEST_F(ClassObjectTest, CreateInstanceGivesTheFirstFailure)
+{
+    const auto wrapper = Wrapper(false);
+    m_services->FailGetObject(1, kRefused);
+    EXPECT_EQ(kRefused, wrapper->CreateInstance(L"Tolva_Sample"));
+    m_plan->Fail(Call::SpawnInstance, 1, E_OUTOFMEMORY);
+    EXPECT_EQ(E_OUTOFMEMORY, wrapper->CreateInstance(L"Tolva_Sample"));
+    EXPECT_EQ(nullptr, wrapper->Object());
+}
+
+TEST_F(ClassObjectTest, MethodOutputFillsTheTarget)
+{
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    const auto target = Instance();
+    EXPECT_EQ(S_OK, definition->GetMethodOutput(L"Run", *target));
+    EXPECT_EQ(S_OK, target->SetProperty(L"ReturnValue", 0L));
+}
+
+TEST_F(ClassObjectTest, AMethodWithoutOutputEmptiesTheTarget)
+{
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    const auto target = Instance();
+    EXPECT_EQ(S_OK, definition->GetMethodOutput(L"Mute", *target));
+    EXPECT_EQ(nullptr, target->Object());
+}
+
+TEST_F(ClassObjectTest, MethodOutputNeedsAClass)
+{
+    const auto target = Wrapper();
+    ExpectRaised(Thrown([&] { Wrapper()->GetMethodOutput(L"Run", *target); }), 0x80040902, E_FAIL, 2020,
+                 L"<no object>.Run");
+}
+
+TEST_F(ClassObjectTest, AnyAnswerButZeroToGetMethodIsAFailure)
+{
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    const auto target = Instance();
+    IWbemClassObject* const before = target->Object();
+    for (const HRESULT answer : {kRefused, S_FALSE})
+    {
+        m_plan->Fail(Call::GetMethod, 1, answer);
+        ExpectRaised(Thrown([&] { definition->GetMethodOutput(L"Run", *target); }), 0x80040904, answer, 2048,
+                     L"Tolva_Sample.Run");
+    }
+    EXPECT_EQ(before, target->Object());
+}
+
+TEST_F(ClassObjectTest, IndicateSendsOneObjectAndThenTracesIt)
+{
+    const auto sink = MakeCom<CFakeSink>();
+    const auto instance = Instance();
+    const CTraceCapture trace;
+    EXPECT_EQ(S_OK, instance->Indicate(sink));
+    EXPECT_THAT(sink->Indications(), ElementsAre(1));
+    EXPECT_EQ(instance->Object(), sink->Objects()[0].Get());
+    EXPECT_EQ(1u, References(sink.Get()));
+    EXPECT_EQ(" { --> CWomClassObject::Indicate", trace.Lines()[0]);
+    EXPECT_EQ("     { --> CWomClassObject::DebugOutput", trace.Lines()[1]);
+    EXPECT_EQ(" } <-- CWomClassObject::Indicate", trace.Lines().back());
+}
+
+TEST_F(ClassObjectTest, AnObjectThatIsNotTakenIsTracedAllTheSame)
+{
+    const auto sink = MakeCom<CFakeSink>();
+    const auto instance = Instance();
+    sink->FailIndicate(1, wmi::CallCancelled);
+    const CTraceCapture trace;
+    const auto e = Thrown([&] { instance->Indicate(sink); });
+    ASSERT_TRUE(e);
+    ExpectRaised(e, 0x80040907, wmi::CallCancelled, e->Line(), L"Tolva_Sample");
+    EXPECT_TRUE(trace.Has("{ --> CWomClassObject::DebugOutput"));
+    EXPECT_EQ(1u, References(sink.Get()));
+}
+
+TEST_F(ClassObjectTest, IndicateNeedsAnObjectAndASink)
+{
+    const auto sink = MakeCom<CFakeSink>();
+    const auto empty = Thrown([&] { Wrapper()->Indicate(sink); });
+    ASSERT_TRUE(empty);
+    ExpectRaised(empty, 0x80040902, E_FAIL, empty->Line(), L"<no object>");
+    EXPECT_TRUE(sink->Indications().empty());
+    EXPECT_EQ(1u, References(sink.Get()));
+
+    const auto instance = Instance();
+    const auto noSink = Thrown([&] { instance->Indicate(nullptr); });
+    ASSERT_TRUE(noSink);
+    EXPECT_EQ(static_cast<HRESULT>(0x80040907), noSink->StatusCode());
+    EXPECT_EQ(E_POINTER, noSink->RequestResult());
+}
+
+TEST_F(ClassObjectTest, AThrownFailureIsTraced)
+{
+    const auto wrapper = Wrapper();
+    const CTraceCapture trace;
+    EXPECT_TRUE(Thrown([&] { wrapper->SetProperty(L"Text", L"x"); }));
+    const std::vector<std::string> lines = trace.Lines();
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_EQ("Exception thrown:", lines[0]);
+    EXPECT_EQ("Info: 0x80040902 Common/src/WomClassObject 639 0x80004005", lines[1]);
+    EXPECT_EQ("Exception: Common/src/WomClassObject 639", lines[2]);
+}
+
+// The request's thread runs as its client while the context is made.
+class ImpersonatedTest : public ClassObjectTest
+{
+  protected:
+    void Begin(HRESULT answer)
+    {
+        m_call->Answer = answer;
+        CWomSecurity().Impersonate();
+        m_context = MakeContext();
+        m_call->Impersonations = 0;
+    }
+
+    ComPtr<CFakeCallContext> m_call = MakeCom<CFakeCallContext>();
+    CCallContextScope m_scope{*m_call};
+};
+
+TEST_F(ImpersonatedTest, EveryCallIntoTheServiceIsFollowedByImpersonation)
+{
+    Begin(S_OK);
+    EXPECT_TRUE(m_context->RunsImpersonated());
+    const auto expect = [&](int calls) { EXPECT_EQ(calls, std::exchange(m_call->Impersonations, 0)); };
+    const auto definition = Wrapper();
+    definition->CreateClass(L"Tolva_Sample");
+    expect(1);
+    definition->CreateClass(L"Tolva_Sample"); // from the cache
+    expect(0);
+    const auto target = Wrapper();
+    definition->SpawnInstanceFromClass(*target);
+    expect(1);
+    target->SetProperty(L"Text", L"x");
+    expect(1);
+    CBstr text;
+    target->GetProperty(L"Text", text);
+    expect(1);
+    const auto output = Wrapper();
+    definition->GetMethodOutput(L"Run", *output);
+    expect(1);
+    m_plan->Fail(Call::Put, 1, kRefused);
+    EXPECT_TRUE(Thrown([&] { target->SetProperty(L"Text", L"x"); }));
+    expect(2); // the Put, and the Get of the class name
+    target->SetThrowing(false);
+    target->Indicate(MakeCom<CFakeSink>());
+    EXPECT_LT(1, m_call->Impersonations); // the dump at level 2 asks the service too
+    m_context.reset();
+    m_call->Running = false;
+}
+
+TEST_F(ImpersonatedTest, ARequestThatCouldNotImpersonateDoesNotTryAfterEveryCall)
+{
+    Begin(E_ACCESSDENIED);
+    EXPECT_FALSE(m_context->RunsImpersonated());
+    const CTraceCapture trace;
+    Instance()->SetProperty(L"Text", L"x");
+    EXPECT_EQ(0, m_call->Impersonations);
+    EXPECT_FALSE(trace.Has("CoImpersonateClient failed"));
+}
+
+TEST_F(ImpersonatedTest, AFailureToImpersonateAgainIsTracedAndTheCallSucceeds)
+{
+    Begin(S_OK);
+    m_call->Answer = E_ACCESSDENIED;
+    const CTraceCapture trace;
+    EXPECT_EQ(S_OK, Instance()->SetProperty(L"Text", L"x"));
+    EXPECT_TRUE(trace.Has("CoImpersonateClient failed <80070005>"));
+}
+} // namespace

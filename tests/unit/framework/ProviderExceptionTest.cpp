@@ -1,0 +1,204 @@
+#include "Common/src/com/SafeArray.h"
+#include "tests/support/FakeSink.h"
+#include "tests/unit/framework/FrameworkTest.h"
+
+#include <type_traits>
+
+namespace
+{
+constexpr HRESULT kUnhandled = static_cast<HRESULT>(0x8004091A);
+
+static_assert(std::is_nothrow_move_constructible_v<CWomProviderException>);
+
+class ProviderExceptionTest : public FrameworkTest
+{
+  protected:
+    ProviderExceptionTest()
+    {
+        CVariant handle = CVariant::FromText(L"{session}");
+        m_caller->SetValue(L"SessionHandle", 0, &handle);
+        m_context = MakeContext(m_caller.Get());
+    }
+    void TearDown() override { m_caller.Reset(); }
+
+    CWomProviderException Unhandled(const std::vector<CBstr>& reasons = {})
+    {
+        return CWomProviderException(m_context.get(), kUnhandled, L"CWomClassRouter::GetObjectAsync",
+                                     wmi::Failed, "CDM/src/ProviderImp", 361, "Unhandled", reasons);
+    }
+    // What the sink got as the property, in its stored form.
+    static CVariant Reported(const CFakeSink& sink, const wchar_t* property)
+    {
+        CVariant value;
+        EXPECT_EQ(S_OK, sink.Statuses()[0].Object->Get(property, 0, value.Put(), nullptr, nullptr));
+        return value;
+    }
+    static std::wstring ReportedText(const CFakeSink& sink, const wchar_t* property)
+    {
+        const CVariant value = Reported(sink, property);
+        EXPECT_EQ(VT_BSTR, value.vt);
+        return value.vt == VT_BSTR ? value.bstrVal : L"";
+    }
+
+    ComPtr<IWbemContext> m_caller = standin::MakeContext();
+    ComPtr<CFakeSink> m_sink = MakeCom<CFakeSink>();
+};
+
+TEST_F(ProviderExceptionTest, CopiesWhatItWasMadeFromAndTracesItself)
+{
+    const CTraceCapture trace;
+    std::string message = "text";
+    std::wstring info = L"info";
+    std::vector<CBstr> reasons{CBstr(L"first"), CBstr(L"second")};
+    const CWomProviderException e(nullptr, 0x80040903, info.c_str(), E_FAIL, "CDM/src/ProviderImp", 12,
+                                  message.c_str(), reasons);
+    message[0] = 'X';
+    info[0] = L'X';
+    reasons.clear();
+    EXPECT_EQ(static_cast<HRESULT>(0x80040903), e.StatusCode());
+    EXPECT_STREQ(L"info", e.ParameterInfo());
+    EXPECT_EQ(E_FAIL, e.RequestResult());
+    EXPECT_STREQ("CDM/src/ProviderImp", e.SourceFile());
+    EXPECT_EQ(12, e.Line());
+    EXPECT_STREQ("text", e.MessageText());
+    ASSERT_EQ(2u, e.Reasons().size());
+    EXPECT_EQ(L"second", e.Reasons()[1].View());
+    EXPECT_THAT(trace.Lines(), testing::ElementsAre("Exception: CDM/src/ProviderImp 12"));
+}
+
+TEST_F(ProviderExceptionTest, NoTextsAreEmptyTexts)
+{
+    const CWomProviderException e(nullptr, E_FAIL, nullptr, E_FAIL, "x", 1, nullptr, {});
+    EXPECT_STREQ(L"", e.ParameterInfo());
+    EXPECT_STREQ("", e.MessageText());
+}
+
+TEST_F(ProviderExceptionTest, TheDescriptionStartsWithTheMessageAndExplainsTheResult)
+{
+    m_resources.Texts[{"_8023", 0x9001}] = "The request failed.";
+    EXPECT_EQ(L"Unhandled (status 0x8004091a, result 0x80041001: The request failed.)",
+              Unhandled().Description().View());
+}
+
+TEST_F(ProviderExceptionTest, TheDescriptionDoesWithoutContextAndText)
+{
+    const CWomProviderException e(nullptr, kUnhandled, L"", wmi::Failed, "x", 1, "", {});
+    EXPECT_EQ(L" (status 0x8004091a, result 0x80041001)", e.Description().View());
+    EXPECT_EQ(L"Unhandled (status 0x8004091a, result 0x80041001)", Unhandled().Description().View());
+}
+
+TEST_F(ProviderExceptionTest, AnUnhandledExceptionReachesTheClientAsExtendedStatus)
+{
+    const CWomProviderException e = Unhandled();
+    e.ReportToSink(m_sink);
+    ASSERT_EQ(1u, m_sink->Statuses().size());
+    const CFakeSink::CStatus status = m_sink->Statuses()[0];
+    EXPECT_EQ(WBEM_STATUS_COMPLETE, status.Flags);
+    EXPECT_EQ(wmi::Failed, status.Result);
+    EXPECT_FALSE(status.Parameter);
+    ASSERT_TRUE(status.Object);
+
+    EXPECT_EQ(L"Tolva_ExtendedStatus", ReportedText(*m_sink, L"__CLASS"));
+    EXPECT_EQ(e.Description().View(), ReportedText(*m_sink, L"Description"));
+    EXPECT_EQ(L"GetObjectAsync", ReportedText(*m_sink, L"Operation"));
+    EXPECT_EQ(L"CWomClassRouter::GetObjectAsync", ReportedText(*m_sink, L"ParameterInfo"));
+    EXPECT_EQ(L"DREVOK_PROVIDER", ReportedText(*m_sink, L"ProviderName"));
+    const CVariant code = Reported(*m_sink, L"StatusCode");
+    EXPECT_EQ(VT_I4, code.vt);
+    EXPECT_EQ(kUnhandled, code.lVal);
+    EXPECT_EQ(L"CDM/src/ProviderImp", ReportedText(*m_sink, L"File"));
+    const CVariant line = Reported(*m_sink, L"Line");
+    EXPECT_EQ(VT_I4, line.vt);
+    EXPECT_EQ(361, line.lVal);
+    EXPECT_EQ(L"{session}", ReportedText(*m_sink, L"SessionHandle"));
+    const CVariant reasons = Reported(*m_sink, L"RuleFailureReasons");
+    ASSERT_EQ(VT_ARRAY | VT_BSTR, reasons.vt);
+    EXPECT_TRUE(CSafeArrayView<BSTR>(reasons.parray, VT_BSTR).Items().empty());
+}
+
+TEST_F(ProviderExceptionTest, ReasonsArriveInTheirOrder)
+{
+    Unhandled({CBstr(L"first"), CBstr(L"second")}).ReportToSink(m_sink);
+    const CVariant reasons = Reported(*m_sink, L"RuleFailureReasons");
+    const CSafeArrayView<BSTR> view(reasons.parray, VT_BSTR);
+    ASSERT_EQ(2u, view.Items().size());
+    EXPECT_STREQ(L"first", view.Items()[0]);
+    EXPECT_STREQ(L"second", view.Items()[1]);
+}
+
+TEST_F(ProviderExceptionTest, ARequestsResultDoesNotChangeTheStatusOfTheSink)
+{
+    const CWomProviderException e(m_context.get(), 0x80040901, L"", E_ACCESSDENIED, "x", 1, "", {});
+    e.ReportToSink(m_sink);
+    ASSERT_EQ(1u, m_sink->Statuses().size());
+    EXPECT_EQ(wmi::Failed, m_sink->Statuses()[0].Result);
+}
+
+TEST_F(ProviderExceptionTest, TheReportIsTraced)
+{
+    const CTraceCapture trace;
+    Unhandled().ReportToSink(m_sink);
+    EXPECT_TRUE(trace.Has("{ --> CWomClassObject::DebugOutput"));
+    EXPECT_TRUE(trace.Has("ParameterInfo = BSTR \"CWomClassRouter::GetObjectAsync\""));
+    EXPECT_TRUE(trace.Has("Line = I4 361 (0x169)"));
+}
+
+TEST_F(ProviderExceptionTest, PropertiesAreSetInTheirOrder)
+{
+    constexpr const wchar_t* kOrder[] = {L"Description",  L"Operation",     L"ParameterInfo",
+                                         L"ProviderName", L"StatusCode",    L"File",
+                                         L"Line",         L"SessionHandle", L"RuleFailureReasons"};
+    Unhandled().ReportToSink(m_sink);
+    ASSERT_EQ(std::size(kOrder), m_plan->Puts().size());
+    for (size_t i = 0; i < std::size(kOrder); ++i)
+        EXPECT_EQ(kOrder[i], m_plan->Puts()[i]);
+}
+
+TEST_F(ProviderExceptionTest, APropertyThatIsRefusedDoesNotStopTheReport)
+{
+    for (int n = 1; n <= 9; ++n)
+    {
+        const auto sink = MakeCom<CFakeSink>();
+        const int before = m_plan->Count(Call::Put);
+        m_plan->Fail(Call::Put, n, wmi::TypeMismatch);
+        Unhandled().ReportToSink(sink);
+        EXPECT_EQ(9, m_plan->Count(Call::Put) - before);
+        ASSERT_EQ(1u, sink->Statuses().size());
+        EXPECT_TRUE(sink->Statuses()[0].Object);
+    }
+}
+
+TEST_F(ProviderExceptionTest, ADumpThatFailsDoesNotStopTheReport)
+{
+    m_plan->Fail(Call::GetNames, 1, E_OUTOFMEMORY);
+    Unhandled().ReportToSink(m_sink);
+    EXPECT_EQ(1u, m_sink->Statuses().size());
+}
+
+TEST_F(ProviderExceptionTest, WithoutTheStatusClassNothingIsSent)
+{
+    m_services->FailGetObject(1, wmi::NotFound);
+    Unhandled().ReportToSink(m_sink);
+    EXPECT_TRUE(m_sink->Statuses().empty());
+    m_plan->Fail(Call::SpawnInstance, 1, wmi::OutOfMemory);
+    Unhandled().ReportToSink(m_sink);
+    EXPECT_TRUE(m_sink->Statuses().empty());
+    m_sink->AddRef();
+    EXPECT_EQ(1u, m_sink->Release());
+}
+
+TEST_F(ProviderExceptionTest, WithoutAContextOrASinkNothingIsSent)
+{
+    CWomProviderException(nullptr, kUnhandled, L"", wmi::Failed, "x", 1, "", {}).ReportToSink(m_sink);
+    EXPECT_TRUE(m_sink->Statuses().empty());
+    Unhandled().ReportToSink(nullptr);
+    EXPECT_TRUE(m_services->GetCalls().empty());
+}
+
+TEST_F(ProviderExceptionTest, TheReportReleasesTheSink)
+{
+    Unhandled().ReportToSink(m_sink);
+    m_sink->AddRef();
+    EXPECT_EQ(1u, m_sink->Release());
+}
+} // namespace
