@@ -31,17 +31,21 @@ struct CProviderRegistration
     bool ServesMethods = false; // has a __MethodProviderRegistration
 };
 
+class CRepositoryState;
+
 class CRepository
 {
   public:
-    // `server` is the "__SERVER" of what comes out of here.
+    // `server` is the "__SERVER" of what comes out of here. There are two namespaces at first, root and
+    // root\cimv2, both empty.
     explicit CRepository(std::wstring server);
     CRepository(const CRepository&) = delete;
     CRepository& operator=(const CRepository&) = delete;
     ~CRepository();
 
     // Reads a MOF text; compiling one again updates. Throws CMofError and, where memory ends, std::bad_alloc.
-    // Text is UTF-8, or UTF-16 with a byte order mark. `sourceName` stands in errors.
+    // Text is UTF-16 with a byte order mark, UTF-8 or, where it is not that, of the ANSI code page.
+    // `sourceName` stands in errors. A file that cannot be read is a CMofError at line 0.
     void Compile(std::string_view text, const std::string& sourceName);
     void CompileFile(const std::wstring& path);
 
@@ -69,11 +73,12 @@ class CRepository
                                                       std::wstring_view name) const;
 
   private:
-    class CState;
-    std::shared_ptr<const CState> Current() const;
+    std::shared_ptr<const CRepositoryState> Current() const;
+    ComPtr<IWbemClassObject> HandOut(IWbemClassObject& stored, const std::wstring& nameSpace) const;
 
-    std::wstring m_server;
+    const std::wstring m_server;
     mutable SRWLOCK m_lock = SRWLOCK_INIT;
-    std::shared_ptr<const CState> m_state;
+    SRWLOCK m_compiling = SRWLOCK_INIT; // one text at a time
+    std::shared_ptr<const CRepositoryState> m_state;
 };
 } // namespace standin
