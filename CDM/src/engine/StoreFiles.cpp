@@ -1,5 +1,6 @@
 #include "CDM/src/engine/StoreFiles.h"
 
+#include "CDM/src/engine/CompoundFile.h"
 #include "Common/src/com/Text.h"
 
 #include <objbase.h>
@@ -19,6 +20,8 @@ class CPlatformStoreFiles : public IStoreFiles
     HRESULT IsStorageFile(const wchar_t* path) override { return StgIsStorageFile(path); }
     HRESULT Open(const wchar_t* path, IStorage** root) override
     {
+        if (StgIsStorageFile(path) == S_OK && !IsSoundCompoundFile(path))
+            return STG_E_DOCFILECORRUPT;
         return StgOpenStorage(path, nullptr, kReadWrite, nullptr, 0, root);
     }
     HRESULT Create(const wchar_t* path, bool replace, IStorage** root) override

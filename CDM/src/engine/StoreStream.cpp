@@ -7,7 +7,8 @@
 
 namespace
 {
-constexpr ULONG kFirstRead = 512; // more than almost every value takes
+constexpr ULONG kFirstRead = 512;    // more than almost every value takes
+constexpr ULONG kMost = 1024 * 1024; // no value that is stored takes as much
 
 ULONG ReadUpTo(IStream& stream, void* to, ULONG size)
 {
@@ -55,16 +56,16 @@ StreamRead ReadStreamText(IStorage& storage, const wchar_t* name, std::wstring& 
     if (have < sizeof(count))
         return StreamRead::Damaged;
     std::memcpy(&count, bytes.data(), sizeof(count));
-    if (count < sizeof(wchar_t) || count % sizeof(wchar_t) != 0)
+    if (count < sizeof(wchar_t) || count % sizeof(wchar_t) != 0 || count > kMost)
         return StreamRead::Damaged;
 
-    const ULONGLONG size = sizeof(count) + static_cast<ULONGLONG>(count);
+    const ULONG size = sizeof(count) + count;
     if (size > have)
     {
         if (have < kFirstRead || !Holds(*stream.Get(), size))
             return StreamRead::Damaged;
-        bytes.resize(static_cast<size_t>(size));
-        const ULONG rest = static_cast<ULONG>(size - have);
+        bytes.resize(size);
+        const ULONG rest = size - have;
         if (ReadUpTo(*stream.Get(), bytes.data() + have, rest) != rest)
             return StreamRead::Damaged;
     }

@@ -4,6 +4,7 @@
 #include "CDM/src/HostPaths.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/StoreFiles.h"
 #include "Common/src/VormAgentMgr.h"
 #include "Common/src/VormArray.h"
 #include "Common/src/com/WmiStatus.h"
@@ -13,6 +14,7 @@
 #include "tests/support/TraceCapture.h"
 #include "tests/unit/engine/FakeRunEnvironment.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>

@@ -1,0 +1,44 @@
+// The platform's structured storage with a fault built in: the n-th call of the whole operation, whichever it
+// is, fails. Calls on the file, on storages and on streams count alike.
+#pragma once
+
+#include "CDM/src/engine/StoreFiles.h"
+#include "Common/src/com/ComPtr.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class CFaultStore : public IStoreFiles
+{
+  public:
+    // The n-th call from now on (counted from 1) fails with `code`; 0 for none. With `onwards`, so do all
+    // after it, as on a disk that is full.
+    void FailCall(int n, HRESULT code, bool onwards = false);
+    // The first call of this name from now on fails.
+    void FailNamed(const char* name, HRESULT code, int n = 1);
+    // The calls since the last FailCall or FailNamed, by name.
+    const std::vector<std::string>& Calls() const { return m_calls; }
+    bool Failed() const { return m_failed; }
+    // Called before every call is carried out or failed.
+    void OnCall(std::function<void()> action) { m_onCall = std::move(action); }
+
+    HRESULT IsStorageFile(const wchar_t* path) override;
+    HRESULT Open(const wchar_t* path, IStorage** root) override;
+    HRESULT Create(const wchar_t* path, bool replace, IStorage** root) override;
+    HRESULT Delete(const wchar_t* path) override;
+    HRESULT Copy(const wchar_t* from, const wchar_t* to) override;
+    HRESULT Replace(const wchar_t* from, const wchar_t* to) override;
+
+    // For the wrapped storages and streams: S_OK lets the call pass.
+    HRESULT Next(const char* name);
+
+  private:
+    std::vector<std::string> m_calls;
+    int m_failIn = 0;
+    HRESULT m_code = S_OK;
+    bool m_onwards = false;
+    std::string m_named;
+    bool m_failed = false;
+    std::function<void()> m_onCall;
+};

@@ -1,0 +1,207 @@
+// What becomes of stored results when storing fails, or ends, at any of its calls.
+#include "Common/src/com/ComObject.h"
+#include "tests/unit/engine/FaultStore.h"
+#include "tests/unit/engine/StoreFixture.h"
+
+#include <algorithm>
+
+namespace
+{
+class StoreFaultTest : public CStoreTest
+{
+  protected:
+    StoreFaultTest()
+    {
+        EXPECT_EQ(S_OK, Store(*Old()));
+        EXPECT_EQ(S_OK, Store(*SomeResult(L"1@K1"), L"1@0"));
+        initial = FileBytes();
+    }
+
+    static std::unique_ptr<CDiagResult> Old() { return SomeResult(L"A@K1", TestStateFailed); }
+    static std::unique_ptr<CDiagResult> New()
+    {
+        auto result = EmptyResult();
+        result->SetTestState(TestStatePassed);
+        return result;
+    }
+
+    // The calls that a store makes when nothing fails.
+    size_t CallsOfStore()
+    {
+        fault.FailCall(0, S_OK);
+        EXPECT_EQ(S_OK, Store(*New()));
+        return fault.Calls().size();
+    }
+    void ExpectIntact(const wchar_t* id, const wchar_t* key, const CDiagResult& expected)
+    {
+        fault.FailCall(0, S_OK);
+        auto loaded = EmptyResult(key);
+        ASSERT_EQ(S_OK, Load(*loaded, id));
+        ExpectSame(expected.Data(), loaded->Data());
+    }
+
+    IStoreFiles& Files() override { return fault; }
+
+    CFaultStore fault;
+    std::string initial;
+};
+
+// Most calls of a store write a value whose absence only leaves a default.
+bool LosesOnlyAValue(const std::vector<std::string>& calls, size_t failed)
+{
+    // "vg" and "ag" are the first and third value.
+    const auto created = std::count(calls.begin(), calls.begin() + failed, "CreateStream");
+    return calls[failed - 1] == "CreateStream" && created != 1 && created != 3;
+}
+
+TEST_F(StoreFaultTest, ARefusedCallCostsNoStoredResult)
+{
+    const size_t calls = CallsOfStore();
+    ASSERT_GT(calls, 45u);
+    for (size_t n = 1; n <= calls; ++n)
+    {
+        Rewrite(initial);
+        const long liveBefore = g_liveComObjects;
+        fault.FailCall(static_cast<int>(n), STG_E_MEDIUMFULL);
+        const HRESULT hr = Store(*New());
+        ASSERT_TRUE(fault.Failed()) << n;
+        const std::vector<std::string> made = fault.Calls();
+        EXPECT_EQ(liveBefore, g_liveComObjects) << n;
+        EXPECT_FALSE(std::filesystem::exists(path + L".new")) << n;
+        ExpectIntact(L"1@0", L"1@K1", *SomeResult(L"1@K1"));
+        if (LosesOnlyAValue(made, n))
+        {
+            EXPECT_EQ(S_OK, hr) << n;
+            fault.FailCall(0, S_OK);
+            EXPECT_EQ(S_OK, Load(*EmptyResult())) << n;
+        }
+        else if (hr != S_OK)
+        {
+            // Where the file could not be opened, the answer is why none could be made in its place.
+            EXPECT_EQ(made[n - 1] == "Open" ? STG_E_FILEALREADYEXISTS : STG_E_MEDIUMFULL, hr) << n;
+            ExpectIntact(L"A@0", L"A@K1", *Old());
+        }
+        else
+            ExpectIntact(L"A@0", L"A@K1", *New());
+    }
+}
+
+TEST_F(StoreFaultTest, ADiskThatIsFullFromAnyCallOnCostsNoStoredResult)
+{
+    const size_t calls = CallsOfStore();
+    for (size_t n = 1; n <= calls; ++n)
+    {
+        Rewrite(initial);
+        const long liveBefore = g_liveComObjects;
+        fault.FailCall(static_cast<int>(n), STG_E_MEDIUMFULL, true);
+        EXPECT_EQ(STG_E_MEDIUMFULL, Store(*New())) << n;
+        EXPECT_EQ(liveBefore, g_liveComObjects) << n;
+        EXPECT_EQ(initial, FileBytes()) << n;
+    }
+}
+
+TEST_F(StoreFaultTest, AProcessThatDiesBetweenAnyTwoCallsLeavesTheFileAsItWas)
+{
+    size_t looks = 0;
+    fault.FailCall(0, S_OK);
+    fault.OnCall(
+        [&]
+        {
+            ++looks;
+            EXPECT_EQ(initial, FileBytes()) << looks;
+        });
+    EXPECT_EQ(S_OK, Store(*New()));
+    EXPECT_EQ(looks, fault.Calls().size());
+    EXPECT_EQ("Replace", fault.Calls().back());
+    fault.OnCall(nullptr);
+    ExpectIntact(L"A@0", L"A@K1", *New());
+    ExpectIntact(L"1@0", L"1@K1", *SomeResult(L"1@K1"));
+}
+
+TEST_F(StoreFaultTest, WhatADeadProcessLeftDoesNotGetInTheWay)
+{
+    std::ofstream(std::filesystem::path(path + L".new"), std::ios::binary) << "half a file";
+    EXPECT_EQ(S_OK, Store(*New()));
+    ExpectIntact(L"A@0", L"A@K1", *New());
+    EXPECT_FALSE(std::filesystem::exists(path + L".new"));
+
+    std::filesystem::remove(path);
+    std::ofstream(std::filesystem::path(path + L".new"), std::ios::binary) << "half a file";
+    EXPECT_EQ(S_OK, Store(*New()));
+    ExpectIntact(L"A@0", L"A@K1", *New());
+}
+
+TEST_F(StoreFaultTest, AStreamThatCannotBeCreatedIsTracedAndSkipped)
+{
+    fault.FailNamed("CreateStream", STG_E_ACCESSDENIED, 9); // "ptc"
+    EXPECT_EQ(S_OK, Store(*SomeResult()));
+    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult:CreateStream failed <80030005>"));
+    fault.FailCall(0, S_OK);
+    auto loaded = EmptyResult();
+    ASSERT_EQ(S_OK, Load(*loaded));
+    EXPECT_EQ(100u, loaded->Data().PercentOfTestCoverage);
+    EXPECT_EQ(65535u, loaded->Data().TestWarningLevel);
+}
+
+TEST_F(StoreFaultTest, MessagesBehindOneThatCannotBeStoredAreNotCounted)
+{
+    fault.FailNamed("CreateStream", STG_E_ACCESSDENIED, 21 + 3); // "tidb" of message 1
+    EXPECT_EQ(S_OK, Store(*SomeResult()));
+    fault.FailCall(0, S_OK);
+    auto loaded = EmptyResult();
+    ASSERT_EQ(S_OK, Load(*loaded));
+    EXPECT_EQ(1u, loaded->Data().MessageCount);
+}
+
+TEST_F(StoreFaultTest, AFileThatCanBeNeitherOpenedNorMadeIsTraced)
+{
+    fault.FailNamed("Open", STG_E_SHAREVIOLATION);
+    EXPECT_EQ(STG_E_FILEALREADYEXISTS, Store(*New()));
+    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80030050>"));
+    EXPECT_EQ(initial, FileBytes());
+}
+
+TEST_F(StoreFaultTest, AFileThatCannotBeCopiedIsNotReplaced)
+{
+    fault.FailNamed("Copy", E_ACCESSDENIED);
+    EXPECT_EQ(E_ACCESSDENIED, Store(*New()));
+    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80070005>"));
+    EXPECT_EQ(initial, FileBytes());
+}
+
+TEST_F(StoreFaultTest, ARefusedCallOfALoadGivesNoHalfResult)
+{
+    fault.FailCall(0, S_OK);
+    auto loaded = EmptyResult();
+    ASSERT_EQ(S_OK, Load(*loaded));
+    const size_t calls = fault.Calls().size();
+    const std::vector<std::string> names = fault.Calls();
+    for (size_t n = 1; n <= calls; ++n)
+    {
+        const long liveBefore = g_liveComObjects;
+        loaded = EmptyResult();
+        fault.FailCall(static_cast<int>(n), STG_E_READFAULT);
+        const HRESULT hr = Load(*loaded);
+        EXPECT_TRUE(fault.Failed()) << n;
+        EXPECT_EQ(liveBefore, g_liveComObjects) << n;
+        if (FAILED(hr))
+            ExpectSame(EmptyResult()->Data(), loaded->Data());
+        else
+            EXPECT_EQ("OpenStream", names[n - 1]) << n; // a stream that is missing leaves a default
+    }
+    EXPECT_EQ(initial, FileBytes());
+}
+
+TEST_F(StoreFaultTest, OneSessionOpensTheFileOnce)
+{
+    fault.FailCall(0, S_OK);
+    {
+        CStoreSession session(fault, path, CStoreSession::Purpose::Read);
+        for (const wchar_t* id : {L"A@0", L"B@0", L"C@0"})
+            CResultsStore(session).LoadResult(CBstr(id), CBstr(L"K1"), *EmptyResult());
+    }
+    const auto& calls = fault.Calls();
+    EXPECT_EQ(1, std::count(calls.begin(), calls.end(), "IsStorageFile"));
+    EXPECT_EQ(1, std::count(calls.begin(), calls.end(), "Open"));
+}
+} // namespace
