@@ -11,7 +11,7 @@
 #include <vector>
 #include <wbemcli.h>
 
-class CFakeServices final : public CComObject<IWbemServices>
+class CFakeServices : public CComObject<IWbemServices>
 {
   public:
     struct CGetCall
