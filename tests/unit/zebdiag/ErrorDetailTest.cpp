@@ -1,60 +1,16 @@
 #include "tools/zebdiag/ErrorDetail.h"
 
-#include "Common/src/com/ComObject.h"
 #include "Common/src/com/Variant.h"
-#include "standin/object/ClassDefinition.h"
+#include "InstanceError.h"
 #include "standin/object/Objects.h"
+#include "tests/support/ProductSchema.h"
 
 #include <gtest/gtest.h>
-#include <oleauto.h>
 
 namespace zebdiag
 {
 namespace
 {
-// The error object of a failed call: besides what every error object answers, it is an instance.
-class CInstanceError final : public CComObject<IErrorInfo>
-{
-  public:
-    explicit CInstanceError(ComPtr<IWbemClassObject> instance) : m_instance(std::move(instance)) {}
-
-    STDMETHODIMP QueryInterface(REFIID riid, void** out) override
-    {
-        if (m_instance && IsEqualIID(riid, IID_IWbemClassObject))
-            return m_instance->QueryInterface(riid, out);
-        return CComObject::QueryInterface(riid, out);
-    }
-    STDMETHODIMP GetGUID(GUID*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetSource(BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetDescription(BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetHelpFile(BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetHelpContext(DWORD*) override { return E_NOTIMPL; }
-
-  private:
-    ComPtr<IWbemClassObject> m_instance;
-};
-
-standin::ClassDefinition StatusClass()
-{
-    auto definition = std::make_shared<standin::CClassDefinition>(L"Tolva_ExtendedStatus");
-    const struct
-    {
-        const wchar_t* name;
-        CIMTYPE type;
-    } properties[] = {{L"Description", CIM_STRING},   {L"Operation", CIM_STRING},
-                      {L"ParameterInfo", CIM_STRING}, {L"ProviderName", CIM_STRING},
-                      {L"StatusCode", CIM_UINT32},    {L"File", CIM_STRING},
-                      {L"Line", CIM_UINT32},          {L"RuleFailureReasons", CIM_STRING | CIM_FLAG_ARRAY}};
-    for (const auto& row : properties)
-    {
-        standin::CPropertyDefinition property;
-        property.Name = row.name;
-        property.Type = row.type;
-        definition->SetProperty(std::move(property));
-    }
-    return definition;
-}
-
 void Put(const ComPtr<IWbemClassObject>& object, const wchar_t* name, CVariant value)
 {
     ASSERT_EQ(object->Put(name, 0, &value, 0), S_OK);
@@ -70,7 +26,8 @@ class ErrorDetailTest : public testing::Test
         const ComPtr<CInstanceError> error = MakeCom<CInstanceError>(std::move(instance));
         ASSERT_EQ(SetErrorInfo(0, error.Get()), S_OK);
     }
-    ComPtr<IWbemClassObject> m_status = standin::MakeInstance(StatusClass());
+    ComPtr<IWbemClassObject> m_status =
+        standin::MakeInstance(ProductSchema().GetDefinition(L"root\\cimv2", L"Tolva_ExtendedStatus"));
 };
 
 TEST_F(ErrorDetailTest, ExtendedStatusIsPutIntoWords)

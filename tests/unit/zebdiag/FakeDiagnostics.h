@@ -1,5 +1,6 @@
-// A namespace that behaves like the provider's as far as the client can tell: tests, results and settings with
-// the types of the shipped schema, runs that last as long as the test wants, and requests that fail on demand.
+// A namespace that behaves like the provider's as far as the client can tell: tests, results and settings
+// with the types of the shipped schema, runs that last as long as the test wants, requests that fail on
+// demand.
 #pragma once
 
 #include "Common/src/com/Owned.h"
@@ -8,22 +9,22 @@
 
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace zebdiag
 {
 class CFakeDiagnostics final : public CFakeServices
 {
   public:
-    CFakeDiagnostics();
+    CFakeDiagnostics() : CFakeServices({}) {}
 
     struct CFakeTest
     {
         std::wstring Caption;
         bool SendsPackets = false;
         bool InUse = false;
-        // What a run of it does; gives the state that it ends in. On the thread of the call.
+        // What a run of it does, on the thread of the call; gives the state that it ends in.
         std::function<TestState()> Run = [] { return TestState::Passed; };
         // Whether a stop is taken.
         std::function<bool()> Stop = [] { return true; };
@@ -39,22 +40,33 @@ class CFakeDiagnostics final : public CFakeServices
     {
         std::wstring Path;
         std::wstring Method;
-        std::map<std::wstring, std::wstring> Arguments; // null ones are not there
+        std::map<std::wstring, std::wstring> Arguments; // null ones are left out
+    };
+    struct CFailureAnswer
+    {
+        HRESULT Status = S_OK;
+        std::wstring Description; // of the extended status that goes with it; empty: none does
     };
 
-    // All by the key of the test. Guarded by Lock where a run goes on.
+    // By the key of the test. While a call is under way, to be touched under Lock only.
     std::map<std::wstring, CFakeTest> Tests;
     std::map<std::wstring, CFakeResult> Results;
     std::map<std::wstring, CSettingValues> Settings;
     std::vector<CCall> Calls;
     std::vector<CSettingValues> Puts;
-    // What these requests answer in place of their work: "Enum Tolva_DiagTest", "Get Tolva_DiagResult", "Put",
+    // Requests that answer this in place of their work: "Enum Tolva_DiagTest", "Get Tolva_DiagResult", "Put",
     // "RunTest" and so on.
-    std::map<std::wstring, HRESULT> Failures;
-    // What runs and stops leave as the thread's error object.
-    std::map<std::wstring, std::wstring> Details;
+    std::map<std::wstring, CFailureAnswer> Failures;
+    // Called with the name of a method before and after its work.
+    std::function<void(const std::wstring&)> Before = [](const std::wstring&) {};
+    std::function<void(const std::wstring&)> After = [](const std::wstring&) {};
 
     CCriticalSection& Lock() noexcept { return m_lock; }
+    // Signalled when a method call has ended.
+    HANDLE CallEnded() const noexcept { return m_callEnded.Get(); }
+
+    // Adds a test with the setting that belongs to it.
+    CFakeTest& Add(const wchar_t* key, const wchar_t* caption, bool sendsPackets = false);
 
     STDMETHODIMP GetObject(const BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
                            IWbemCallResult** result) override;
@@ -66,14 +78,16 @@ class CFakeDiagnostics final : public CFakeServices
                             IWbemClassObject* in, IWbemClassObject** out, IWbemCallResult** result) override;
 
   private:
-    std::optional<HRESULT> FailureOf(const std::wstring& request);
+    HRESULT FailureOf(const std::wstring& request);
+    ComPtr<IWbemClassObject> Instance(const std::wstring& className, const std::wstring& key);
     ComPtr<IWbemClassObject> MakeTest(const std::wstring& key);
     ComPtr<IWbemClassObject> MakeResult(const std::wstring& key);
     ComPtr<IWbemClassObject> MakeSetting(const std::wstring& key);
-    HRESULT Run(const std::wstring& key, IWbemClassObject* out);
-    HRESULT Stop(const std::wstring& key, IWbemClassObject* out);
-    HRESULT Clear(const std::wstring& key);
+    void Run(const std::wstring& key, IWbemClassObject* out);
+    void Stop(const std::wstring& key, IWbemClassObject* out);
+    void Clear(const std::wstring& key);
 
     CCriticalSection m_lock;
+    CHandle m_callEnded{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
 };
 } // namespace zebdiag

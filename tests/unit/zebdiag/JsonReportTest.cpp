@@ -58,7 +58,8 @@ TEST_F(JsonReportTest, ListWithoutAnything)
 
 TEST_F(JsonReportTest, FieldsComeInTheOrderOfTheDescription)
 {
-    EXPECT_TRUE(JsonList(Head(Command::List), {}, {}).starts_with(L"{\n  \"version\": 1,\n  \"command\": \"list\","));
+    EXPECT_TRUE(
+        JsonList(Head(Command::List), {}, {}).starts_with(L"{\n  \"version\": 1,\n  \"command\": \"list\","));
 }
 
 TEST_F(JsonReportTest, Run)

@@ -1,0 +1,370 @@
+// The shipped schema: what the provider sets must find a property of the right type, what clients and the
+// management service look for must be there.
+#include "Common/src/com/SafeArray.h"
+#include "Common/src/com/Variant.h"
+#include "standin/object/ClassDefinition.h"
+#include "tests/support/CaseName.h"
+#include "tests/support/ProductSchema.h"
+
+#include <gtest/gtest.h>
+#include <set>
+
+namespace
+{
+using standin::ClassDefinition;
+
+constexpr wchar_t kNamespace[] = L"root\\cimv2";
+
+ClassDefinition Definition(const wchar_t* name)
+{
+    return ProductSchema().GetDefinition(kNamespace, name);
+}
+
+std::set<std::wstring> KeysOf(const ClassDefinition& definition)
+{
+    std::set<std::wstring> keys;
+    for (const auto& property : definition->Properties())
+        if (property.Qualifiers.IsTrue(L"key"))
+            keys.insert(property.Name);
+    return keys;
+}
+
+struct ClassCase
+{
+    const char* name;
+    const wchar_t* className;
+    const wchar_t* base;
+    std::set<std::wstring> keys;
+    bool served;
+    bool association;
+};
+
+class ServedClassTest : public testing::TestWithParam<ClassCase>
+{
+};
+
+TEST_P(ServedClassTest, HasBaseKeysAndProvider)
+{
+    const ClassCase& given = GetParam();
+    const ClassDefinition definition = Definition(given.className);
+    ASSERT_TRUE(definition);
+    EXPECT_TRUE(definition->InheritsFrom(given.base));
+    EXPECT_EQ(KeysOf(definition), given.keys);
+    EXPECT_FALSE(definition->Qualifiers.IsTrue(L"abstract"));
+    EXPECT_EQ(definition->Qualifiers.IsTrue(L"dynamic"), given.served);
+    const wchar_t* provider = definition->Qualifiers.Text(L"provider");
+    EXPECT_EQ(std::wstring(provider ? provider : L""), given.served ? L"DREVOK_PROVIDER" : L"");
+    EXPECT_EQ(definition->Qualifiers.IsTrue(L"association"), given.association);
+}
+
+const ClassCase kClasses[] = {
+    {"Test", L"Tolva_DiagTest", L"CIM_DiagnosticTest", {L"Name"}, true, false},
+    {"Result",
+     L"Tolva_DiagResult",
+     L"CIM_DiagnosticResult",
+     {L"DiagnosticName", L"DiagnosticCreationClassName", L"ExecutionID"},
+     true,
+     false},
+    {"Setting", L"Tolva_DiagSetting", L"CIM_DiagnosticSetting", {L"SettingID"}, true, false},
+    {"ResultForMSE",
+     L"Tolva_DiagResultForMSE",
+     L"CIM_DiagnosticResultForMSE",
+     {L"Result", L"SystemElement"},
+     true,
+     true},
+    {"ResultForTest",
+     L"Tolva_DiagResultForTest",
+     L"CIM_DiagnosticResultForTest",
+     {L"DiagnosticResult", L"DiagnosticTest"},
+     true,
+     true},
+    {"SettingForTest",
+     L"Tolva_DiagSettingForTest",
+     L"CIM_DiagnosticSettingForTest",
+     {L"Element", L"Setting"},
+     true,
+     true},
+    {"TestForMSE",
+     L"Tolva_DiagTestForMSE",
+     L"CIM_DiagnosticTestForMSE",
+     {L"Antecedent", L"Dependent"},
+     true,
+     true},
+    {"Adapter", L"Tolva_EthernetAdapter", L"CIM_NetworkAdapter", {L"DeviceID"}, false, false},
+    {"ExtendedStatus", L"Tolva_ExtendedStatus", L"__ExtendedStatus", {}, false, false}};
+
+INSTANTIATE_TEST_SUITE_P(Classes, ServedClassTest, testing::ValuesIn(kClasses), NameOf<ClassCase>);
+
+// What the provider writes, in the VARIANT types in which it writes it.
+enum class Written
+{
+    Text,
+    Time,
+    Reference,
+    Flag,
+    Number,
+    Byte,
+    Texts,
+    Numbers
+};
+
+CVariant Sample(Written kind)
+{
+    switch (kind)
+    {
+    case Written::Text:
+        return CVariant::FromText(L"text");
+    case Written::Time:
+        return CVariant::FromText(L"20240501134510.000000+060");
+    case Written::Reference:
+        return CVariant::FromText(L"Tolva_DiagTest.Name=\"1@K\"");
+    case Written::Flag:
+        return CVariant::FromBool(true);
+    case Written::Number:
+        return CVariant::FromLong(3);
+    case Written::Byte:
+        return CVariant::FromByte(100);
+    case Written::Texts:
+        return CVariant::FromArray(SafeArrayCreateVector(VT_BSTR, 0, 0), VT_BSTR);
+    default:
+        return CVariant::FromArray(SafeArrayCreateVector(VT_I4, 0, 0), VT_I4);
+    }
+}
+
+struct PropertyCase
+{
+    const char* name;
+    const wchar_t* className;
+    const wchar_t* property;
+    Written kind;
+};
+
+class WrittenPropertyTest : public testing::TestWithParam<PropertyCase>
+{
+};
+
+TEST_P(WrittenPropertyTest, TakesWhatTheProviderWrites)
+{
+    const ClassDefinition definition = Definition(GetParam().className);
+    ASSERT_TRUE(definition);
+    const ComPtr<IWbemClassObject> instance = standin::MakeInstance(definition);
+    CVariant value = Sample(GetParam().kind);
+    EXPECT_EQ(instance->Put(GetParam().property, 0, &value, 0), WBEM_S_NO_ERROR);
+    CVariant null = CVariant::Null();
+    EXPECT_EQ(instance->Put(GetParam().property, 0, &null, 0), WBEM_S_NO_ERROR);
+}
+
+constexpr PropertyCase kWritten[] = {
+    {"DiagTest_Name", L"Tolva_DiagTest", L"Name", Written::Text},
+    {"DiagTest_Caption", L"Tolva_DiagTest", L"Caption", Written::Text},
+    {"DiagTest_IsInUse", L"Tolva_DiagTest", L"IsInUse", Written::Flag},
+    {"DiagTest_Description", L"Tolva_DiagTest", L"Description", Written::Text},
+    {"DiagTest_OtherCharacteristicDescription", L"Tolva_DiagTest", L"OtherCharacteristicDescription",
+     Written::Text},
+    {"DiagTest_Characteristics", L"Tolva_DiagTest", L"Characteristics", Written::Numbers},
+    {"DiagTest_ResourcesUsed", L"Tolva_DiagTest", L"ResourcesUsed", Written::Numbers},
+    {"DiagTest_CreationClassName", L"Tolva_DiagTest", L"CreationClassName", Written::Text},
+    {"DiagTest_SystemCreationClassName", L"Tolva_DiagTest", L"SystemCreationClassName", Written::Text},
+    {"DiagTest_SystemName", L"Tolva_DiagTest", L"SystemName", Written::Text},
+    {"DiagResult_DiagnosticName", L"Tolva_DiagResult", L"DiagnosticName", Written::Text},
+    {"DiagResult_DiagnosticCreationClassName", L"Tolva_DiagResult", L"DiagnosticCreationClassName",
+     Written::Text},
+    {"DiagResult_ExecutionID", L"Tolva_DiagResult", L"ExecutionID", Written::Text},
+    {"DiagResult_TestCompletionTime", L"Tolva_DiagResult", L"TestCompletionTime", Written::Time},
+    {"DiagResult_TestStartTime", L"Tolva_DiagResult", L"TestStartTime", Written::Time},
+    {"DiagResult_IsPackage", L"Tolva_DiagResult", L"IsPackage", Written::Flag},
+    {"DiagResult_PercentComplete", L"Tolva_DiagResult", L"PercentComplete", Written::Byte},
+    {"DiagResult_OtherStateDescription", L"Tolva_DiagResult", L"OtherStateDescription", Written::Text},
+    {"DiagResult_EstimatedTimeOfPerforming", L"Tolva_DiagResult", L"EstimatedTimeOfPerforming",
+     Written::Number},
+    {"DiagResult_TimeStamp", L"Tolva_DiagResult", L"TimeStamp", Written::Time},
+    {"DiagResult_TestResults", L"Tolva_DiagResult", L"TestResults", Written::Texts},
+    {"DiagResult_TestState", L"Tolva_DiagResult", L"TestState", Written::Number},
+    {"DiagResult_DiagSystemCreationClassName", L"Tolva_DiagResult", L"DiagSystemCreationClassName",
+     Written::Text},
+    {"DiagResult_DiagSystemName", L"Tolva_DiagResult", L"DiagSystemName", Written::Text},
+    {"DiagResult_QuickMode", L"Tolva_DiagResult", L"QuickMode", Written::Flag},
+    {"DiagResult_ReportStatusMessages", L"Tolva_DiagResult", L"ReportStatusMessages", Written::Flag},
+    {"DiagResult_PercentOfTestCoverage", L"Tolva_DiagResult", L"PercentOfTestCoverage", Written::Byte},
+    {"DiagResult_HaltOnError", L"Tolva_DiagResult", L"HaltOnError", Written::Flag},
+    {"DiagResult_ReportSoftErrors", L"Tolva_DiagResult", L"ReportSoftErrors", Written::Flag},
+    {"DiagResult_TestWarningLevel", L"Tolva_DiagResult", L"TestWarningLevel", Written::Number},
+    {"DiagSetting_SettingID", L"Tolva_DiagSetting", L"SettingID", Written::Text},
+    {"DiagSetting_HaltOnError", L"Tolva_DiagSetting", L"HaltOnError", Written::Flag},
+    {"DiagSetting_ReportSoftErrors", L"Tolva_DiagSetting", L"ReportSoftErrors", Written::Flag},
+    {"DiagSetting_TestWarningLevel", L"Tolva_DiagSetting", L"TestWarningLevel", Written::Number},
+    {"DiagSetting_QuickMode", L"Tolva_DiagSetting", L"QuickMode", Written::Flag},
+    {"DiagSetting_ReportStatusMessages", L"Tolva_DiagSetting", L"ReportStatusMessages", Written::Flag},
+    {"DiagSetting_PercentOfTestCoverage", L"Tolva_DiagSetting", L"PercentOfTestCoverage", Written::Byte},
+    {"ExtendedStatus_Description", L"Tolva_ExtendedStatus", L"Description", Written::Text},
+    {"ExtendedStatus_Operation", L"Tolva_ExtendedStatus", L"Operation", Written::Text},
+    {"ExtendedStatus_ParameterInfo", L"Tolva_ExtendedStatus", L"ParameterInfo", Written::Text},
+    {"ExtendedStatus_ProviderName", L"Tolva_ExtendedStatus", L"ProviderName", Written::Text},
+    {"ExtendedStatus_StatusCode", L"Tolva_ExtendedStatus", L"StatusCode", Written::Number},
+    {"ExtendedStatus_File", L"Tolva_ExtendedStatus", L"File", Written::Text},
+    {"ExtendedStatus_Line", L"Tolva_ExtendedStatus", L"Line", Written::Number},
+    {"ExtendedStatus_SessionHandle", L"Tolva_ExtendedStatus", L"SessionHandle", Written::Text},
+    {"ExtendedStatus_RuleFailureReasons", L"Tolva_ExtendedStatus", L"RuleFailureReasons", Written::Texts},
+    {"DiagResultForMSE_Result", L"Tolva_DiagResultForMSE", L"Result", Written::Reference},
+    {"DiagResultForMSE_SystemElement", L"Tolva_DiagResultForMSE", L"SystemElement", Written::Reference},
+    {"DiagResultForTest_DiagnosticResult", L"Tolva_DiagResultForTest", L"DiagnosticResult",
+     Written::Reference},
+    {"DiagResultForTest_DiagnosticTest", L"Tolva_DiagResultForTest", L"DiagnosticTest", Written::Reference},
+    {"DiagSettingForTest_Element", L"Tolva_DiagSettingForTest", L"Element", Written::Reference},
+    {"DiagSettingForTest_Setting", L"Tolva_DiagSettingForTest", L"Setting", Written::Reference},
+    {"DiagTestForMSE_Antecedent", L"Tolva_DiagTestForMSE", L"Antecedent", Written::Reference},
+    {"DiagTestForMSE_Dependent", L"Tolva_DiagTestForMSE", L"Dependent", Written::Reference},
+    {"DiagTestForMSE_EstimatedTimeOfPerforming", L"Tolva_DiagTestForMSE", L"EstimatedTimeOfPerforming",
+     Written::Number},
+    {"DiagTestForMSE_IsExclusiveForMSE", L"Tolva_DiagTestForMSE", L"IsExclusiveForMSE", Written::Flag},
+};
+
+INSTANTIATE_TEST_SUITE_P(Properties, WrittenPropertyTest, testing::ValuesIn(kWritten), NameOf<PropertyCase>);
+
+// Every property and method of ours tells clients what it is.
+TEST(SchemaTest, EverythingThatIsDeclaredIsDescribed)
+{
+    for (const ClassCase& row : kClasses)
+    {
+        const ClassDefinition definition = Definition(row.className);
+        ASSERT_TRUE(definition);
+        EXPECT_TRUE(definition->Qualifiers.Text(L"Description")) << row.name;
+        for (const auto& property : definition->Properties())
+            EXPECT_TRUE(!property.Local || property.Qualifiers.Text(L"Description"))
+                << row.name << " " << NarrowText(property.Name);
+        for (const auto& method : definition->Methods())
+            EXPECT_TRUE(!method.Local || method.Qualifiers.Text(L"Description"))
+                << row.name << " " << NarrowText(method.Name);
+    }
+}
+
+struct MapCase
+{
+    const char* name;
+    const wchar_t* className;
+    const wchar_t* property;
+    std::vector<std::wstring> values;
+};
+
+class ValueMapTest : public testing::TestWithParam<MapCase>
+{
+};
+
+std::vector<std::wstring> Texts(const standin::CQualifier* qualifier)
+{
+    std::vector<std::wstring> texts;
+    if (!qualifier || qualifier->Value.vt != (VT_ARRAY | VT_BSTR))
+        return texts;
+    const CSafeArrayView<BSTR> view(qualifier->Value.parray, VT_BSTR);
+    for (const BSTR text : view.Items())
+        texts.emplace_back(text, SysStringLen(text));
+    return texts;
+}
+
+TEST_P(ValueMapTest, NamesEveryNumberFromZero)
+{
+    const auto* property = Definition(GetParam().className)->FindProperty(GetParam().property);
+    ASSERT_TRUE(property);
+    EXPECT_EQ(Texts(property->Qualifiers.Find(L"Values")), GetParam().values);
+    std::vector<std::wstring> numbers;
+    for (size_t i = 0; i < GetParam().values.size(); ++i)
+        numbers.push_back(std::to_wstring(i));
+    EXPECT_EQ(Texts(property->Qualifiers.Find(L"ValueMap")), numbers);
+}
+
+const std::vector<std::wstring> kWarningLevels = {L"No Warnings", L"Missing Resources", L"Testing Impacts",
+                                                  L"All Warnings"};
+
+INSTANTIATE_TEST_SUITE_P(
+    Maps, ValueMapTest,
+    testing::Values(
+        MapCase{"TestState",
+                L"Tolva_DiagResult",
+                L"TestState",
+                {L"Unknown", L"Other", L"Passed", L"Failed", L"In Progress", L"Stopped"}},
+        MapCase{"Characteristics",
+                L"Tolva_DiagTest",
+                L"Characteristics",
+                {L"Unknown", L"Other", L"Is Exclusive", L"Is Interactive", L"Is Destructive", L"Is Risky",
+                 L"Is Package", L"Supports PercentOfTestCoverage"}},
+        MapCase{"WarningLevelOfSetting", L"Tolva_DiagSetting", L"TestWarningLevel", kWarningLevels},
+        MapCase{"WarningLevelOfResult", L"Tolva_DiagResult", L"TestWarningLevel", kWarningLevels}),
+    NameOf<MapCase>);
+
+struct MethodCase
+{
+    const char* name;
+    const wchar_t* method;
+    std::vector<std::wstring> in;
+    std::vector<std::wstring> out;
+};
+
+class MethodTest : public testing::TestWithParam<MethodCase>
+{
+};
+
+std::vector<std::wstring> NamesOf(const ClassDefinition& parameters)
+{
+    std::vector<std::wstring> names;
+    if (parameters)
+        for (const auto& property : parameters->Properties())
+            names.push_back(property.Name);
+    return names;
+}
+
+// The parameters are those of the base class, because the management service takes no other signature for an
+// inherited method.
+TEST_P(MethodTest, IsImplementedWithTheParametersOfTheBase)
+{
+    const auto* method = Definition(L"Tolva_DiagTest")->FindMethod(GetParam().method);
+    ASSERT_TRUE(method);
+    EXPECT_TRUE(method->Local);
+    EXPECT_TRUE(method->Qualifiers.IsTrue(L"implemented"));
+    EXPECT_EQ(NamesOf(method->In), GetParam().in);
+    EXPECT_EQ(NamesOf(method->Out), GetParam().out);
+    const auto* inherited = Definition(L"CIM_DiagnosticTest")->FindMethod(GetParam().method);
+    ASSERT_TRUE(inherited);
+    EXPECT_EQ(NamesOf(method->In), NamesOf(inherited->In));
+    EXPECT_EQ(NamesOf(method->Out), NamesOf(inherited->Out));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Methods, MethodTest,
+    testing::Values(
+        MethodCase{"RunTest", L"RunTest", {L"SystemElement", L"Setting"}, {L"Result", L"ReturnValue"}},
+        MethodCase{"ClearResults", L"ClearResults", {L"SystemElement"}, {L"ReturnValue"}},
+        MethodCase{"DiscontinueTest",
+                   L"DiscontinueTest",
+                   {L"SystemElement", L"Result"},
+                   {L"TestingStopped", L"ReturnValue"}}),
+    NameOf<MethodCase>);
+
+TEST(SchemaTest, ProviderIsRegisteredAsAProgramOfItsOwn)
+{
+    const auto provider = ProductSchema().FindProvider(kNamespace, L"DREVOK_PROVIDER");
+    ASSERT_TRUE(provider);
+    EXPECT_EQ(provider->HostingModel, L"SelfHost");
+    EXPECT_EQ(provider->Clsid, L"{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E20}");
+    EXPECT_TRUE(provider->ServesInstances && provider->ServesMethods);
+    EXPECT_TRUE(provider->SupportsGet && provider->SupportsPut && provider->SupportsEnumeration);
+    EXPECT_FALSE(provider->SupportsDelete);
+}
+
+TEST(SchemaTest, CompilingItAgainChangesNothing)
+{
+    standin::CRepository repository(L"WS42");
+    const auto compile = [&](const char* file)
+    { repository.CompileFile(WidenUtf8(std::string(ZEB_SOURCE_DIR) + "/" + file)); };
+    compile("standin/mof/system.mof");
+    compile("standin/mof/cimv2.mof");
+    compile("resources/mof/zebdiag.mof");
+    const auto instances = [&](const wchar_t* name)
+    { return repository.Instances(kNamespace, name, false).size(); };
+    const size_t derived = repository.DerivedClasses(kNamespace, L"", true).size();
+    ASSERT_NO_THROW(compile("resources/mof/zebdiag.mof"));
+    EXPECT_EQ(repository.DerivedClasses(kNamespace, L"", true).size(), derived);
+    EXPECT_EQ(instances(L"__Win32Provider"), 1u);
+    EXPECT_EQ(instances(L"__InstanceProviderRegistration"), 1u);
+    EXPECT_EQ(instances(L"__MethodProviderRegistration"), 1u);
+}
+} // namespace
