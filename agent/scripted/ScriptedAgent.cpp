@@ -25,10 +25,10 @@ void WaitForEventNamed(const std::wstring& name)
 }
 
 // The exception of a script leaves the COM method on purpose: clients are tested with agents that do this.
-void ThrowAsScripted(ScriptedThrow how)
+HRESULT ThrowAsScripted(ScriptedThrow how)
 {
-    if (how == ScriptedThrow::EndsProcess)
-        TerminateProcess(GetCurrentProcess(), 3);
+    if (how == ScriptedThrow::IsServerFault)
+        return RPC_E_SERVERFAULT;
     throw std::runtime_error("the script of the agent says that this call throws");
 }
 } // namespace
@@ -55,9 +55,7 @@ HRESULT CScriptedAgent::Perform(Call call, BSTR adapterKey, std::optional<ULONG>
             }
             return body(*play);
         });
-    if (throws)
-        ThrowAsScripted(m_throw);
-    return hr;
+    return throws ? ThrowAsScripted(m_throw) : hr;
 }
 
 STDMETHODIMP_(ULONG) CScriptedAgent::Release()

@@ -11,12 +11,12 @@
 #include <functional>
 #include <memory>
 
-// What a scripted "Throw" does: an exception cannot cross processes, so that in a local server the process
-// ends at once, as it does when an agent's exception is caught by nobody.
+// What a scripted "Throw" does. An exception cannot cross processes: what a client of a local server sees of
+// one is the code that COM makes of it.
 enum class ScriptedThrow
 {
     RaisesException,
-    EndsProcess
+    IsServerFault
 };
 
 class CScriptedAgent final : public CComObject<IVormRoot, IVormDiag>

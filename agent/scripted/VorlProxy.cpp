@@ -15,11 +15,11 @@ namespace
 // A client that asked COM for the agent may die before it makes an object.
 constexpr std::chrono::seconds kFirstUse{60};
 // A client that gives one object back and asks for the next finds the same process.
-constexpr std::chrono::milliseconds kGrace{500};
+constexpr std::chrono::milliseconds kGrace{300};
 
 constexpr CAgentClass kAgent = {
     kClsidVorl, L"ZEB Diagnostics adapter agent", [](REFIID riid, void** out) -> HRESULT {
-        return MakeCom<CScriptedAgent>(LoadScript, ScriptedThrow::EndsProcess)->QueryInterface(riid, out);
+        return MakeCom<CScriptedAgent>(LoadScript, ScriptedThrow::IsServerFault)->QueryInterface(riid, out);
     }};
 
 HRESULT Serve()
@@ -33,7 +33,10 @@ HRESULT Serve()
     if (FAILED(hr))
         return hr;
     WaitUntilServerIsUnused(kFirstUse, kGrace);
-    return CoRevokeClassObject(cookie);
+    hr = CoRevokeClassObject(cookie);
+    // A client that was handed the factory just before is served to its end.
+    WaitUntilServerIsUnused(kGrace, std::chrono::milliseconds(0));
+    return hr;
 }
 
 HRESULT ServeInApartment()

@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Text.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <tlhelp32.h>
 
@@ -52,14 +53,28 @@ CRunningProgram::~CRunningProgram()
         TerminateProcess(m_process.Get(), 99);
 }
 
+// The end of the output is the end of the program: what the system started on the program's behalf, such as
+// its desktop, can inherit the pipe and hold it open for long.
 bool CRunningProgram::ReadMore()
 {
-    char buffer[4096];
-    DWORD read = 0;
-    if (!ReadFile(m_output.Get(), buffer, sizeof buffer, &read, nullptr) || read == 0)
-        return false;
-    m_text.append(buffer, read);
-    return true;
+    constexpr DWORD kBetweenLooks = 20;
+    for (;;)
+    {
+        const bool ended = WaitForSingleObject(m_process.Get(), 0) == WAIT_OBJECT_0;
+        char buffer[4096];
+        DWORD size = 0;
+        if (!PeekNamedPipe(m_output.Get(), nullptr, 0, nullptr, &size, nullptr))
+            return false;
+        if (size > 0 &&
+            ReadFile(m_output.Get(), buffer, std::min<DWORD>(size, sizeof buffer), &size, nullptr))
+        {
+            m_text.append(buffer, size);
+            return true;
+        }
+        if (ended)
+            return false;
+        WaitForSingleObject(m_process.Get(), kBetweenLooks);
+    }
 }
 
 bool CRunningProgram::WaitForOutput(const std::string& text)

@@ -20,11 +20,16 @@ std::wstring MakeTestFolder()
     static unsigned count = 0;
     wchar_t temp[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, temp);
-    const std::wstring folder = std::wstring(temp) + L"zeb-system-" + std::to_wstring(GetCurrentProcessId()) +
-                                L"-" + std::to_wstring(++count);
-    if (!CreateDirectoryW(folder.c_str(), nullptr))
-        throw std::runtime_error("no folder for the files of a test");
-    return folder + L"\\";
+    // A test program that was killed leaves its folder behind, and process numbers come again.
+    for (;;)
+    {
+        const std::wstring folder = std::wstring(temp) + L"zeb-system-" +
+                                    std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+        if (CreateDirectoryW(folder.c_str(), nullptr))
+            return folder + L"\\";
+        if (GetLastError() != ERROR_ALREADY_EXISTS)
+            throw std::runtime_error("no folder for the files of a test");
+    }
 }
 
 void RemoveFolder(const std::wstring& folder)
