@@ -65,21 +65,29 @@ void CMofCompiler::Carry(const CMofClass& declaration)
     const ClassDefinition base = BaseOf(declaration);
     Current().Classes[FoldName(declaration.Name.Text)] = {std::make_shared<const CMofClass>(declaration),
                                                           BuildClass(declaration, base.get())};
-    RebuildDerived(declaration.Name.Text);
+    RebuildDerived(declaration.Name);
 }
 
-void CMofCompiler::RebuildDerived(const std::wstring& name)
+void CMofCompiler::RebuildDerived(const CMofName& name)
 {
     std::vector<CStoredClass*> derived;
     for (auto& [key, stored] : Current().Classes)
-        if (stored.Definition->InheritsFrom(name) && !EqualNoCaseAscii(stored.Definition->Name, name))
+        if (stored.Definition->InheritsFrom(name.Text) &&
+            !EqualNoCaseAscii(stored.Definition->Name, name.Text))
             derived.push_back(&stored);
     std::ranges::sort(derived, {}, [](const CStoredClass* c) { return c->Definition->Derivation.size(); });
     for (CStoredClass* stored : derived)
-    {
-        const ClassDefinition base = BaseOf(*stored->Declaration);
-        stored->Definition = BuildClass(*stored->Declaration, base.get());
-    }
+        try
+        {
+            const ClassDefinition base = BaseOf(*stored->Declaration);
+            stored->Definition = BuildClass(*stored->Declaration, base.get());
+        }
+        catch (const CMofProblem& problem)
+        {
+            // Its place is one in the text that declared the derived class.
+            throw CMofProblem{name.Place, "class " + Quoted(stored->Declaration->Name.Text) +
+                                              " would no longer fit: " + problem.Reason};
+        }
 }
 
 void CMofCompiler::Carry(const CMofInstance& instance)

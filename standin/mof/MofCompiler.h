@@ -27,7 +27,7 @@ class CMofCompiler
 
     CNamespace& Current();
     ClassDefinition BaseOf(const CMofClass& declaration);
-    void RebuildDerived(const std::wstring& name);
+    void RebuildDerived(const CMofName& name);
 
     CRepositoryState& m_state;
     std::wstring m_namespace = L"root\\cimv2";
