@@ -1,0 +1,427 @@
+#include "CDM/src/classes/Associations.h"
+#include "tests/unit/classes/HandlerTest.h"
+
+namespace
+{
+constexpr wchar_t kTest[] = L"Tolva_DiagTest.Name=\\\"1@A\\\"";
+constexpr wchar_t kResult[] = L"Tolva_DiagResult.DiagnosticName=\\\"1@A\\\",ExecutionID=\\\"A\\\"";
+constexpr wchar_t kSetting[] = L"Tolva_DiagSetting.SettingID=\\\"1@A\\\"";
+constexpr wchar_t kAdapter[] = L"Tolva_EthernetAdapter.DeviceID=\\\"A\\\"";
+
+std::wstring ResultReference(const std::wstring& key, const std::wstring& adapter)
+{
+    return L"Tolva_DiagResult.DiagnosticCreationClassName=\"Tolva_DiagTest\",DiagnosticName=\"" + key +
+           L"\",ExecutionID=\"" + adapter +
+           L"\",DiagSystemCreationClassName=\"Win32_ComputerSystem\",DiagSystemName=\"" + ComputerName() +
+           L"\"";
+}
+
+std::wstring SystemKeys(const wchar_t* creationClass)
+{
+    return std::wstring(L",CreationClassName=\"") + creationClass +
+           L"\",SystemCreationClassName=\"Win32_ComputerSystem\",SystemName=\"" + ComputerName() + L"\"";
+}
+
+struct Association
+{
+    const char* name;
+    std::unique_ptr<CWomClassHandler> (*create)();
+    const wchar_t* className;
+    const wchar_t* first; // the identifying reference
+    const wchar_t* firstPath;
+    const wchar_t* second;
+    const wchar_t* secondPath;
+    const char* firstParse;
+    const char* secondParse;
+    const char* sendFailed;
+    const wchar_t* enumerates;
+    const char* enumFailed;
+    const char* createInstanceEnum;
+    // The properties of the instance with the reduced key set.
+    const wchar_t* properties[2];
+    std::wstring reduced[2];
+    std::wstring full[2];
+};
+
+template <class Handler>
+std::unique_ptr<CWomClassHandler> Create()
+{
+    return std::make_unique<Handler>();
+}
+
+const std::wstring kTestReduced = L"Tolva_DiagTest.Name=\"1@A\"";
+const std::wstring kAdapterReduced = L"Tolva_EthernetAdapter.DeviceID=\"A\"";
+
+const Association& TestForMSE()
+{
+    static const Association row = {
+        "TestForMSE",
+        &Create<CTolva_DiagTestMSEAssoc>,
+        L"Tolva_DiagTestForMSE",
+        L"Antecedent",
+        kTest,
+        L"Dependent",
+        kAdapter,
+        "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for Test reference failed",
+        "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+        "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <800706ba>",
+        L"EnumTests",
+        "Tolva_DiagTestMSEAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <80004003>",
+        "CTolva_DiagTestMSEAssoc::CreateInstanceEnumAsync",
+        {L"Antecedent", L"Dependent"},
+        {kTestReduced, kAdapterReduced},
+        {kTestReduced + SystemKeys(L"Tolva_DiagTest"),
+         kAdapterReduced + SystemKeys(L"Tolva_EthernetAdapter")}};
+    return row;
+}
+
+const Association& ResultForMSE()
+{
+    static const Association row = {
+        "ResultForMSE",
+        &Create<CTolva_DiagResultMSEAssoc>,
+        L"Tolva_DiagResultForMSE",
+        L"Result",
+        kResult,
+        L"SystemElement",
+        kAdapter,
+        "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for Result reference failed",
+        "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+        "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <800706ba>",
+        L"EnumResults",
+        "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <80004003>",
+        "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync",
+        {L"Result", L"SystemElement"},
+        {ResultReference(L"1@A", L"A"), kAdapterReduced},
+        {ResultReference(L"1@A", L"A"), kAdapterReduced + SystemKeys(L"Tolva_EthernetAdapter")}};
+    return row;
+}
+
+const Association& ResultForTest()
+{
+    static const Association row = {
+        "ResultForTest",
+        &Create<CTolva_DiagResultTestAssoc>,
+        L"Tolva_DiagResultForTest",
+        L"DiagnosticResult",
+        kResult,
+        L"DiagnosticTest",
+        kTest,
+        "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Result reference failed",
+        "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Test reference failed",
+        "CTolva_DiagResultTestAssoc::GetObjectAsync::SendInstance failed, hr = <800706ba>",
+        L"EnumResults",
+        "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <80004003>",
+        "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync",
+        {L"DiagnosticTest", L"DiagnosticResult"},
+        {kTestReduced, ResultReference(L"1@A", L"A")},
+        {kTestReduced + SystemKeys(L"Tolva_DiagTest"), ResultReference(L"1@A", L"A")}};
+    return row;
+}
+
+const Association& SettingForTest()
+{
+    static const std::wstring setting = L"Tolva_DiagSetting.SettingID=\"1@A\"";
+    static const Association row = {
+        "SettingForTest",
+        &Create<CTolva_DiagSettingTestAssoc>,
+        L"Tolva_DiagSettingForTest",
+        L"Setting",
+        kSetting,
+        L"Element",
+        kTest,
+        "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Setting reference failed",
+        "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Test reference failed",
+        "CTolva_DiagSettingTestAssoc::GetObjectAsync::SendInstance failed, hr = <800706ba>",
+        L"EnumTests",
+        "Tolva_DiagSettingTestAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <80004003>",
+        "CTolva_DiagSettingTestAssoc::CreateInstanceEnumAsync",
+        {L"Element", L"Setting"},
+        {kTestReduced, setting},
+        {kTestReduced + SystemKeys(L"Tolva_DiagTest"), setting}};
+    return row;
+}
+
+class AssociationTest : public HandlerTest, public testing::WithParamInterface<const Association*>
+{
+  protected:
+    const Association& Row() const { return *GetParam(); }
+
+    // The path of an association with the given references; a null one is left out.
+    std::wstring PathOf(const wchar_t* first, const wchar_t* second) const
+    {
+        std::wstring path = Row().className;
+        wchar_t separator = L'.';
+        const auto append = [&](const wchar_t* key, const wchar_t* value)
+        {
+            if (value)
+                path += std::wstring(1, std::exchange(separator, L',')) + key + L"=\"" + value + L"\"";
+        };
+        append(Row().first, first);
+        append(Row().second, second);
+        return path;
+    }
+    HRESULT GetObjectOf(const wchar_t* first, const wchar_t* second, bool cimKeyMode = true)
+    {
+        return Prepared(*m_handler)
+            .GetObjectAsync(Path(PathOf(first, second).c_str()), Context(cimKeyMode), m_sink);
+    }
+    HRESULT Enumerate() { return Prepared(*m_handler).CreateInstanceEnumAsync(Context(), m_sink); }
+
+    std::unique_ptr<CWomClassHandler> m_handler = Row().create();
+};
+
+TEST_P(AssociationTest, ServesItsClass)
+{
+    EXPECT_STREQ(m_handler->GetClassName(), Row().className);
+}
+
+TEST_P(AssociationTest, InstanceHoldsBothReferencesWithReducedKeys)
+{
+    EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath), S_OK);
+    ASSERT_EQ(Indicated().size(), 1u);
+    EXPECT_EQ(ReadText(Indicated()[0], L"__CLASS"), Row().className);
+    for (size_t i = 0; i < 2; ++i)
+        EXPECT_EQ(ReadText(Indicated()[0], Row().properties[i]), Row().reduced[i]);
+}
+
+TEST_P(AssociationTest, InstanceHoldsBothReferencesWithFullKeys)
+{
+    EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath, false), S_OK);
+    ASSERT_EQ(Indicated().size(), 1u);
+    for (size_t i = 0; i < 2; ++i)
+        EXPECT_EQ(ReadText(Indicated()[0], Row().properties[i]), Row().full[i]);
+}
+
+TEST_P(AssociationTest, UnparsableFirstReference)
+{
+    for (const wchar_t* reference :
+         {static_cast<const wchar_t*>(nullptr), L"", L"=", L"Tolva_DiagTest.Name=1@A"})
+    {
+        const CTraceCapture trace;
+        EXPECT_EQ(GetObjectOf(reference, Row().secondPath), wmi::Failed);
+        EXPECT_EQ(trace.Count(Row().firstParse), 1u);
+    }
+    EXPECT_TRUE(m_sink->Indications().empty());
+}
+
+TEST_P(AssociationTest, UnparsableSecondReference)
+{
+    for (const wchar_t* reference : {static_cast<const wchar_t*>(nullptr), L"", L"."})
+    {
+        const CTraceCapture trace;
+        EXPECT_EQ(GetObjectOf(Row().firstPath, reference), wmi::Failed);
+        EXPECT_EQ(trace.Count(Row().secondParse), 1u);
+    }
+    EXPECT_TRUE(m_sink->Indications().empty());
+}
+
+TEST_P(AssociationTest, ReferencesWithoutTheirKeyAreNotFound)
+{
+    EXPECT_EQ(GetObjectOf(L"Tolva_Any.Other=\\\"1@A\\\"", Row().secondPath), wmi::NotFound);
+    EXPECT_EQ(GetObjectOf(Row().firstPath, L"Tolva_Any.Other=\\\"1@A\\\""), wmi::NotFound);
+    EXPECT_EQ(GetObjectOf(Row().firstPath, L"Tolva_Any"), wmi::NotFound);
+    EXPECT_TRUE(m_sink->Indications().empty());
+}
+
+TEST_P(AssociationTest, FailedSendIsTracedAndReturned)
+{
+    m_sink->FailIndicate(1, HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE));
+    const CTraceCapture trace;
+    EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath), HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE));
+    EXPECT_EQ(trace.Count(Row().sendFailed), 1u);
+}
+
+TEST_P(AssociationTest, EnumerationSendsEveryInstance)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(Enumerate(), S_OK);
+    ASSERT_EQ(Indicated().size(), 3u);
+    for (size_t i = 0; i < 2; ++i)
+        EXPECT_EQ(ReadText(Indicated()[0], Row().properties[i]), Row().reduced[i]);
+    EXPECT_EQ(trace.Count(std::string("{ --> ") + Row().createInstanceEnum), 1u);
+}
+
+TEST_P(AssociationTest, EnumerationEndsAtTheFirstFailure)
+{
+    m_sink->FailIndicate(2, E_ABORT);
+    EXPECT_EQ(Enumerate(), E_ABORT);
+    EXPECT_EQ(m_sink->Indications().size(), 2u);
+    m_plan->Fail(CCallPlan::Call::SpawnInstance, 1, wmi::OutOfMemory);
+    EXPECT_EQ(Enumerate(), wmi::OutOfMemory);
+    EXPECT_EQ(m_sink->Indications().size(), 2u);
+}
+
+TEST_P(AssociationTest, EnumerationThatCannotBeginIsTraced)
+{
+    m_manager.Answers[Row().enumerates] = E_POINTER;
+    const CTraceCapture trace;
+    EXPECT_EQ(Enumerate(), E_POINTER);
+    EXPECT_EQ(trace.Count(Row().enumFailed), 1u);
+}
+
+TEST_P(AssociationTest, StatusOfAPutIsNotExamined)
+{
+    EXPECT_EQ(Enumerate(), S_OK);
+    const int puts = m_plan->Count(CCallPlan::Call::Put) / 3;
+    for (int i = 1; i <= puts; ++i)
+    {
+        m_sink = MakeCom<CFakeSink>();
+        m_plan->Fail(CCallPlan::Call::Put, i, wmi::TypeMismatch);
+        EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath), S_OK);
+        EXPECT_EQ(Indicated().size(), 1u);
+    }
+}
+
+TEST_P(AssociationTest, NothingIsLeftBehind)
+{
+    GetObjectOf(Row().firstPath, Row().secondPath);
+    m_sink = MakeCom<CFakeSink>();
+    const long before = g_liveComObjects;
+    GetObjectOf(nullptr, Row().secondPath);
+    GetObjectOf(Row().firstPath, nullptr);
+    m_sink->FailIndicate(1, E_ABORT);
+    GetObjectOf(Row().firstPath, Row().secondPath);
+    EXPECT_EQ(g_liveComObjects, before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Classes, AssociationTest,
+                         testing::Values(&TestForMSE(), &ResultForMSE(), &ResultForTest(), &SettingForTest()),
+                         [](const auto& info) { return info.param->name; });
+
+// What only some of the classes do.
+class AssociationPartsTest : public HandlerTest
+{
+  protected:
+    template <class Handler>
+    HRESULT GetObjectOf(const std::wstring& path)
+    {
+        Handler handler;
+        return Prepared(handler).GetObjectAsync(Path(path.c_str()), Context(), m_sink);
+    }
+    static std::wstring TestPath(const wchar_t* test, const wchar_t* adapter)
+    {
+        return std::wstring(L"Tolva_DiagTestForMSE.Antecedent=\"Tolva_DiagTest.Name=\\\"") + test +
+               L"\\\"\",Dependent=\"Tolva_EthernetAdapter.DeviceID=\\\"" + adapter + L"\\\"\"";
+    }
+};
+
+TEST_F(AssociationPartsTest, TestIsExclusiveForItsAdapter)
+{
+    CTolva_DiagTestMSEAssoc handler;
+    EXPECT_EQ(Prepared(handler).CreateInstanceEnumAsync(Context(), m_sink), S_OK);
+    ASSERT_EQ(Indicated().size(), 3u);
+    for (const auto& instance : Indicated())
+    {
+        EXPECT_EQ(Read(instance, L"IsExclusiveForMSE").boolVal, VARIANT_TRUE);
+        EXPECT_TRUE(IsNull(instance, L"EstimatedTimeOfPerforming"));
+    }
+}
+
+TEST_F(AssociationPartsTest, TestForMSEMatchesTheAdapterWithoutRegardToCase)
+{
+    EXPECT_EQ(GetObjectOf<CTolva_DiagTestMSEAssoc>(TestPath(L"1@ABC", L"aBc")), S_OK);
+    EXPECT_EQ(Indicated().size(), 1u);
+}
+
+TEST_F(AssociationPartsTest, TestForMSERefusesAnotherAdapter)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(GetObjectOf<CTolva_DiagTestMSEAssoc>(TestPath(L"1@A", L"AB")), wmi::NotFound);
+    EXPECT_EQ(trace.Count("CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid MSE"), 1u);
+}
+
+TEST_F(AssociationPartsTest, TestForMSENeedsAnAdapterInTheTestsName)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(GetObjectOf<CTolva_DiagTestMSEAssoc>(TestPath(L"1", L"A")), wmi::OutOfMemory);
+    EXPECT_EQ(trace.Count("CTolva_DiagTestMSEAssoc::GetObjectAsync: ParseForAdapterKey failed"), 1u);
+}
+
+TEST_F(AssociationPartsTest, TestForMSESaysThatTheTestsNameIsMissing)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(GetObjectOf<CTolva_DiagTestMSEAssoc>(L"Tolva_DiagTestForMSE.Antecedent=\"Tolva_DiagTest.Key="
+                                                   L"1\",Dependent=\"Tolva_EthernetAdapter=\\\"A\\\"\""),
+              wmi::NotFound);
+    EXPECT_EQ(trace.Count("CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid test"), 1u);
+}
+
+TEST_F(AssociationPartsTest, ResultForMSEIsTakenAtItsResult)
+{
+    EXPECT_EQ(GetObjectOf<CTolva_DiagResultMSEAssoc>(
+                  std::wstring(L"Tolva_DiagResultForMSE.Result=\"") + kResult +
+                  L"\",SystemElement=\"Tolva_EthernetAdapter.DeviceID=\\\"another\\\"\""),
+              S_OK);
+    ASSERT_EQ(Indicated().size(), 1u);
+    EXPECT_EQ(ReadText(Indicated()[0], L"SystemElement"), kAdapterReduced);
+}
+
+TEST_F(AssociationPartsTest, ResultForTestIsTakenAtItsResult)
+{
+    EXPECT_EQ(GetObjectOf<CTolva_DiagResultTestAssoc>(
+                  std::wstring(L"Tolva_DiagResultForTest.DiagnosticResult=\"") + kResult +
+                  L"\",DiagnosticTest=\"Tolva_DiagTest.Name=\\\"another\\\"\""),
+              S_OK);
+    ASSERT_EQ(Indicated().size(), 1u);
+    EXPECT_EQ(ReadText(Indicated()[0], L"DiagnosticTest"), kTestReduced);
+}
+
+TEST_F(AssociationPartsTest, UnknownResultsAndSettingsAreNotFound)
+{
+    m_manager.Results.clear();
+    m_manager.Settings.clear();
+    EXPECT_EQ(GetObjectOf<CTolva_DiagResultMSEAssoc>(std::wstring(L"Tolva_DiagResultForMSE.Result=\"") +
+                                                     kResult + L"\",SystemElement=\"" + kAdapter + L"\""),
+              wmi::NotFound);
+    EXPECT_EQ(
+        GetObjectOf<CTolva_DiagResultTestAssoc>(std::wstring(L"Tolva_DiagResultForTest.DiagnosticResult=\"") +
+                                                kResult + L"\",DiagnosticTest=\"" + kTest + L"\""),
+        wmi::NotFound);
+    EXPECT_EQ(GetObjectOf<CTolva_DiagSettingTestAssoc>(std::wstring(L"Tolva_DiagSettingForTest.Setting=\"") +
+                                                       kSetting + L"\",Element=\"" + kTest + L"\""),
+              wmi::NotFound);
+    EXPECT_TRUE(m_sink->Indications().empty());
+}
+
+struct KeyCase
+{
+    const char* name;
+    HRESULT (*enumerate)(CFakeDiagMgr& manager, CWomContext& context, IWbemObjectSink* sink);
+    const char* line;
+};
+
+template <class Handler>
+HRESULT EnumerateOf(CFakeDiagMgr& manager, CWomContext& context, IWbemObjectSink* sink)
+{
+    Handler handler;
+    handler.SetDiagMgr(&manager);
+    return handler.CreateInstanceEnumAsync(context, sink);
+}
+
+class KeyWithoutAdapterTest : public HandlerTest, public testing::WithParamInterface<KeyCase>
+{
+};
+
+TEST_P(KeyWithoutAdapterTest, EndsTheEnumeration)
+{
+    m_manager.Tests.clear();
+    m_manager.Results.clear();
+    m_manager.Tests[L"1"].Key = CBstr(L"1");
+    m_manager.Results[L"1"].ResultID = CBstr(L"1");
+    const CTraceCapture trace;
+    EXPECT_EQ(GetParam().enumerate(m_manager, Context(), m_sink.Get()), wmi::OutOfMemory);
+    EXPECT_EQ(trace.Count(GetParam().line), 1u);
+    EXPECT_TRUE(m_sink->Indications().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Classes, KeyWithoutAdapterTest,
+    testing::Values(KeyCase{"TestForMSE", &EnumerateOf<CTolva_DiagTestMSEAssoc>,
+                            "CTolva_DiagTestMSEAssoc::SendInstance: ParseForAdapterKey failed"},
+                    KeyCase{"ResultForMSE", &EnumerateOf<CTolva_DiagResultMSEAssoc>,
+                            "CTolva_DiagResultMSEAssoc::SendInstance:ParseForAdapterKey failed"},
+                    KeyCase{"ResultForTest", &EnumerateOf<CTolva_DiagResultTestAssoc>,
+                            "CTolva_DiagResultTestAssoc::SendInstance:CreateResultReference failed"}),
+    [](const auto& info) { return info.param.name; });
+} // namespace
