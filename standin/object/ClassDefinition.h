@@ -38,7 +38,7 @@ class CClassDefinition
 {
   public:
     static constexpr size_t npos = static_cast<size_t>(-1);
-    // The management service has no class with more.
+    // The management service has no class with more. Here it bounds methods and qualifiers as well.
     static constexpr size_t kMaxProperties = 1024;
 
     explicit CClassDefinition(std::wstring name) : Name(std::move(name)) {}

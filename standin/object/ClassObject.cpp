@@ -35,29 +35,46 @@ STDMETHODIMP CClassObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE
                 return Rename(given);
             if (FindSystemProperty(name))
                 return static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY);
-            const CExclusive lock(m_lock);
-            CPropertyDefinition property;
-            if (const CPropertyDefinition* present = m_definition->FindProperty(name))
-                property = *present;
-            else
+            CIMTYPE own = TypeOf(name);
+            if (own == CIM_EMPTY)
             {
-                property.Name = name;
-                property.Type = type != CIM_EMPTY ? type : CimTypeOfVariant(given.vt);
-                if (!IsName(name) || VariantTypeOf(property.Type) == VT_EMPTY)
+                own = type != CIM_EMPTY ? type : CimTypeOfVariant(given.vt);
+                if (!IsName(name) || VariantTypeOf(own) == VT_EMPTY)
                     return wmi::InvalidParameter;
             }
-            if (type != CIM_EMPTY && type != property.Type)
+            if (type != CIM_EMPTY && type != own)
                 return wmi::TypeMismatch;
-            const HRESULT hr = ToCimValue(given, property.Type, property.Default);
-            if (FAILED(hr))
-                return hr;
-            if (m_definition->Properties().size() == CClassDefinition::kMaxProperties &&
-                !m_definition->FindProperty(name))
-                return static_cast<HRESULT>(WBEM_E_TOO_MANY_PROPERTIES);
-            property.Local = true;
-            OwnDefinition().SetProperty(std::move(property));
-            return S_OK;
+            CCimValue stored;
+            const HRESULT hr = ToCimValue(given, own, stored);
+            return SUCCEEDED(hr) ? SetDefault(name, own, std::move(stored)) : hr;
         });
+}
+
+CIMTYPE CClassObject::TypeOf(const wchar_t* name) const
+{
+    const CShared lock(m_lock);
+    const CPropertyDefinition* property = m_definition->FindProperty(name);
+    return property ? property->Type : CIMTYPE{CIM_EMPTY};
+}
+
+HRESULT CClassObject::SetDefault(const wchar_t* name, CIMTYPE type, CCimValue value)
+{
+    const CExclusive lock(m_lock);
+    const size_t index = m_definition->IndexOf(name);
+    if (index == CClassDefinition::npos)
+    {
+        if (m_definition->Properties().size() == CClassDefinition::kMaxProperties)
+            return static_cast<HRESULT>(WBEM_E_TOO_MANY_PROPERTIES);
+        OwnDefinition().SetProperty({name, type, std::move(value), {}, {}, true});
+        return S_OK;
+    }
+    // Removed and added again by another thread meanwhile.
+    if (m_definition->Properties()[index].Type != type)
+        return wmi::TypeMismatch;
+    CPropertyDefinition& property = OwnDefinition().PropertyAt(index);
+    property.Default = std::move(value);
+    property.Local = true;
+    return S_OK;
 }
 
 HRESULT CClassObject::Rename(const VARIANT& name)
@@ -123,7 +140,7 @@ STDMETHODIMP CClassObject::SpawnDerivedClass(LONG flags, IWbemClassObject** out)
             const ClassDefinition base = Definition();
             if (base->Name.empty())
                 return static_cast<HRESULT>(WBEM_E_INCOMPLETE_CLASS);
-            *out = MakeClassObject(std::make_shared<const CClassDefinition>(std::wstring(), *base)).Detach();
+            *out = MakeClassObject(std::make_shared<CClassDefinition>(std::wstring(), *base)).Detach();
             return S_OK;
         });
 }
@@ -172,6 +189,6 @@ ComPtr<IWbemClassObject> MakeClassObject(ClassDefinition definition)
 
 ComPtr<IWbemClassObject> MakeEmptyClass()
 {
-    return MakeClassObject(std::make_shared<const CClassDefinition>(std::wstring()));
+    return MakeClassObject(std::make_shared<CClassDefinition>(std::wstring()));
 }
 } // namespace standin

@@ -26,5 +26,8 @@ class CClassObject : public CManagementObject
 
   private:
     HRESULT Rename(const VARIANT& name);
+    // CIM_EMPTY where there is no such property.
+    CIMTYPE TypeOf(const wchar_t* name) const;
+    HRESULT SetDefault(const wchar_t* name, CIMTYPE type, CCimValue value);
 };
 } // namespace standin

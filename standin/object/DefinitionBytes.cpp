@@ -1,8 +1,6 @@
 #include "standin/object/CimType.h"
 #include "standin/object/ObjectBytes.h"
 
-#include <stdexcept>
-
 namespace standin
 {
 namespace
@@ -18,10 +16,19 @@ void Write(CByteWriter& out, const CQualifiers& qualifiers)
     }
 }
 
+// How many elements follow. More than a class can have would take for ever to look for doubles.
+uint32_t ReadCount(CByteReader& in)
+{
+    const uint32_t count = in.Count();
+    if (count > CClassDefinition::kMaxProperties)
+        throw CBadBytes();
+    return count;
+}
+
 CQualifiers ReadQualifiers(CByteReader& in)
 {
     CQualifiers qualifiers;
-    for (uint32_t left = in.Count(); left > 0; --left)
+    for (uint32_t left = ReadCount(in); left > 0; --left)
     {
         CQualifier qualifier;
         qualifier.Name = in.Text();
@@ -120,16 +127,14 @@ ClassDefinition DecodeDefinition(std::span<const BYTE> bytes, int nesting)
     for (uint32_t left = in.Count(); left > 0; --left)
         definition->Derivation.push_back(in.Text());
     definition->Qualifiers = ReadQualifiers(in);
-    const uint32_t properties = in.Count();
-    if (properties > CClassDefinition::kMaxProperties)
-        throw CBadBytes();
+    const uint32_t properties = ReadCount(in);
     for (uint32_t i = 0; i < properties; ++i)
     {
         definition->SetProperty(ReadProperty(in));
         if (definition->Properties().size() != i + 1) // a name that was there before
             throw CBadBytes();
     }
-    for (uint32_t left = in.Count(); left > 0; --left)
+    for (uint32_t left = ReadCount(in); left > 0; --left)
         definition->SetMethod(ReadMethod(in));
     if (!in.AtEnd())
         throw CBadBytes();

@@ -24,16 +24,28 @@ STDMETHODIMP CInstance::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE ty
                 return wmi::InvalidParameter;
             if (FindSystemProperty(name))
                 return static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY);
-            const VARIANT& null = CVariant::Null();
-            const VARIANT& given = value ? *value : null;
-            const CExclusive lock(m_lock);
-            const size_t index = m_definition->IndexOf(name);
-            if (index == CClassDefinition::npos)
-                return wmi::NotFound;
-            const CIMTYPE own = m_definition->Properties()[index].Type;
+            // The place and type of a property never change. The value is converted without the lock, because
+            // it may
+            // be an object, even this one, that is asked for a copy.
+            size_t index = 0;
+            CIMTYPE own = CIM_EMPTY;
+            {
+                const CShared lock(m_lock);
+                index = m_definition->IndexOf(name);
+                if (index == CClassDefinition::npos)
+                    return wmi::NotFound;
+                own = m_definition->Properties()[index].Type;
+            }
             if (type != CIM_EMPTY && type != own)
                 return wmi::TypeMismatch;
-            return ToCimValue(given, own, m_values[index]);
+            CCimValue stored = CVariant::Null();
+            const HRESULT hr = value ? ToCimValue(*value, own, stored) : S_OK;
+            if (SUCCEEDED(hr))
+            {
+                const CExclusive lock(m_lock);
+                std::swap(m_values[index], stored);
+            }
+            return hr;
         });
 }
 

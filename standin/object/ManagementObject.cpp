@@ -51,7 +51,7 @@ CClassDefinition& CManagementObject::OwnDefinition()
 {
     // Others take their share of the definition under our lock only, so that a count of one stays one.
     if (m_definition.use_count() != 1)
-        m_definition = std::make_shared<const CClassDefinition>(*m_definition);
+        m_definition = std::make_shared<CClassDefinition>(*m_definition);
     auto& own = const_cast<CClassDefinition&>(*m_definition);
     own.Changed();
     return own;

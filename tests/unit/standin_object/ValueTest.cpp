@@ -407,3 +407,18 @@ TEST(EmbeddedObject, OtherInterfacesAreRefused)
     given.punkVal = MakeContext().Detach();
     EXPECT_EQ(object->Put(L"Inner", 0, &given, 0), wmi::TypeMismatch);
 }
+
+TEST(EmbeddedObject, MayBeTheObjectItself)
+{
+    for (const auto& object : {MakeInstance(sample::Lamp()), MakeClassObject(sample::Lamp())})
+    {
+        CVariant given;
+        given.vt = VT_UNKNOWN;
+        given.punkVal = object.Copy();
+        EXPECT_EQ(object->Put(L"Inner", 0, &given, 0), S_OK);
+        EXPECT_EQ(object->Put(L"Inner", 0, &given, 0), S_OK);
+        CVariant read;
+        EXPECT_EQ(object->Get(L"Inner", 0, &read, nullptr, nullptr), S_OK);
+        EXPECT_NE(read.punkVal, given.punkVal);
+    }
+}
