@@ -1,7 +1,7 @@
-// The schema that the stand-in starts with, and the product's own on top of it.
-#include "Common/src/com/Text.h"
-#include "Common/src/com/WmiStatus.h"
-#include "standin/mof/Repository.h"
+// The schema that the stand-in starts with: what the product's classes and its provider rely on in it.
+#include "tests/support/CaseName.h"
+#include "tests/support/ProductSchema.h"
+
 #include "standin/object/ClassDefinition.h"
 
 #include <gtest/gtest.h>
@@ -12,42 +12,84 @@ namespace
 {
 constexpr const wchar_t* kCimv2 = L"root\\cimv2";
 
-std::wstring SourceFile(const char* name)
+struct BaseCase
 {
-    return WidenUtf8(std::string(ZEB_SOURCE_DIR) + "/" + name);
-}
-
-void CompileProduct(CRepository& repository)
-{
-    repository.CompileFile(SourceFile("standin/mof/system.mof"));
-    repository.CompileFile(SourceFile("standin/mof/cimv2.mof"));
-    repository.CompileFile(SourceFile("resources/mof/zebdiag.mof"));
-}
+    const char* name;
+    const wchar_t* className;
+    const wchar_t* superclass;
+    std::vector<const wchar_t*> modelKeys; // bear "CIM_Key"
+};
 } // namespace
 
-TEST(Schema, TheProductsClassesCompile)
+class BaseClass : public testing::TestWithParam<BaseCase>
 {
-    CRepository repository(L"PC");
-    ASSERT_NO_THROW(CompileProduct(repository));
-    const ClassDefinition test = repository.GetDefinition(kCimv2, L"tolva_diagtest");
-    ASSERT_TRUE(test);
-    EXPECT_EQ(test->Name, L"Tolva_DiagTest");
-    EXPECT_TRUE(test->InheritsFrom(L"CIM_Service"));
-    EXPECT_EQ(test->Keys()->size(), 1u);
-    EXPECT_STREQ(test->Qualifiers.Text(L"provider"), L"DREVOK_PROVIDER");
-    ASSERT_TRUE(test->FindMethod(L"RunTest"));
-    EXPECT_EQ(test->FindProperty(L"Characteristics")->Type, CIM_UINT16 | CIM_FLAG_ARRAY);
+};
+
+// The keys of the model do not bear "key": that is what lets derived classes choose theirs, and what a
+// provider that looks for "key" finds.
+TEST_P(BaseClass, LeavesTheChoiceOfKeysToDerivedClasses)
+{
+    const ClassDefinition definition = ProductSchema().GetDefinition(kCimv2, GetParam().className);
+    ASSERT_TRUE(definition);
+    EXPECT_EQ(definition->Derivation.empty() ? L"" : definition->Derivation.front(), GetParam().superclass);
+    EXPECT_TRUE(definition->Qualifiers.IsTrue(L"abstract"));
+    EXPECT_TRUE(definition->Keys()->empty());
+    for (const wchar_t* key : GetParam().modelKeys)
+    {
+        const CPropertyDefinition* property = definition->FindProperty(key);
+        ASSERT_TRUE(property);
+        EXPECT_TRUE(property->Qualifiers.IsTrue(L"CIM_Key"));
+        EXPECT_FALSE(property->Qualifiers.Find(L"key"));
+    }
 }
 
-TEST(Schema, TheProductsProviderIsFound)
+INSTANTIATE_TEST_SUITE_P(
+    Model, BaseClass,
+    testing::Values(
+        BaseCase{"Service",
+                 L"CIM_Service",
+                 L"CIM_LogicalElement",
+                 {L"SystemCreationClassName", L"SystemName", L"CreationClassName", L"Name"}},
+        BaseCase{"Test",
+                 L"CIM_DiagnosticTest",
+                 L"CIM_Service",
+                 {L"SystemCreationClassName", L"SystemName", L"CreationClassName", L"Name"}},
+        BaseCase{"Result",
+                 L"CIM_DiagnosticResult",
+                 L"",
+                 {L"DiagSystemCreationClassName", L"DiagSystemName", L"DiagnosticCreationClassName",
+                  L"DiagnosticName", L"ExecutionID"}},
+        BaseCase{"Setting", L"CIM_DiagnosticSetting", L"CIM_Setting", {L"SettingID"}},
+        BaseCase{"Adapter",
+                 L"CIM_NetworkAdapter",
+                 L"CIM_LogicalDevice",
+                 {L"SystemCreationClassName", L"SystemName", L"CreationClassName", L"DeviceID"}},
+        BaseCase{"TestForElement",
+                 L"CIM_DiagnosticTestForMSE",
+                 L"CIM_ProvidesServiceToElement",
+                 {L"Antecedent", L"Dependent"}},
+        BaseCase{"SettingForTest",
+                 L"CIM_DiagnosticSettingForTest",
+                 L"CIM_ElementSetting",
+                 {L"Element", L"Setting"}},
+        BaseCase{"ResultForElement", L"CIM_DiagnosticResultForMSE", L"", {L"Result", L"SystemElement"}},
+        BaseCase{
+            "ResultForTest", L"CIM_DiagnosticResultForTest", L"", {L"DiagnosticResult", L"DiagnosticTest"}}),
+    NameOf<BaseCase>);
+
+TEST(Schema, AComputerIsKnownByItsName)
 {
-    CRepository repository(L"PC");
-    CompileProduct(repository);
-    const auto provider = repository.FindProvider(L"ROOT/CIMV2", L"drevok_provider");
-    ASSERT_TRUE(provider);
-    EXPECT_EQ(provider->Name, L"DREVOK_PROVIDER");
-    EXPECT_FALSE(provider->Clsid.empty());
-    EXPECT_TRUE(provider->ServesInstances && provider->SupportsGet && provider->SupportsPut &&
-                provider->SupportsEnumeration && provider->ServesMethods);
-    EXPECT_FALSE(provider->SupportsDelete);
+    const ClassDefinition computer = ProductSchema().GetDefinition(kCimv2, L"Win32_ComputerSystem");
+    ASSERT_TRUE(computer);
+    ASSERT_EQ(computer->Keys()->size(), 1u);
+    EXPECT_EQ(computer->Properties()[computer->Keys()->front()].Name, L"Name");
+    EXPECT_FALSE(computer->Qualifiers.IsTrue(L"abstract"));
+}
+
+TEST(Schema, SystemClassesAreSeenFromEverywhere)
+{
+    for (const wchar_t* nameSpace : {L"root", kCimv2})
+        for (const wchar_t* name : {L"__ExtendedStatus", L"__Win32Provider", L"__MethodProviderRegistration"})
+            EXPECT_TRUE(ProductSchema().GetDefinition(nameSpace, name)) << NarrowText(name);
+    EXPECT_FALSE(ProductSchema().GetDefinition(L"root", L"CIM_Service"));
 }
