@@ -3,60 +3,9 @@
 
 #include "Common/src/com/Text.h"
 #include "standin/object/ClassDefinition.h"
-#include "tests/support/CaseName.h"
-#include "tests/unit/standin_object/SampleClass.h"
+#include "tests/unit/standin_mof/RepositoryFixture.h"
 
 using namespace standin;
-
-namespace
-{
-constexpr const wchar_t* kCimv2 = L"root\\cimv2";
-constexpr const char* kSystem = R"(#pragma namespace("\\\\.\\root")
-    [Abstract] class __SystemClass {};
-    class __NAMESPACE : __SystemClass { [Key] string Name; };
-    [Abstract] class __Provider : __SystemClass { [Key] string Name; };
-    class __Win32Provider : __Provider { string CLSID; string HostingModel; };
-    [Abstract] class __ProviderRegistration : __SystemClass { __Provider ref provider; };
-    class __InstanceProviderRegistration : __ProviderRegistration
-    { [Key] __Provider ref provider; boolean SupportsGet = FALSE; boolean SupportsPut = FALSE;
-      boolean SupportsDelete = FALSE; boolean SupportsEnumeration = FALSE; };
-    class __MethodProviderRegistration : __ProviderRegistration { [Key] __Provider ref provider; };)";
-
-class Repository : public testing::Test
-{
-  protected:
-    Repository() { m_repository.Compile(kSystem, "system"); }
-
-    void Compile(const std::string& text) { m_repository.Compile(text, "t"); }
-    ClassDefinition Class(const wchar_t* name, LCID locale = 0)
-    {
-        return m_repository.GetDefinition(kCimv2, name, locale);
-    }
-    // "" for success, else what the error says behind the place.
-    std::string Refusal(const std::string& text)
-    {
-        try
-        {
-            Compile(text);
-            return "";
-        }
-        catch (const CMofError& error)
-        {
-            return std::string(error.what()).substr(1);
-        }
-    }
-
-    CRepository m_repository{L"PC"};
-};
-
-constexpr const char* kLamps = R"(
-    [Abstract, Description("d"): ToSubclass] class Device { [Key, Read: ToSubclass] string Name; string Status = "OK"; };
-    class Lamp : Device { uint16 Watts = 40; uint16 Colours[] = {1, 2};
-        uint32 Dim([In] uint8 Level, [In, Out, Optional] Device ref Where, [Out] string Was[]); };
-    class FloorLamp : Lamp { [Override("Watts")] uint16 Watts; };
-    instance of Lamp { Name = "desk"; };
-    instance of FloorLamp as $F { Name = "corner"; Watts = 0x64; Colours = {}; };)";
-} // namespace
 
 TEST_F(Repository, ClassesInherit)
 {
@@ -240,76 +189,6 @@ TEST_F(Repository, AmendedQualifiersAreLeftOutUnlessAskedFor)
     EXPECT_TRUE(
         Class(L"A", 0x409)->FindMethod(L"M")->In->FindProperty(L"Q")->Qualifiers.Find(L"Description"));
 }
-
-// What is refused
-
-namespace
-{
-struct RefusalCase
-{
-    const char* name;
-    const char* text;
-    const char* refusal;
-};
-
-class Refused : public Repository, public testing::WithParamInterface<RefusalCase>
-{
-};
-} // namespace
-
-TEST_P(Refused, TellsWhereAndWhy)
-{
-    Compile(kLamps);
-    EXPECT_EQ(Refusal(GetParam().text), GetParam().refusal);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Statements, Refused,
-    testing::Values(
-        RefusalCase{"NoSuperclass", "class A : B {};",
-                    "(1,11): the superclass \"B\" is not in the namespace \"root\\cimv2\""},
-        RefusalCase{"Cycle", "class Device : Lamp {};", "(1,16): class \"Device\" would derive from itself"},
-        RefusalCase{"OtherType", "class A : Lamp { string Watts; };",
-                    "(1,25): the property \"Watts\" has another type in class \"Lamp\""},
-        RefusalCase{"DescendantNoLongerFits", "class Lamp : Device { string Watts; };\n",
-                    "(1,7): class \"FloorLamp\" would no longer fit: the property \"Watts\" has another type "
-                    "in class \"Lamp\""},
-        RefusalCase{"PropertyTwice", "class A { uint8 P; string p; };", "(1,27): \"p\" is there twice"},
-        RefusalCase{"MethodTwice", "class A { void M(); void m(); };", "(1,26): \"m\" is there twice"},
-        RefusalCase{"QualifierTwice", "[Foo, foo(2)] class A {};",
-                    "(1,7): the qualifier \"foo\" is there twice"},
-        RefusalCase{"SecondKey", "class A : Lamp { [Key] uint8 Id; };",
-                    "(1,30): the key \"Id\" cannot be added: class \"Lamp\" has keys"},
-        RefusalCase{"KeyTakenAway", "class A : Lamp { [Key(FALSE)] string Name; };",
-                    "(1,38): the inherited qualifier \"Key\" cannot be changed"},
-        RefusalCase{"OtherParameters", "class A : Lamp { uint32 Dim([In] uint8 Level); };",
-                    "(1,25): the method \"Dim\" has other parameters in class \"Lamp\""},
-        RefusalCase{"ParameterWithoutDirection", "class A { void M(uint8 P); };",
-                    "(1,24): the parameter \"P\" is neither \"in\" nor \"out\""},
-        RefusalCase{"DefaultOfOtherType", "class A { uint8 P = 300; };",
-                    "(1,21): the value does not fit the type uint8"},
-        RefusalCase{"TextForNumber", "class A { uint8 P[] = {1, \"x\"}; };",
-                    "(1,23): the value does not fit the type uint8[]"},
-        RefusalCase{"ReferenceToNumber", "class A { uint8 ref P; };",
-                    "(1,11): a reference to \"uint8\", which is no class"},
-        RefusalCase{"UnknownFlavor", "[Foo: Sideways] class A {};", "(1,7): unknown flavor \"Sideways\""},
-        RefusalCase{"QualifierOfNothing", "[Foo(NULL)] class A {};",
-                    "(1,6): a qualifier cannot have this value"},
-        RefusalCase{"InstanceOfUnknown", "instance of B {};",
-                    "(1,13): the class \"B\" is not in the namespace \"root\\cimv2\""},
-        RefusalCase{"InstanceOfAbstract", "instance of Device { Name = \"x\"; };",
-                    "(1,13): the class \"Device\" is abstract"},
-        RefusalCase{"UnknownProperty", "instance of Lamp { Name = \"x\"; Size = 1; };",
-                    "(1,32): class \"Lamp\" has no property \"Size\""},
-        RefusalCase{"NoKey", "instance of Lamp { Watts = 1; };",
-                    "(1,13): a key of the instance has no value"},
-        RefusalCase{"NoSuchAlias", "instance of Lamp { Name = $N; };",
-                    "(1,28): no instance has the alias $N"},
-        RefusalCase{"NoNamespace", "#pragma namespace(\"root\\\\no\")",
-                    "(1,19): there is no namespace \"root\\no\""},
-        RefusalCase{"NoArgument", "#pragma namespace", "(1,9): #pragma namespace needs an argument"},
-        RefusalCase{"UnknownDirective", "#pragma once", "(1,9): unknown directive #pragma once"}),
-    NameOf<RefusalCase>);
 
 // Files and encodings
 
