@@ -130,23 +130,25 @@ STDMETHODIMP CProviderImp::GetObjectAsync(const BSTR path, long flags, IWbemCont
             ZebDebug().Write("GetObjectAsync: <%x>", flags);
             ZebDebug().WriteLong(Narrow(path).c_str());
             return Serve(kGetObject, flags, caller, sink,
-                         [&](CWomContext& context) -> CAnswer
-                         {
-                             CParsedObjectPath parsed;
-                             if (FAILED(ParseObjectPath(path, parsed)))
-                             {
-                                 ZebDebug().Write("CProviderImp::GetObjectAsync: Parse failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-                             CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
-                             if (!handler)
-                             {
-                                 ZebDebug().Write("CProviderImp::GetObjectAsync: FindClass failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-                             return {handler->GetObjectAsync(parsed, context, sink)};
-                         });
+                         [&](CWomContext& context) { return AnswerGetObject(path, context, sink); });
         });
+}
+
+CAnswer CProviderImp::AnswerGetObject(const BSTR path, CWomContext& context, IWbemObjectSink* sink)
+{
+    CParsedObjectPath parsed;
+    if (FAILED(ParseObjectPath(path, parsed)))
+    {
+        ZebDebug().Write("CProviderImp::GetObjectAsync: Parse failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+    CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
+    if (!handler)
+    {
+        ZebDebug().Write("CProviderImp::GetObjectAsync: FindClass failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+    return {handler->GetObjectAsync(parsed, context, sink)};
 }
 
 STDMETHODIMP CProviderImp::CreateInstanceEnumAsync(const BSTR className, long flags, IWbemContext* caller,
@@ -158,17 +160,21 @@ STDMETHODIMP CProviderImp::CreateInstanceEnumAsync(const BSTR className, long fl
             const CZebTrace trace(kCreateInstanceEnum.name);
             ZebDebug().Write("CreateInstanceEnumAsync: <%s> <%x>", Narrow(className).c_str(), flags);
             return Serve(kCreateInstanceEnum, flags, caller, sink,
-                         [&](CWomContext& context) -> CAnswer
-                         {
-                             CWomClassHandler* const handler = FindClass(className);
-                             if (!handler)
-                             {
-                                 ZebDebug().Write("CProviderImp::CreateInstanceEnumAsync: FindClass failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-                             return {handler->CreateInstanceEnumAsync(context, sink)};
-                         });
+                         [&](CWomContext& context)
+                         { return AnswerCreateInstanceEnum(className, context, sink); });
         });
+}
+
+CAnswer CProviderImp::AnswerCreateInstanceEnum(const BSTR className, CWomContext& context,
+                                               IWbemObjectSink* sink)
+{
+    CWomClassHandler* const handler = FindClass(className);
+    if (!handler)
+    {
+        ZebDebug().Write("CProviderImp::CreateInstanceEnumAsync: FindClass failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+    return {handler->CreateInstanceEnumAsync(context, sink)};
 }
 
 STDMETHODIMP CProviderImp::PutInstanceAsync(IWbemClassObject* instance, long flags, IWbemContext* caller,
@@ -180,28 +186,32 @@ STDMETHODIMP CProviderImp::PutInstanceAsync(IWbemClassObject* instance, long fla
             const CZebTrace trace(kPutInstance.name);
             ZebDebug().Write("PutInstanceAsync <%x>", flags);
             return Serve(kPutInstance, flags, caller, sink,
-                         [&](CWomContext& context) -> CAnswer
-                         {
-                             CWomClassObject wrapped(&context);
-                             wrapped.Wrap(instance);
-                             wrapped.DebugOutput();
-                             CBstr className;
-                             wrapped.GetProperty(L"__CLASS", className);
-                             CWomClassHandler* const handler = FindClass(className.Get());
-                             if (!handler)
-                             {
-                                 ZebDebug().Write("CProviderImp::PutInstanceAsync: FindClass failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-                             // Create or update (0) and anything that includes update only.
-                             if (flags != WBEM_FLAG_CREATE_OR_UPDATE && !(flags & WBEM_FLAG_UPDATE_ONLY))
-                                 return {wmi::NotSupported, Ending::WithoutStatus};
-                             wrapped.SetThrowing(false);
-                             CBstr path;
-                             const HRESULT hr = handler->PutInstanceAsync(wrapped, context, path, sink);
-                             return {hr, Ending::WithStatus, std::move(path)};
-                         });
+                         [&](CWomContext& context)
+                         { return AnswerPutInstance(instance, flags, context, sink); });
         });
+}
+
+CAnswer CProviderImp::AnswerPutInstance(IWbemClassObject* instance, long flags, CWomContext& context,
+                                        IWbemObjectSink* sink)
+{
+    CWomClassObject wrapped(&context);
+    wrapped.Wrap(instance);
+    wrapped.DebugOutput();
+    CBstr className;
+    wrapped.GetProperty(L"__CLASS", className);
+    CWomClassHandler* const handler = FindClass(className.Get());
+    if (!handler)
+    {
+        ZebDebug().Write("CProviderImp::PutInstanceAsync: FindClass failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+    // Create or update (0), and anything that includes update only.
+    if (flags != WBEM_FLAG_CREATE_OR_UPDATE && !(flags & WBEM_FLAG_UPDATE_ONLY))
+        return {wmi::NotSupported, Ending::WithoutStatus};
+    wrapped.SetThrowing(false);
+    CBstr path;
+    const HRESULT hr = handler->PutInstanceAsync(wrapped, context, path, sink);
+    return {hr, Ending::WithStatus, std::move(path)};
 }
 
 STDMETHODIMP CProviderImp::ExecMethodAsync(const BSTR path, const BSTR method, long flags,
@@ -215,41 +225,43 @@ STDMETHODIMP CProviderImp::ExecMethodAsync(const BSTR path, const BSTR method, l
             ZebDebug().Write("ExecMethodAsync: <%s> <%x>", Narrow(method).c_str(), flags);
             ZebDebug().WriteLong(Narrow(path).c_str());
             return Serve(kExecMethod, flags, caller, sink,
-                         [&](CWomContext& context) -> CAnswer
-                         {
-                             CParsedObjectPath parsed;
-                             if (FAILED(ParseObjectPath(path, parsed)))
-                             {
-                                 ZebDebug().Write("CProviderImp::ExecMethodAsync: Parse failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-                             CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
-                             if (!handler)
-                             {
-                                 // Speaks of SetStatus where no class was found; support knows the text as it
-                                 // is.
-                                 ZebDebug().Write("CProviderImp::ExecMethodAsync: SetStatus failed");
-                                 return {wmi::Failed, Ending::AtOnce};
-                             }
-
-                             CWomClassObject classObject(&context);
-                             CWomClassObject in(&context);
-                             in.Wrap(inParams);
-                             in.DebugOutput();
-                             CWomClassObject out(&context);
-                             classObject.CreateClass(parsed.Class.c_str());
-                             classObject.GetMethodOutput(method, out);
-                             in.SetThrowing(false);
-                             out.SetThrowing(false);
-
-                             HRESULT hr = handler->ExecMethodAsync(parsed, method, context, in, out, sink);
-                             if (out.Object())
-                             {
-                                 // What comes of sending the output replaces the handler's own result.
-                                 hr = out.Indicate(sink);
-                                 out.DebugOutput();
-                             }
-                             return {hr};
-                         });
+                         [&](CWomContext& context)
+                         { return AnswerExecMethod(path, method, inParams, context, sink); });
         });
+}
+
+CAnswer CProviderImp::AnswerExecMethod(const BSTR path, const BSTR method, IWbemClassObject* inParams,
+                                       CWomContext& context, IWbemObjectSink* sink)
+{
+    CParsedObjectPath parsed;
+    if (FAILED(ParseObjectPath(path, parsed)))
+    {
+        ZebDebug().Write("CProviderImp::ExecMethodAsync: Parse failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+    CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
+    if (!handler)
+    {
+        // Speaks of SetStatus where no class was found; support knows the text as it is.
+        ZebDebug().Write("CProviderImp::ExecMethodAsync: SetStatus failed");
+        return {wmi::Failed, Ending::AtOnce};
+    }
+
+    CWomClassObject classObject(&context);
+    CWomClassObject in(&context);
+    in.Wrap(inParams);
+    in.DebugOutput();
+    CWomClassObject signature(&context);
+    CWomClassObject out(&context);
+    classObject.CreateClass(parsed.Class.c_str());
+    classObject.GetMethodOutput(method, signature);
+    if (signature.Object())
+        signature.SpawnInstanceFromClass(out);
+    in.SetThrowing(false);
+    out.SetThrowing(false);
+
+    HRESULT hr = handler->ExecMethodAsync(parsed, method, context, in, out, sink);
+    if (out.Object())
+        hr = out.Indicate(sink); // what comes of sending replaces the handler's own result
+    return {hr};
 }

@@ -76,6 +76,12 @@ class CProviderImp final : public CUnsupportedServices
     CWomClassHandler* FindClass(const wchar_t* className) const;
     HRESULT Serve(const CRequestTexts& texts, long flags, IWbemContext* caller, IWbemObjectSink* sink,
                   const Body& body);
+    CAnswer AnswerGetObject(const BSTR path, CWomContext& context, IWbemObjectSink* sink);
+    CAnswer AnswerCreateInstanceEnum(const BSTR className, CWomContext& context, IWbemObjectSink* sink);
+    CAnswer AnswerPutInstance(IWbemClassObject* instance, long flags, CWomContext& context,
+                              IWbemObjectSink* sink);
+    CAnswer AnswerExecMethod(const BSTR path, const BSTR method, IWbemClassObject* inParams,
+                             CWomContext& context, IWbemObjectSink* sink);
 
     CWomSecurity m_security;
     CZebImpResourceMgr m_resources;
