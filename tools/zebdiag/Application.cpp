@@ -1,5 +1,6 @@
 #include "tools/zebdiag/Application.h"
 
+#include "Common/src/com/Text.h"
 #include "tools/zebdiag/CommandLine.h"
 
 namespace zebdiag
@@ -14,11 +15,7 @@ void Report(const CFailure& failure, const COptions& options, IConsole& console)
     if (!failure.NextStep.empty())
         text += failure.NextStep + L"\n";
     if (failure.Status != S_OK)
-    {
-        wchar_t status[32] = {};
-        _snwprintf(status, 31, L"(Status 0x%08lX.)\n", static_cast<unsigned long>(failure.Status));
-        text += status;
-    }
+        text += L"(Status " + StatusText(failure.Status) + L".)\n";
     console.Err(text);
     if (options.Json)
         console.Out(JsonFailure(options.Command, failure));
@@ -26,10 +23,11 @@ void Report(const CFailure& failure, const COptions& options, IConsole& console)
 
 ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSeams& seams)
 {
-    const std::wstring password = options.Target.User.empty()
-                                      ? L""
-                                      : console.AskPassword(L"Password of " + options.Target.User + L": ");
+    std::wstring password;
+    if (!options.Target.User.empty())
+        password = console.AskPassword(L"Password of " + options.Target.User + L": ");
     const CWmiSession session = seams.Connect(options.Target, password);
+    SecureZeroMemory(password.data(), password.size() * sizeof(wchar_t));
     return Execute({options, session, console, seams.Control, seams.Surroundings});
 }
 } // namespace
@@ -52,10 +50,11 @@ ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& co
         Report(failure, *line.Options, console);
         return failure.Code;
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception& error)
     {
-        const CFailure failure(ExitCode::CouldNotRun, L"The memory was not enough.",
-                               L"Close other programs and try again.", E_OUTOFMEMORY);
+        const CFailure failure(ExitCode::CouldNotRun,
+                               L"The program cannot go on: " + WidenText(error.what()) + L".",
+                               L"Close other programs and try again.");
         Report(failure, *line.Options, console);
         return failure.Code;
     }

@@ -60,8 +60,9 @@ constexpr CCommandRow kCommands[] = {
      "  zebdiag list --computer WS42 --user EXAMPLE\\admin --json"},
     {Command::Run, kAdapter | kTest | kAll | kCoverage | kRun | kTestOrAllRequired,
      "Run one test, or all ordinary tests, and show the results.",
-     "--all leaves out the tests that send and receive test packets: they take minutes, need a partner\n"
-     "and disturb the adapter's traffic. Run those by name. --coverage and --no-quick hold for this run\n"
+     "--all leaves out the tests that send and receive test packets: they take minutes, need a\n"
+     "partner and can slow other traffic down. Run those by name. --coverage and --no-quick hold for this "
+     "run\n"
      "only: the setting is put back afterwards. Ctrl+C stops the running test.\n\n"
      "Examples:\n"
      "  zebdiag run --all\n"
@@ -105,14 +106,24 @@ constexpr char kFooter[] =
     "  zebdiag run --all\n"
     "  zebdiag run --adapter \"Ethernet 2\" --test link --json";
 
+// An empty name must not be taken for one that was left out, which means all.
+CLI::Validator NotEmpty()
+{
+    return {[](std::string& text) { return text.empty() ? std::string("a name is missing") : std::string(); },
+            ""};
+}
+
 void AddOptions(CLI::App& app, const CCommandRow& row, CRawOptions& raw)
 {
     if (row.Features & kAdapter)
-        app.add_option("-a,--adapter", raw.Adapter, "Only this adapter")->type_name("NAME");
+        app.add_option("-a,--adapter", raw.Adapter, "Only this adapter")
+            ->type_name("NAME")
+            ->check(NotEmpty());
     CLI::Option* test = nullptr;
     if (row.Features & kTest)
         test = app.add_option("-t,--test", raw.Test, "Only this test")
                    ->type_name("NAME")
+                   ->check(NotEmpty())
                    ->required(row.Features & kTestRequired);
     if (row.Features & kAll)
     {

@@ -15,17 +15,17 @@
 
 namespace zebdiag
 {
+// The length configured on this computer for a run that sends packets; absent where the session is with
+// another one.
+std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session);
+
 // What the commands learn about the machine besides what the namespace says.
 struct CSurroundings
 {
     std::function<AdapterNames(const CWmiSession&)> Names = FindAdapterNames;
     std::function<std::vector<unsigned long>(const CWmiSession&)> ServingProcesses = FindServingProcesses;
-    // The configured length of a run that sends packets, where it can be known.
-    std::function<std::optional<unsigned>(const CWmiSession&)> FullRunSeconds;
+    std::function<std::optional<unsigned>(const CWmiSession&)> FullRunSeconds = ConfiguredRunSeconds;
 };
-
-// The length configured on this computer; absent where the session is with another one.
-std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session);
 
 struct CCommandContext
 {

@@ -1,6 +1,7 @@
 #include "tools/zebdiag/ErrorDetail.h"
 
 #include "Common/src/com/ComPtr.h"
+#include "tools/zebdiag/Failure.h"
 #include "tools/zebdiag/WmiValue.h"
 
 #include <oleauto.h>
@@ -15,13 +16,6 @@ void AddPart(std::wstring& parts, const wchar_t* label, const std::wstring& valu
         parts += (parts.empty() ? L"" : L", ") + std::wstring(label) + L" " + value;
 }
 
-std::wstring Hex(long code)
-{
-    wchar_t text[16] = {};
-    _snwprintf(text, 15, L"0x%08lx", static_cast<unsigned long>(code));
-    return text;
-}
-
 std::wstring InWords(IWbemClassObject* status)
 {
     const auto text = [status](const wchar_t* name) { return ReadText(status, name).value_or(L""); };
@@ -29,7 +23,7 @@ std::wstring InWords(IWbemClassObject* status)
     AddPart(place, L"operation", text(L"Operation"));
     AddPart(place, L"on", text(L"ParameterInfo"));
     if (const auto code = ReadNumber(status, L"StatusCode"))
-        AddPart(place, L"status", Hex(*code));
+        AddPart(place, L"status", StatusText(static_cast<HRESULT>(*code)));
     if (const std::wstring file = text(L"File"); !file.empty())
         AddPart(place, L"at", file + L":" + std::to_wstring(ReadNumber(status, L"Line").value_or(0)));
     std::wstring words = text(L"Description");

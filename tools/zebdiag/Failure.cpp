@@ -2,7 +2,7 @@
 
 #include "Common/src/com/WmiStatus.h"
 
-#include <iterator>
+#include <algorithm>
 
 namespace zebdiag
 {
@@ -54,6 +54,9 @@ constexpr wchar_t kStartService[] = L"Start the service \"Windows Management Ins
 constexpr wchar_t kReadTrace[] = L"The provider's trace log tells more: set \"DebugLevel\" to 2 and "
                                  L"\"DebugFileName\" in its registry key and "
                                  L"try again.";
+
+// Ends the table: what no other row of the step says.
+constexpr HRESULT kAnyStatus = S_OK;
 
 // The first row that fits is the one.
 constexpr CFailureRow kRows[] = {
@@ -119,29 +122,23 @@ constexpr CFailureRow kRows[] = {
      L"Close other programs there and try again."},
     {E_OUTOFMEMORY, kAny, ExitCode::CouldNotRun, L"The memory was not enough.",
      L"Close other programs and try again."},
-};
 
-constexpr CFailureRow kOtherRows[] = {
-    {E_FAIL, kLocate, ExitCode::NotReachable,
+    {kAnyStatus, kLocate, ExitCode::NotReachable,
      L"Windows Management Instrumentation cannot be used on this computer.", L"Repair it."},
-    {E_FAIL, kConnect, ExitCode::NotReachable, L"Connecting to {namespace} on {computer} failed.",
+    {kAnyStatus, kConnect, ExitCode::NotReachable, L"Connecting to {namespace} on {computer} failed.",
      L"Look at the event log of that computer."},
-    {E_FAIL, kRead, ExitCode::CouldNotRun, L"Reading {class} on {computer} failed.", kReadTrace},
-    {E_FAIL, kCall, ExitCode::CouldNotRun, L"The provider on {computer} could not carry out the request.",
+    {kAnyStatus, kRead, ExitCode::CouldNotRun, L"Reading {class} on {computer} failed.", kReadTrace},
+    {kAnyStatus, kCall, ExitCode::CouldNotRun, L"The provider on {computer} could not carry out the request.",
      kReadTrace},
-    {E_FAIL, kWrite, ExitCode::CouldNotRun, L"The provider on {computer} did not take the setting.",
+    {kAnyStatus, kWrite, ExitCode::CouldNotRun, L"The provider on {computer} did not take the setting.",
      kReadTrace},
 };
 
 const CFailureRow& RowOf(HRESULT status, unsigned step)
 {
-    for (const CFailureRow& row : kRows)
-        if (row.Status == status && (row.Steps & step))
-            return row;
-    for (const CFailureRow& row : kOtherRows)
-        if (row.Steps == step)
-            return row;
-    return kOtherRows[0];
+    return *std::ranges::find_if(
+        kRows, [=](const CFailureRow& row)
+        { return (row.Status == status || row.Status == kAnyStatus) && (row.Steps & step); });
 }
 
 std::wstring Fill(std::wstring text, const CTarget& target, const std::wstring& subject)
@@ -166,6 +163,13 @@ CFailure::CFailure(ExitCode code, std::wstring cause, std::wstring nextStep, HRE
     : Code(code), Cause(std::move(cause)), NextStep(std::move(nextStep)), Status(status),
       Detail(std::move(detail))
 {
+}
+
+std::wstring StatusText(HRESULT status)
+{
+    wchar_t text[16] = {};
+    _snwprintf(text, 15, L"0x%08lX", static_cast<unsigned long>(status));
+    return text;
 }
 
 CFailure FailureOf(HRESULT status, Step step, const CTarget& target, const std::wstring& subject,

@@ -36,6 +36,9 @@ enum class Step : unsigned
     Write = 16   // putting an instance
 };
 
+// "0x8004100E".
+std::wstring StatusText(HRESULT status);
+
 // The failure that a status means. `subject` is the class that was used; `detail` what the provider said.
 CFailure FailureOf(HRESULT status, Step step, const CTarget& target, const std::wstring& subject = {},
                    std::wstring detail = {});

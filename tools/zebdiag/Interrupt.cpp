@@ -31,12 +31,16 @@ BOOL WINAPI OnInterrupt(DWORD type)
 }
 } // namespace
 
-CInterruptEvents CatchInterrupts()
+CInterruptEvents InterruptEvents()
 {
     const COwnedEvents& events = Events();
     if (!events.Stop || !events.Abandon)
         throw std::bad_alloc();
-    SetConsoleCtrlHandler(OnInterrupt, TRUE);
     return {events.Stop.Get(), events.Abandon.Get()};
+}
+
+void CatchInterrupts() noexcept
+{
+    SetConsoleCtrlHandler(OnInterrupt, TRUE);
 }
 } // namespace zebdiag

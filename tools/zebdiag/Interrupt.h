@@ -11,7 +11,9 @@ struct CInterruptEvents
     HANDLE Abandon; // set by the second
 };
 
-// From now on the process is not ended by them. The events live as long as the process. Throws
-// std::bad_alloc where there are no events to be had.
-CInterruptEvents CatchInterrupts();
+// They live as long as the process. Throws std::bad_alloc where there are no events to be had.
+CInterruptEvents InterruptEvents();
+
+// From now on interrupts set the events in place of ending the process.
+void CatchInterrupts() noexcept;
 } // namespace zebdiag

@@ -187,16 +187,11 @@ std::wstring JsonFailure(Command command, const CFailure& failure)
 {
     Json document = Begin(command);
     AddVerdict(document, failure.Code);
-    Json error = {{"cause", Utf8Text(failure.Cause)}, {"nextStep", TextOrNull(failure.NextStep)}};
-    error["status"] = Json();
-    if (failure.Status != S_OK)
-    {
-        char status[16] = {};
-        _snprintf(status, 15, "0x%08lX", static_cast<unsigned long>(failure.Status));
-        error["status"] = status;
-    }
-    error["providerSays"] = TextOrNull(failure.Detail);
-    document["error"] = std::move(error);
+    document["error"] = {
+        {"cause", Utf8Text(failure.Cause)},
+        {"nextStep", TextOrNull(failure.NextStep)},
+        {"status", failure.Status == S_OK ? Json() : Json(Utf8Text(StatusText(failure.Status)))},
+        {"providerSays", TextOrNull(failure.Detail)}};
     return Printed(document);
 }
 } // namespace zebdiag

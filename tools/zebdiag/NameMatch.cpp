@@ -39,6 +39,7 @@ std::vector<CKind> KindsOf(const std::vector<const CAdapter*>& adapters)
             kind.Tests.push_back({adapter, &test});
         }
     std::vector<CKind> list;
+    list.reserve(kinds.size());
     for (auto& [number, kind] : kinds)
         list.push_back(std::move(kind));
     return list;
@@ -65,6 +66,7 @@ size_t OneOf(const std::wstring& what, const std::wstring& text, const std::vect
                            (shown.empty() ? L"" : L" There is:" + Listed(shown)),
                        kSeeList);
     std::vector<std::wstring> candidates;
+    candidates.reserve(found.size());
     for (const size_t index : found)
         candidates.push_back(shown[index]);
     throw CFailure(ExitCode::NotFound,

@@ -58,6 +58,7 @@ class CSeries
 
     ExitCode Run()
     {
+        m_context.Control.CatchInterrupts();
         Announce();
         bool ended = false;
         for (const CTestChoice& choice : m_tests)

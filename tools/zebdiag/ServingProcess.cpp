@@ -10,8 +10,9 @@ namespace zebdiag
 std::vector<unsigned long> ServingProcessesOfService(const CWmiSession& session)
 {
     std::vector<unsigned long> ids;
-    for (const WmiObject& process :
-         session.Query(L"SELECT ProcessId FROM Win32_Process WHERE Name = 'Drevok.EXE'", L"Win32_Process"))
+    for (const WmiObject& process : session.Query(L"SELECT ProcessId FROM Win32_Process WHERE Name = '" +
+                                                      std::wstring(kProviderImage) + L"'",
+                                                  L"Win32_Process"))
         if (const auto id = ReadNumber(process.Get(), L"ProcessId"))
             ids.push_back(static_cast<unsigned long>(*id));
     return ids;

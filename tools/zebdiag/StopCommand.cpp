@@ -60,6 +60,7 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
 
 ExitCode StopTests(const CCommandContext& context)
 {
+    context.Control.CatchInterrupts();
     const CInventory inventory = context.Inventory();
     ExitCode verdict = ExitCode::Passed;
     std::vector<CTestEffect> effects;

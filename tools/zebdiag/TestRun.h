@@ -17,6 +17,9 @@ struct CRunControl
 {
     HANDLE Stop = nullptr;    // set: stop the test
     HANDLE Abandon = nullptr; // set: leave the test to itself and come back
+    // Called by commands that look at the events, before they do: from then on the user's interrupts set
+    // them.
+    std::function<void()> CatchInterrupts = [] {};
     DWORD PollMilliseconds = 1000;
     std::function<unsigned long long()> Now = [] { return GetTickCount64(); }; // milliseconds
 };

@@ -11,14 +11,15 @@ int wmain(int count, wchar_t** values)
     using namespace zebdiag;
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     InitializeClientSecurity();
-    const CInterruptEvents interrupts = CatchInterrupts();
+    const CInterruptEvents interrupts = InterruptEvents();
     CApplicationSeams seams;
     seams.Connect = Connect;
     seams.Control.Stop = interrupts.Stop;
     seams.Control.Abandon = interrupts.Abandon;
-    seams.Surroundings.FullRunSeconds = ConfiguredRunSeconds;
+    seams.Control.CatchInterrupts = CatchInterrupts;
     const ExitCode code = RunApplication({values + 1, values + count}, ProcessConsole(), seams);
-    // A call that was left to itself may still hold a thread of ours in the apartment, so it is not closed
-    // here.
+    CoUninitialize();
+    // Not through the runtime's own end: a call that was left to itself may still have a thread of ours in
+    // it.
     std::_Exit(static_cast<int>(code));
 }

@@ -1,10 +1,11 @@
 // The shipped schema: what the provider sets must find a property of the right type, what clients and the
 // management service look for must be there.
 #include "Common/src/com/SafeArray.h"
+#include "Common/src/com/Text.h"
 #include "Common/src/com/Variant.h"
 #include "standin/object/ClassDefinition.h"
 #include "tests/support/CaseName.h"
-#include "tests/support/ProductSchema.h"
+#include "tests/support/ServedSchema.h"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -13,11 +14,9 @@ namespace
 {
 using standin::ClassDefinition;
 
-constexpr wchar_t kNamespace[] = L"root\\cimv2";
-
 ClassDefinition Definition(const wchar_t* name)
 {
-    return ProductSchema().GetDefinition(kNamespace, name);
+    return ServedSchema().GetDefinition(kServedNamespace, name);
 }
 
 std::set<std::wstring> KeysOf(const ClassDefinition& definition)
@@ -341,7 +340,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(SchemaTest, ProviderIsRegisteredAsAProgramOfItsOwn)
 {
-    const auto provider = ProductSchema().FindProvider(kNamespace, L"DREVOK_PROVIDER");
+    const auto provider = ServedSchema().FindProvider(kServedNamespace, L"DREVOK_PROVIDER");
     ASSERT_TRUE(provider);
     EXPECT_EQ(provider->HostingModel, L"SelfHost");
     EXPECT_EQ(provider->Clsid, L"{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E20}");
@@ -359,10 +358,10 @@ TEST(SchemaTest, CompilingItAgainChangesNothing)
     compile("standin/mof/cimv2.mof");
     compile("resources/mof/zebdiag.mof");
     const auto instances = [&](const wchar_t* name)
-    { return repository.Instances(kNamespace, name, false).size(); };
-    const size_t derived = repository.DerivedClasses(kNamespace, L"", true).size();
+    { return repository.Instances(kServedNamespace, name, false).size(); };
+    const size_t derived = repository.DerivedClasses(kServedNamespace, L"", true).size();
     ASSERT_NO_THROW(compile("resources/mof/zebdiag.mof"));
-    EXPECT_EQ(repository.DerivedClasses(kNamespace, L"", true).size(), derived);
+    EXPECT_EQ(repository.DerivedClasses(kServedNamespace, L"", true).size(), derived);
     EXPECT_EQ(instances(L"__Win32Provider"), 1u);
     EXPECT_EQ(instances(L"__InstanceProviderRegistration"), 1u);
     EXPECT_EQ(instances(L"__MethodProviderRegistration"), 1u);

@@ -4,19 +4,22 @@
 #include "tests/support/CaseName.h"
 
 #include <functional>
-#include <sstream>
 
 namespace zebdiag
 {
 namespace
 {
-// Words separated by "|", so that a word may hold spaces.
-std::vector<std::wstring> Words(const wchar_t* line)
+// Words separated by "|", so that a word may hold spaces or nothing.
+std::vector<std::wstring> Words(std::wstring line)
 {
     std::vector<std::wstring> words;
-    std::wistringstream stream(line);
-    for (std::wstring word; std::getline(stream, word, L'|');)
-        words.push_back(word);
+    for (size_t bar = line.find(L'|'); bar != std::wstring::npos; bar = line.find(L'|'))
+    {
+        words.push_back(line.substr(0, bar));
+        line.erase(0, bar + 1);
+    }
+    if (!words.empty() || !line.empty())
+        words.push_back(line);
     return words;
 }
 
@@ -130,6 +133,10 @@ INSTANTIATE_TEST_SUITE_P(
                 L"zebdiag: --coverage, --quick or --report is required\nTry: zebdiag set --help\n"},
         BadCase{"QuickMaybe", L"set|--test|9|--quick|maybe",
                 L"zebdiag: --quick: maybe not in {on,off}\nTry: zebdiag set --help\n"},
+        BadCase{"EmptyTest", L"clear|--test|",
+                L"zebdiag: --test: a name is missing\nTry: zebdiag clear --help\n"},
+        BadCase{"EmptyAdapter", L"run|--all|--adapter|",
+                L"zebdiag: --adapter: a name is missing\nTry: zebdiag run --help\n"},
         BadCase{"ClearNothing", L"clear",
                 L"zebdiag: --test or --all is required\nTry: zebdiag clear --help\n"},
         BadCase{"UnknownLanguage", L"list|--locale|klingon",

@@ -3,7 +3,7 @@
 #include "Common/src/com/Variant.h"
 #include "InstanceError.h"
 #include "standin/object/Objects.h"
-#include "tests/support/ProductSchema.h"
+#include "tests/support/ServedSchema.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ class ErrorDetailTest : public testing::Test
         ASSERT_EQ(SetErrorInfo(0, error.Get()), S_OK);
     }
     ComPtr<IWbemClassObject> m_status =
-        standin::MakeInstance(ProductSchema().GetDefinition(L"root\\cimv2", L"Tolva_ExtendedStatus"));
+        standin::MakeInstance(ServedSchema().GetDefinition(kServedNamespace, L"Tolva_ExtendedStatus"));
 };
 
 TEST_F(ErrorDetailTest, ExtendedStatusIsPutIntoWords)
@@ -40,7 +40,7 @@ TEST_F(ErrorDetailTest, ExtendedStatusIsPutIntoWords)
     Put(m_status, L"Line", CVariant::FromLong(361));
     Leave(m_status);
     EXPECT_EQ(TakeErrorDetail(),
-              L"The test could not be read. (operation GetObjectAsync, on Name, status 0x8004091a, "
+              L"The test could not be read. (operation GetObjectAsync, on Name, status 0x8004091A, "
               L"at CDM/src/ProviderImp:361)");
 }
 

@@ -4,7 +4,7 @@
 #include "Common/src/com/Variant.h"
 #include "InstanceError.h"
 #include "standin/object/ClassDefinition.h"
-#include "tests/support/ProductSchema.h"
+#include "tests/support/ServedSchema.h"
 #include "tools/zebdiag/WmiValue.h"
 
 #include <stdexcept>
@@ -13,7 +13,6 @@ namespace zebdiag
 {
 namespace
 {
-constexpr wchar_t kNamespace[] = L"root\\cimv2";
 constexpr wchar_t kComputer[] = L"WS42";
 constexpr wchar_t kStarted[] = L"20240501134510.000000+000";
 constexpr wchar_t kEnded[] = L"20240501134511.000000+000";
@@ -41,7 +40,7 @@ class CObjects final : public CComObject<IEnumWbemClassObject>
 
 ComPtr<IWbemClassObject> NewInstance(const wchar_t* className)
 {
-    return standin::MakeInstance(ProductSchema().GetDefinition(kNamespace, className));
+    return standin::MakeInstance(ServedSchema().GetDefinition(kServedNamespace, className));
 }
 
 void Put(IWbemClassObject* object, const wchar_t* name, CVariant value)
@@ -82,6 +81,11 @@ std::wstring KeyIn(const std::wstring& path)
 }
 } // namespace
 
+ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects)
+{
+    return MakeCom<CObjects>(std::move(objects));
+}
+
 CFakeDiagnostics::CFakeTest& CFakeDiagnostics::Add(const wchar_t* key, const wchar_t* caption,
                                                    bool sendsPackets)
 {
@@ -113,7 +117,7 @@ ComPtr<IWbemClassObject> CFakeDiagnostics::MakeTest(const std::wstring& key)
     if (found == Tests.end())
         return nullptr;
     const CFakeTest& test = found->second;
-    const ComPtr<IWbemClassObject> object = NewInstance(kTestClass);
+    ComPtr<IWbemClassObject> object = NewInstance(kTestClass);
     PutText(object.Get(), L"Name", key);
     PutText(object.Get(), L"Caption", test.Caption);
     PutText(object.Get(), L"Description", L"Looks at " + test.Caption + L".");
@@ -135,7 +139,7 @@ ComPtr<IWbemClassObject> CFakeDiagnostics::MakeResult(const std::wstring& key)
     if (found == Results.end())
         return nullptr;
     const CFakeResult& result = found->second;
-    const ComPtr<IWbemClassObject> object = NewInstance(kResultClass);
+    ComPtr<IWbemClassObject> object = NewInstance(kResultClass);
     PutText(object.Get(), L"DiagnosticName", key);
     PutText(object.Get(), L"DiagnosticCreationClassName", kTestClass);
     PutText(object.Get(), L"ExecutionID", AdapterOf(key));
@@ -157,7 +161,7 @@ ComPtr<IWbemClassObject> CFakeDiagnostics::MakeSetting(const std::wstring& key)
     const auto found = Settings.find(key);
     if (found == Settings.end())
         return nullptr;
-    const ComPtr<IWbemClassObject> object = NewInstance(kSettingClass);
+    ComPtr<IWbemClassObject> object = NewInstance(kSettingClass);
     PutText(object.Get(), L"SettingID", key);
     PutValues(object.Get(), found->second);
     return object;
@@ -178,7 +182,7 @@ STDMETHODIMP CFakeDiagnostics::GetObject(const BSTR path, LONG, IWbemContext*, I
     const std::wstring className = wanted.substr(0, wanted.find(L'.'));
     if (const HRESULT failure = FailureOf(L"Get " + className); FAILED(failure))
         return failure;
-    *object = (className == wanted ? ProductSchema().GetClass(kNamespace, className)
+    *object = (className == wanted ? ServedSchema().GetClass(kServedNamespace, className)
                                    : Instance(className, KeyIn(wanted)))
                   .Detach();
     return *object ? wmi::NoError : wmi::NotFound;
@@ -202,7 +206,7 @@ STDMETHODIMP CFakeDiagnostics::CreateInstanceEnum(const BSTR className, LONG, IW
         add(Results);
     else
         add(Settings);
-    *objects = MakeCom<CObjects>(std::move(found)).Detach();
+    *objects = EnumerateObjects(std::move(found)).Detach();
     return wmi::NoError;
 }
 
@@ -233,7 +237,8 @@ STDMETHODIMP CFakeDiagnostics::ExecMethod(const BSTR path, const BSTR method, LO
     Before(call.Method);
     if (const HRESULT failure = FailureOf(call.Method); FAILED(failure))
         return failure;
-    const auto* definition = ProductSchema().GetDefinition(kNamespace, kTestClass)->FindMethod(call.Method);
+    const auto* definition =
+        ServedSchema().GetDefinition(kServedNamespace, kTestClass)->FindMethod(call.Method);
     const ComPtr<IWbemClassObject> answer = standin::MakeInstance(definition->Out);
     const std::wstring key = KeyIn(call.Path);
     if (call.Method == L"RunTest")

@@ -14,6 +14,9 @@
 
 namespace zebdiag
 {
+// An enumeration that is complete from the start.
+ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects);
+
 class CFakeDiagnostics final : public CFakeServices
 {
   public:
