@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CDM/src/HostPaths.h"
+#include "CDM/src/engine/DiagKeys.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/StoreFiles.h"
@@ -76,6 +77,12 @@ class CEngineTest : public testing::Test
         const HRESULT hr = manager->RunTest(testKey.Get(), resultKey, mode);
         EXPECT_EQ(S_OK, manager->UnlockTest(testKey.Get()));
         return hr;
+    }
+
+    std::string LogText() const
+    {
+        std::ifstream file(folder.Path() / "ZebDiag.log", std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     CRegistryScope registry;

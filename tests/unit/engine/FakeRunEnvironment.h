@@ -3,10 +3,10 @@
 #pragma once
 
 #include "CDM/src/engine/RunEnvironment.h"
-#include "Common/src/com/CriticalSection.h"
 
 #include <deque>
 #include <functional>
+#include <initializer_list>
 #include <vector>
 
 class CFakeRunEnvironment : public IRunEnvironment
@@ -25,6 +25,8 @@ class CFakeRunEnvironment : public IRunEnvironment
     void Script(std::initializer_list<Wake> wakes) { m_wakes.assign(wakes); }
     void FailThreads() { m_failThreads = true; }
     void FailWorkerWaits() { m_failWorkerWaits = true; }
+    // Waits with a time-out look once and give up.
+    void DoNotWait() { m_doNotWait = true; }
     void SetClock(ULONGLONG milliseconds) { m_now = milliseconds; }
     // Called at every wait for event or worker, before it ends.
     void OnWait(std::function<void()> action) { m_onWait = std::move(action); }
@@ -78,7 +80,8 @@ class CFakeRunEnvironment : public IRunEnvironment
     }
     DWORD Wait(HANDLE object, DWORD milliseconds) override
     {
-        const DWORD result = WaitForSingleObject(object, milliseconds);
+        const bool looks = m_doNotWait && milliseconds != INFINITE;
+        const DWORD result = WaitForSingleObject(object, looks ? 0 : milliseconds);
         return m_failWorkerWaits ? WAIT_FAILED : result;
     }
 
@@ -89,4 +92,5 @@ class CFakeRunEnvironment : public IRunEnvironment
     ULONGLONG m_now = 0;
     bool m_failThreads = false;
     bool m_failWorkerWaits = false;
+    bool m_doNotWait = false;
 };
