@@ -171,9 +171,14 @@ HRESULT CDiagMgr::CState::FailRun(HRESULT status, const CDiagTest& test, CDiagRe
 {
     ZebDebug().Write("CDiagMgr::RunTest:pDiagTestObj->StartTest failed, hrTestStatus = <%x>", status);
     CResultMessages messages;
-    messages.Add(kStatusMessage, status);
-    messages.Add(kFailedTestMessage + test.TestID(), 0);
-    result.SetMessages(std::move(messages));
+    const HRESULT built = WithinMemory(
+        [&]
+        {
+            messages.Add(kStatusMessage, status);
+            messages.Add(kFailedTestMessage + test.TestID(), 0);
+            return S_OK;
+        });
+    result.SetMessages(SUCCEEDED(built) ? std::move(messages) : CResultMessages());
     const HRESULT hr = result.SetTestState(TestStateFailed);
     if (FAILED(hr))
     {

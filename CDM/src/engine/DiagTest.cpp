@@ -4,10 +4,10 @@
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/DiagKeys.h"
+#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/References.h"
 #include "CDM/src/engine/SenderResponderRun.h"
-#include "Common/src/com/WmiStatus.h"
 
 #include <utility>
 
@@ -152,11 +152,15 @@ HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
     const CZebTrace trace("CDiagTest::StopTest");
     if (!testKey || !*testKey || !agent)
         return E_INVALIDARG;
-    const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
-    if (!adapterKey)
-        return wmi::OutOfMemory;
-    const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);
-    if (FAILED(hr))
-        ZebDebug().Write("CDiagTest::StopTest failed, hr = <%x>", hr);
-    return hr;
+    return WithinMemory(
+        [&]
+        {
+            const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
+            if (!adapterKey)
+                return wmi::OutOfMemory;
+            const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);
+            if (FAILED(hr))
+                ZebDebug().Write("CDiagTest::StopTest failed, hr = <%x>", hr);
+            return hr;
+        });
 }

@@ -1,6 +1,7 @@
 #include "CDM/src/engine/SenderResponderRun.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 
 #include <limits>
@@ -108,16 +109,23 @@ bool CSenderResponderRun::Poll(BSTR adapterKey, const CRunParameters& parameters
     if (!parameters.Report)
         return false;
     VormTestStatistics statistics{};
-    const HRESULT hr = m_agent.GetDiagTestStatistics(adapterKey, m_test.TestID(), statistics);
     CResultMessages messages;
+    // A poll that fails is only traced: the test goes on and must be stopped in its time.
+    const HRESULT hr = WithinMemory(
+        [&]
+        {
+            const HRESULT got = m_agent.GetDiagTestStatistics(adapterKey, m_test.TestID(), statistics);
+            if (SUCCEEDED(got))
+                for (const StatisticMessage& message : kMessages)
+                    messages.Add(message.StringID, message.Value(statistics));
+            return got;
+        });
     if (FAILED(hr))
     {
         ZebDebug().Write("CDiagTest::StartTest:GetDiagTestStatistics failed hr = <%x>", hr);
         statistics = {};
+        messages = {};
     }
-    else
-        for (const StatisticMessage& message : kMessages)
-            messages.Add(message.StringID, message.Value(statistics));
     m_result.SetMessages(std::move(messages));
     return parameters.Quick && statistics.Counter[0] >= m_timing.MaxPktsRcvd;
 }

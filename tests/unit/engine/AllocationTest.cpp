@@ -1,0 +1,189 @@
+// The n-th allocation of an operation fails, for every n: the operation ends in the out-of-memory status or,
+// where the failure can be lived with, goes on; nothing leaks and the manager serves on.
+#include "Common/src/com/ComObject.h"
+#include "tests/unit/engine/EngineFixture.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+// Counts down on the thread under test alone.
+thread_local int s_failIn = 0;
+thread_local bool s_failed = false;
+
+void* Allocate(size_t size)
+{
+    if (s_failIn > 0 && --s_failIn == 0)
+    {
+        s_failed = true;
+        return nullptr;
+    }
+    return std::malloc(size ? size : 1);
+}
+
+// Makes the n-th allocation from now on fail, until the scope ends.
+class CFailingAllocation
+{
+  public:
+    explicit CFailingAllocation(int n)
+    {
+        s_failed = false;
+        s_failIn = n;
+    }
+    ~CFailingAllocation() { s_failIn = 0; }
+};
+} // namespace
+
+void* operator new(size_t size)
+{
+    if (void* memory = Allocate(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept
+{
+    return Allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    std::free(memory);
+}
+
+namespace
+{
+class AllocationTest : public CEngineTest
+{
+  protected:
+    AllocationTest() { agent->AddAdapter(L"{aaa}", {1, 9}); }
+
+    // Runs `operation` with the first, second, ... allocation failing, until it gets by without a failure.
+    // `before` puts things in place each time.
+    template <class Before, class Operation>
+    void FailEach(Before&& before, Operation&& operation)
+    {
+        int failures = 0;
+        for (int n = 1; n < 5000; ++n)
+        {
+            before();
+            const long live = g_liveComObjects;
+            HRESULT hr = S_OK;
+            {
+                const CFailingAllocation failing(n);
+                hr = operation();
+            }
+            // An agent that runs out of memory says so in its own way.
+            EXPECT_TRUE(hr == S_OK || hr == wmi::OutOfMemory || hr == E_OUTOFMEMORY)
+                << "allocation " << n << ": " << hr;
+            EXPECT_EQ(live, g_liveComObjects) << n;
+            if (!s_failed)
+            {
+                EXPECT_EQ(S_OK, hr);
+                EXPECT_GT(failures, 0);
+                return;
+            }
+            failures += hr != S_OK;
+        }
+        ADD_FAILURE() << "the operation never got by";
+    }
+    const CBstr key{L"1@{aaa}"};
+};
+
+TEST_F(AllocationTest, OfAStart)
+{
+    const CVormAgentMgr agents(agent.Get());
+    FailEach([&] { manager = std::make_unique<CDiagMgr>(paths); },
+             [&]
+             {
+                 const HRESULT hr = manager->Initialize(&agents);
+                 return hr == E_NOINTERFACE || hr == wmi::Failed ? wmi::OutOfMemory : hr;
+             });
+    EXPECT_EQ(2u, Tests().size());
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagTestsMap object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagResultsMap object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagSettingsMap object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagTest object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagSetting object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagResult object"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:AddObj for test failed, hr = <80041006>"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:AddObj for setting failed, hr = <80041006>"));
+}
+
+TEST_F(AllocationTest, OfQueries)
+{
+    ASSERT_EQ(S_OK, Start());
+    agent->SetOutcomes(1, {E_FAIL, S_OK});
+    ASSERT_EQ(E_FAIL, Run(L"1@{aaa}"));
+    const auto nothing = [] {};
+    CTestData test;
+    CResultData result;
+    FailEach(nothing, [&] { return manager->GetTestData(key.Get(), &test); });
+    FailEach(nothing, [&] { return manager->GetResultData(key.Get(), &result); });
+    EXPECT_EQ(1u, test.TestID);
+    EXPECT_EQ(2u, result.MessageCount);
+    CVormArray<BSTR> keys;
+    FailEach(nothing, [&] { return manager->EnumTests(keys); });
+    EXPECT_EQ(2u, keys.Count());
+}
+
+TEST_F(AllocationTest, OfARun)
+{
+    registry.SetNumber(kDiagKey, "Enable", 1);
+    ASSERT_EQ(S_OK, Start());
+    FailEach([] {},
+             [&]
+             {
+                 CBstr resultKey = key;
+                 return manager->RunTest(key.Get(), resultKey, 0);
+             });
+    EXPECT_EQ(2u, ResultData(L"1@{aaa}").TestState);
+}
+
+TEST_F(AllocationTest, OfASenderResponderRun)
+{
+    agent->BlockRuns();
+    ASSERT_EQ(S_OK, Start());
+    FailEach([] {},
+             [&]
+             {
+                 CBstr resultKey(L"9@{aaa}");
+                 return manager->RunTest(CBstr(L"9@{aaa}").Get(), resultKey, 0);
+             });
+    EXPECT_EQ(2u, ResultData(L"9@{aaa}").TestState);
+}
+
+TEST_F(AllocationTest, OfAClear)
+{
+    ASSERT_EQ(S_OK, Start());
+    FailEach([&] { EXPECT_EQ(S_OK, Run(L"1@{aaa}")); },
+             [&]
+             {
+                 const HRESULT hr = manager->ClearResults(key.Get());
+                 return hr == wmi::NotFound ? wmi::OutOfMemory : hr;
+             });
+    EXPECT_TRUE(Results().empty());
+}
+
+TEST_F(AllocationTest, OfTheEnd)
+{
+    // What is not stored because memory ran out leaves what was stored before.
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+    FailEach([&] { ASSERT_EQ(S_OK, Restart()); },
+             [&]
+             {
+                 manager.reset();
+                 return s_failed ? wmi::OutOfMemory : S_OK;
+             });
+    ASSERT_EQ(S_OK, Start());
+    EXPECT_EQ(1u, Results().size());
+}
+} // namespace
