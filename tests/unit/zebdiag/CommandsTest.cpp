@@ -5,6 +5,7 @@
 #include "tests/support/CaseName.h"
 #include "tools/zebdiag/Application.h"
 
+#include <atomic>
 #include <nlohmann/json.hpp>
 
 namespace zebdiag
@@ -26,7 +27,7 @@ class CommandsTest : public testing::Test
         m_seams.Control.Stop = m_stop.Get();
         m_seams.Control.Abandon = m_abandon.Get();
         m_seams.Control.PollMilliseconds = 1;
-        m_seams.Control.Now = [this] { return m_now; };
+        m_seams.Control.Now = [this] { return m_now.load(); };
         m_seams.Surroundings.Names = [](const CWmiSession&) {
             return AdapterNames{{L"{AAAA}", {L"Ethernet", L"Contoso"}},
                                 {L"{BBBB}", {L"Ethernet 2", L"Fabrikam"}}};
@@ -64,7 +65,7 @@ class CommandsTest : public testing::Test
     CFakeConsole m_console;
     CHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CHandle m_abandon{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    unsigned long long m_now = 0;
+    std::atomic<unsigned long long> m_now = 0;
     std::optional<unsigned> m_fullRunSeconds = 100;
     std::wstring m_password;
     CApplicationSeams m_seams;
@@ -183,6 +184,7 @@ TEST_F(CommandsTest, VerdictOfASeriesIsItsGravestOutcome)
 {
     m_world->Tests[L"1@{BBBB}"].Run = [this]
     {
+        CLockScope lock(m_world->Lock());
         m_world->Results[L"1@{BBBB}"].Lines = {L"t|Link|No cable.", L"t|Link|Plug it in."};
         return TestState::Failed;
     };
@@ -340,14 +342,10 @@ TEST_F(CommandsTest, InterruptEndsTheSeries)
 
 TEST_F(CommandsTest, TimeoutIsThatOfTheWholeSeries)
 {
-    m_world->Tests[L"1@{AAAA}"].Run = [this]
-    {
-        m_now = 10000;
-        return TestState::Passed;
-    };
     CHandle mayEnd(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     m_world->Tests[L"1@{BBBB}"].Run = [&]
     {
+        m_now = 10000;
         WaitForSingleObject(mayEnd.Get(), INFINITE);
         return TestState::Stopped;
     };
