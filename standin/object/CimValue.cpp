@@ -107,7 +107,8 @@ class CElements
 HRESULT StoreArray(SAFEARRAY* given, CIMTYPE elementType, CVariant& stored)
 {
     const CElements source(given);
-    if (!source.Valid())
+    // Elements larger than a pointer, such as records, are nothing that a property holds.
+    if (!source.Valid() || (source.Type() != VT_VARIANT && source.Size() > sizeof(LONGLONG)))
         return wmi::TypeMismatch;
     const VARTYPE storedType = VariantTypeOf(elementType);
     CSafeArray array(SafeArrayCreateVector(storedType, 0, source.Count()));

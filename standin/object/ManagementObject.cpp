@@ -36,11 +36,6 @@ CQualifiers* CQualifierPlace::In(CClassDefinition& definition) const noexcept
     return const_cast<CQualifiers*>(In(std::as_const(definition)));
 }
 
-CManagementObject::CManagementObject(const CManagementObject& other)
-    : CComObject(), m_definition(other.m_definition), m_decoration(other.m_decoration)
-{
-}
-
 ClassDefinition CManagementObject::Definition() const
 {
     const CShared lock(m_lock);

@@ -84,7 +84,6 @@ class CManagementObject : public CComObject<IWbemClassObject, IStandinObject, IM
 
   protected:
     explicit CManagementObject(ClassDefinition definition) noexcept : m_definition(std::move(definition)) {}
-    CManagementObject(const CManagementObject& other); // of a locked object
     // Under the lock.
     virtual CObjectView View() const noexcept = 0;
     // Under the lock: the definition for changing, copied first where others see it as well.

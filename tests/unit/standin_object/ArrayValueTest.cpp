@@ -98,6 +98,15 @@ TEST(PutArray, OtherElementsAreRefused)
     EXPECT_EQ(strings->Put(L"P", 0, &longs, 0), wmi::TypeMismatch);
 }
 
+TEST(PutArray, ElementsOfForeignSizeAreRefused)
+{
+    for (const VARTYPE type : {VT_DECIMAL, VT_CY, VT_DATE})
+    {
+        CVariant given = CVariant::FromArray(SafeArrayCreateVector(type, 0, 3), type);
+        EXPECT_EQ(WithArray(CIM_UINT16)->Put(L"P", 0, &given, 0), wmi::TypeMismatch) << type;
+    }
+}
+
 TEST(PutArray, TwoDimensionsAreRefused)
 {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {2, 0}};
