@@ -4,6 +4,7 @@
 #include "tools/zebdiag/Progress.h"
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/TextReport.h"
+#include "tools/zebdiag/Words.h"
 
 namespace zebdiag
 {
@@ -99,9 +100,9 @@ class CSeries
     void Announce() const
     {
         if (!IsSingle())
-            Tell(Count(m_tests.size()) + L" tests, usually some seconds each. Ordinary tests leave the "
-                                         L"adapter's traffic alone, unless their "
-                                         L"description says otherwise.\n");
+            Tell(Count(m_tests.size(), L"test") + L", usually some seconds each.\n"
+                                                  L"Ordinary tests leave the adapter's traffic alone, unless "
+                                                  L"their description says otherwise.\n");
         if (!m_leftOut.empty())
         {
             std::wstring names;
@@ -111,8 +112,6 @@ class CSeries
                  L". Run them by name.\n");
         }
     }
-
-    static std::wstring Count(size_t count) { return std::to_wstring(count); }
 
     // What somebody wants to know before a run that lasts or that others notice.
     void AnnounceOne(const CTestChoice& choice) const
@@ -211,11 +210,11 @@ class CSeries
                 count += std::wstring_view(OutcomeInWords(run.Outcome.Code)) == OutcomeInWords(code);
             if (count == 0)
                 continue;
-            line += separator + Count(count) + L" " + OutcomeInWords(code);
+            line += separator + std::to_wstring(count) + L" " + OutcomeInWords(code);
             separator = L", ";
         }
         if (!m_notRun.empty())
-            line += L", " + Count(m_notRun.size()) + L" not run";
+            line += L", " + std::to_wstring(m_notRun.size()) + L" not run";
         return line + L".\n";
     }
 

@@ -171,8 +171,8 @@ TEST_F(CommandsTest, RunAllRunsTheOrdinaryTestsOfEveryAdapter)
     EXPECT_EQ(Run({L"run", L"--all"}), ExitCode::Passed);
     EXPECT_EQ(
         m_console.Output,
-        L"3 tests, usually some seconds each. Ordinary tests leave the adapter's traffic alone, unless their "
-        L"description says otherwise.\n"
+        L"3 tests, usually some seconds each.\n"
+        L"Ordinary tests leave the adapter's traffic alone, unless their description says otherwise.\n"
         L"Left out, because they take long and load the network: Sender on Ethernet 2. Run them by name.\n"
         L"  Link on Ethernet: passed, 0 s\n"
         L"  Link on Ethernet 2: passed, 0 s\n"
