@@ -1,6 +1,7 @@
 // The schema that the stand-in starts with: what the product's classes and its provider rely on in it.
+#include "Common/src/com/Text.h"
 #include "tests/support/CaseName.h"
-#include "tests/support/ProductSchema.h"
+#include "tests/support/ServedSchema.h"
 
 #include "standin/object/ClassDefinition.h"
 
@@ -10,7 +11,6 @@ using namespace standin;
 
 namespace
 {
-constexpr const wchar_t* kCimv2 = L"root\\cimv2";
 
 struct BaseCase
 {
@@ -29,7 +29,7 @@ class BaseClass : public testing::TestWithParam<BaseCase>
 // provider that looks for "key" finds.
 TEST_P(BaseClass, LeavesTheChoiceOfKeysToDerivedClasses)
 {
-    const ClassDefinition definition = ProductSchema().GetDefinition(kCimv2, GetParam().className);
+    const ClassDefinition definition = ServedSchema().GetDefinition(kServedNamespace, GetParam().className);
     ASSERT_TRUE(definition);
     EXPECT_EQ(definition->Derivation.empty() ? L"" : definition->Derivation.front(), GetParam().superclass);
     EXPECT_TRUE(definition->Qualifiers.IsTrue(L"abstract"));
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Schema, AComputerIsKnownByItsName)
 {
-    const ClassDefinition computer = ProductSchema().GetDefinition(kCimv2, L"Win32_ComputerSystem");
+    const ClassDefinition computer = ServedSchema().GetDefinition(kServedNamespace, L"Win32_ComputerSystem");
     ASSERT_TRUE(computer);
     ASSERT_EQ(computer->Keys()->size(), 1u);
     EXPECT_EQ(computer->Properties()[computer->Keys()->front()].Name, L"Name");
@@ -88,8 +88,8 @@ TEST(Schema, AComputerIsKnownByItsName)
 
 TEST(Schema, SystemClassesAreSeenFromEverywhere)
 {
-    for (const wchar_t* nameSpace : {L"root", kCimv2})
+    for (const wchar_t* nameSpace : {L"root", kServedNamespace})
         for (const wchar_t* name : {L"__ExtendedStatus", L"__Win32Provider", L"__MethodProviderRegistration"})
-            EXPECT_TRUE(ProductSchema().GetDefinition(nameSpace, name)) << NarrowText(name);
-    EXPECT_FALSE(ProductSchema().GetDefinition(L"root", L"CIM_Service"));
+            EXPECT_TRUE(ServedSchema().GetDefinition(nameSpace, name)) << NarrowText(name);
+    EXPECT_FALSE(ServedSchema().GetDefinition(L"root", L"CIM_Service"));
 }
