@@ -11,7 +11,6 @@ using namespace standin;
 
 namespace
 {
-
 struct BaseCase
 {
     const char* name;
