@@ -33,6 +33,7 @@ inline HRESULT ListTests(IVormDiag& agent, const wchar_t* key, std::vector<VormT
 inline std::vector<ULONG> Ids(const std::vector<VormTestDescriptor>& tests)
 {
     std::vector<ULONG> ids;
+    ids.reserve(tests.size());
     for (const VormTestDescriptor& test : tests)
         ids.push_back(test.TestID);
     return ids;

@@ -42,7 +42,7 @@ class CLocalServer
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
         Here = Address(L"127.0.0.1");
-        bind(m_socket, reinterpret_cast<sockaddr*>(&Here), sizeof Here.Ipv4);
+        EXPECT_EQ(0, bind(m_socket, reinterpret_cast<sockaddr*>(&Here), sizeof Here.Ipv4));
         int size = sizeof Here;
         getsockname(m_socket, reinterpret_cast<sockaddr*>(&Here), &size);
     }
@@ -55,7 +55,7 @@ class CLocalServer
     }
 
     // What to change in the question to make the answer; empty for silence.
-    using Make = std::vector<BYTE> (*)(std::vector<BYTE> question);
+    using Make = std::vector<BYTE> (*)(const std::vector<BYTE>& question);
     void Serve(std::vector<Make> answers)
     {
         m_thread = std::thread(
@@ -85,19 +85,21 @@ class CLocalServer
     std::thread m_thread;
 };
 
-std::vector<BYTE> NoSuchName(std::vector<BYTE> question)
+std::vector<BYTE> AnswerTo(std::vector<BYTE> question, BYTE code)
 {
     question[2] = 0x81;
-    question[3] = 0x83;
+    question[3] = code;
     return question;
 }
-std::vector<BYTE> ServerFailure(std::vector<BYTE> question)
+std::vector<BYTE> NoSuchName(const std::vector<BYTE>& question)
 {
-    question[2] = 0x81;
-    question[3] = 2;
-    return question;
+    return AnswerTo(question, 0x83);
 }
-std::vector<BYTE> Rubbish(std::vector<BYTE>)
+std::vector<BYTE> ServerFailure(const std::vector<BYTE>& question)
+{
+    return AnswerTo(question, 2);
+}
+std::vector<BYTE> Rubbish(const std::vector<BYTE>&)
 {
     return {1, 2, 3};
 }
