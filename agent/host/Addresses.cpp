@@ -1,6 +1,7 @@
 #include "agent/host/Addresses.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 
 namespace
@@ -34,8 +35,8 @@ bool IsLinkLocal(const SOCKADDR_INET& address) noexcept
 
 bool IsPlaceholderDns(const SOCKADDR_INET& address) noexcept
 {
-    const auto bytes = Bytes(address);
-    return !IsV4(address) && bytes[0] == 0xFE && (bytes[1] & 0xC0) == 0xC0;
+    constexpr BYTE kPrefix[] = {0xFE, 0xC0, 0, 0, 0, 0, 0xFF, 0xFF};
+    return !IsV4(address) && std::equal(std::begin(kPrefix), std::end(kPrefix), Bytes(address).begin());
 }
 
 bool InSamePrefix(const SOCKADDR_INET& a, const SOCKADDR_INET& b, BYTE prefixLength) noexcept

@@ -2,9 +2,11 @@
 
 #include "Common/src/com/Owned.h"
 
+#include <algorithm>
 #include <array>
 #include <icmpapi.h>
 #include <ipexport.h>
+#include <iterator>
 #include <winioctl.h>
 
 #include <ntddndis.h>
@@ -46,9 +48,12 @@ Reply EchoFailure(DWORD error) noexcept
 {
     if (IsUnsupported(error))
         return Reply::Unsupported;
-    // What routers and the stack say of a destination, and no answer at all. The last of the IP codes is the
-    // general failure, under which nothing was sent.
-    return error > IP_STATUS_BASE && error < IP_GENERAL_FAILURE ? Reply::Silent : Reply::NotSent;
+    // No answer, or somebody said that the destination cannot be reached. IPv6 has codes of its own for that.
+    constexpr DWORD kSilent[] = {IP_REQ_TIMED_OUT,         IP_DEST_NET_UNREACHABLE,  IP_DEST_HOST_UNREACHABLE,
+                                 IP_DEST_PROT_UNREACHABLE, IP_DEST_PORT_UNREACHABLE, IP_TTL_EXPIRED_TRANSIT,
+                                 IP_TTL_EXPIRED_REASSEM,   IP_DEST_UNREACHABLE,      IP_TIME_EXCEEDED};
+    return std::find(std::begin(kSilent), std::end(kSilent), error) != std::end(kSilent) ? Reply::Silent
+                                                                                         : Reply::NotSent;
 }
 
 Reply SendEcho4(const IN_ADDR& target, const IN_ADDR& source) noexcept

@@ -36,7 +36,12 @@ VormTestStatistics Growing(ULONG testId, ULONG poll) noexcept
 }
 } // namespace
 
-CScriptPlay::CScriptPlay(CScript script) : m_script(std::move(script)), m_counts(m_script.CountsFile) {}
+CScriptPlay::CScriptPlay(CScript script) : m_script(std::move(script)), m_counts(m_script.CountsFile)
+{
+    // Of adapters with the same key the first one answers.
+    for (const CScriptedAdapter& adapter : m_script.Adapters)
+        m_adapters.emplace(UpperCaseAnsi(adapter.Key), &adapter);
+}
 
 const CFault* CScriptPlay::Enter(Call call, std::wstring_view adapterKey, std::optional<ULONG> testId)
 {
@@ -53,11 +58,8 @@ const CFault* CScriptPlay::Enter(Call call, std::wstring_view adapterKey, std::o
 
 const CScriptedAdapter* CScriptPlay::FindAdapter(std::wstring_view key) const
 {
-    const std::wstring wanted = UpperCaseAnsi(key);
-    const auto adapter =
-        std::find_if(m_script.Adapters.begin(), m_script.Adapters.end(),
-                     [&](const CScriptedAdapter& a) { return UpperCaseAnsi(a.Key) == wanted; });
-    return adapter == m_script.Adapters.end() ? nullptr : &*adapter;
+    const auto adapter = m_adapters.find(UpperCaseAnsi(key));
+    return adapter == m_adapters.end() ? nullptr : adapter->second;
 }
 
 const CScriptedTest* CScriptPlay::FindTest(std::wstring_view adapterKey, ULONG testId) const

@@ -30,6 +30,7 @@ class CScriptPlay
     };
 
     const CScript m_script;
+    std::map<std::wstring, const CScriptedAdapter*> m_adapters; // by upper-case key
     CCallCounts m_counts;
     std::mutex m_mutex;
     std::map<const CScriptedTest*, CProgress> m_progress;

@@ -1,5 +1,6 @@
 // The four entry points of an agent that is loaded into its client's process.
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/ComObject.h"
 #include "agent/server/AgentRegistration.h"
 #include "agent/server/ServerLife.h"
 
@@ -17,7 +18,8 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID riid, void** out)
 
 STDAPI DllCanUnloadNow()
 {
-    return ServerIsUnused() ? S_OK : S_FALSE;
+    // Unlike a local server, which outlives its factory's clients, a library has to stay for them too.
+    return ServerIsUnused() && g_liveComObjects == 0 ? S_OK : S_FALSE;
 }
 
 STDAPI DllRegisterServer()

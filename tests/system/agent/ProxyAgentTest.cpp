@@ -3,9 +3,9 @@
 #include "Common/src/com/Text.h"
 #include "agent/AgentCodes.h"
 #include "agent/VorlIds.h"
+#include "tests/support/AgentLists.h"
 #include "tests/system/support/Process.h"
 #include "tests/system/support/ProviderMachine.h"
-#include "tests/unit/agent/AgentLists.h"
 
 #include <future>
 #include <gtest/gtest.h>

@@ -18,7 +18,7 @@ TEST(Addresses, LinkLocal)
 TEST(Addresses, PlaceholderDnsServersAreIpv6Only)
 {
     EXPECT_TRUE(IsPlaceholderDns(Address(L"fec0:0:0:ffff::2")));
-    EXPECT_FALSE(IsPlaceholderDns(Address(L"fe80::2")));
+    EXPECT_FALSE(IsPlaceholderDns(Address(L"fec0::2")));
     EXPECT_FALSE(IsPlaceholderDns(Address(L"254.192.0.1")));
 }
 

@@ -3,9 +3,9 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 #include "agent/VorlIds.h"
+#include "tests/support/AgentLists.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
-#include "tests/unit/agent/AgentLists.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -94,8 +94,10 @@ TEST(AgentDlls, ServeTheirClassAndNoOther)
         const CAgentDll dll(row.name);
         ComPtr<IClassFactory> factory;
         EXPECT_EQ(S_OK, dll.GetFactory(row.classId, factory));
+        EXPECT_EQ(S_FALSE, dll.CanUnload()) << "its factory is held";
         EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, dll.GetFactory(CLSID_StdGlobalInterfaceTable, factory));
         EXPECT_FALSE(factory);
+        EXPECT_EQ(S_OK, dll.CanUnload());
     }
 }
 

@@ -55,8 +55,9 @@ class CFakeNetwork final : public INetworkFacts
     std::vector<std::pair<SOCKADDR_INET, SOCKADDR_INET>> Pinged; // target and source
     int NeighboursAsked = 0;
     std::vector<std::string> NamesAsked;
-    // Signalled at every look.
+    // Signalled at every look, and at every ping.
     HANDLE Looked = nullptr;
+    HANDLE PingMade = nullptr;
 
     DWORD ListAdapters(std::vector<CAdapterFacts>& adapters) override
     {
@@ -71,6 +72,8 @@ class CFakeNetwork final : public INetworkFacts
     Reply Ping(const SOCKADDR_INET& target, const SOCKADDR_INET& source) override
     {
         Pinged.emplace_back(target, source);
+        if (PingMade)
+            SetEvent(PingMade);
         return Next(Pings);
     }
     Reply FindNeighbour(const SOCKADDR_INET&, const SOCKADDR_INET&) override

@@ -1,7 +1,7 @@
 #include "agent/host/HostAgent.h"
 
 #include "agent/AgentCodes.h"
-#include "tests/unit/agent/AgentLists.h"
+#include "tests/support/AgentLists.h"
 #include "tests/unit/agent/FakeNetwork.h"
 
 #include <future>

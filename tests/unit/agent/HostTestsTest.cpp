@@ -364,6 +364,16 @@ TEST(HostTests, GatewayIsPingedFromTheAdaptersOwnAddressAndNotAfterAStop)
     EXPECT_EQ(1u, fixture.Network.Pinged.size());
 }
 
+TEST(HostTests, StopBetweenTwoPingsEndsTheGatewayTest)
+{
+    CRunFixture fixture;
+    fixture.Network.Pings = {Reply::Silent};
+    fixture.Network.PingMade = fixture.Stop.Get();
+    EXPECT_EQ(vorl::Stopped, RunGatewayTest(fixture.Run));
+    EXPECT_EQ(1u, fixture.Network.Pinged.size());
+    EXPECT_EQ(0, fixture.Network.NeighboursAsked);
+}
+
 TEST(HostTests, DnsServersAreAskedForTheAdaptersOwnAddress)
 {
     CRunFixture fixture;

@@ -1,8 +1,8 @@
 #include "agent/scripted/ScriptedAgent.h"
 
 #include "agent/AgentCodes.h"
+#include "tests/support/AgentLists.h"
 #include "tests/support/TempFolder.h"
-#include "tests/unit/agent/AgentLists.h"
 
 #include <fstream>
 #include <future>

@@ -22,6 +22,8 @@ Reply Reach(const CHostRun& run, const SOCKADDR_INET& gateway, const SOCKADDR_IN
     const Reply ping = PingPatiently(run, gateway, source);
     if (ping == Reply::Answered || ping == Reply::Stopped)
         return ping;
+    if (run.IsStopped())
+        return Reply::Stopped;
     const Reply neighbour = run.Network().FindNeighbour(gateway, source);
     if (neighbour == Reply::Unsupported)
         return ping;
