@@ -97,7 +97,7 @@ HRESULT CWomClassObject::GetMethodOutput(const wchar_t* method, CWomClassObject&
     return S_OK;
 }
 
-HRESULT CWomClassObject::Indicate(ComPtr<IWbemObjectSink> sink)
+HRESULT CWomClassObject::Indicate(const ComPtr<IWbemObjectSink>& sink)
 {
     CZebTrace trace("CWomClassObject::Indicate");
     if (const HRESULT hr = CheckObject(nullptr, __LINE__); hr != S_OK)

@@ -45,7 +45,7 @@ class CWomClassObject
     // method has none).
     HRESULT GetMethodOutput(const wchar_t* method, CWomClassObject& target);
     // Sends the object held here to the sink, then dumps it to the trace.
-    HRESULT Indicate(ComPtr<IWbemObjectSink> sink);
+    HRESULT Indicate(const ComPtr<IWbemObjectSink>& sink);
     // Dumps every property to the trace; does nothing unless the debug level is exactly 2.
     void DebugOutput();
 

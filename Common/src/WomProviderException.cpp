@@ -30,8 +30,8 @@ CWomProviderException::CWomProviderException(CWomContext* context, HRESULT statu
                                              const wchar_t* parameterInfo, HRESULT requestResult,
                                              const char* sourceFile, long line, const char* messageText,
                                              const std::vector<CBstr>& reasons) noexcept
-    : m_context(context), m_statusCode(statusCode), m_requestResult(requestResult), m_sourceFile(sourceFile),
-      m_line(line)
+    : m_context(context), m_statusCode(statusCode), m_requestResult(requestResult),
+      m_sourceFile(sourceFile ? sourceFile : ""), m_line(line)
 {
     Step([&] { m_parameterInfo = CBstr(parameterInfo); });
     Step([&] { m_messageText = messageText ? messageText : ""; });
