@@ -12,7 +12,7 @@
 #define ZEB_HOOKED_IMPORT(library, function)                                                                 \
     extern "C"                                                                                               \
     {                                                                                                        \
-        decltype(&function) __imp_##function = reinterpret_cast<decltype(&function)>(                        \
+        decltype(&(function)) __imp_##function = reinterpret_cast<decltype(&(function))>(                    \
             reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(library), #function)));                      \
     }
 

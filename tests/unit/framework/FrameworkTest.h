@@ -85,7 +85,7 @@ class FrameworkTest : public testing::Test
         EXPECT_EQ(m_objectsBefore, g_liveComObjects);
     }
 
-    static ComPtr<CFakeServices> MakeServices(CallPlan plan)
+    static ComPtr<CFakeServices> MakeServices(const CallPlan& plan)
     {
         return MakeCom<CFakeServices>(
             [plan](const std::wstring& path)

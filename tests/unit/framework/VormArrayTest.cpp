@@ -103,7 +103,8 @@ TEST_F(VormArrayTest, TheLastHolderFreesTheList)
         Enumerate(first.PutCount(), first.PutItems(), {VormTestDescriptor{9, 2, 3}});
         block = first.Items();
         {
-            const CVormArray<VormTestDescriptor> second = first;
+            CVormArray<VormTestDescriptor> second;
+            second = first;
             EXPECT_EQ(2, first.Holders());
             EXPECT_EQ(first.Items(), second.Items());
         }
