@@ -1,7 +1,5 @@
 #include "CDM/src/engine/CompoundFile.h"
 
-#include "Common/src/com/Owned.h"
-
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -10,13 +8,6 @@
 
 namespace
 {
-struct ViewTraits
-{
-    using Type = const BYTE*;
-    static Type Empty() noexcept { return nullptr; }
-    static void Close(Type view) noexcept { UnmapViewOfFile(view); }
-};
-
 constexpr BYTE kSignature[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
 constexpr uint32_t kEndOfChain = 0xFFFFFFFE;
 constexpr uint32_t kNone = 0xFFFFFFFF;
@@ -78,20 +69,7 @@ class CChains
 class CCompoundFile
 {
   public:
-    bool Open(const wchar_t* path)
-    {
-        const CFileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-        LARGE_INTEGER size{};
-        if (!file || !GetFileSizeEx(file.Get(), &size))
-            return false;
-        const CHandle mapping(CreateFileMappingW(file.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr));
-        if (!mapping)
-            return false;
-        m_view.Reset(static_cast<const BYTE*>(MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, 0)));
-        m_size = size.QuadPart;
-        return static_cast<bool>(m_view);
-    }
+    explicit CCompoundFile(std::string_view bytes) : m_bytes(bytes) {}
 
     bool IsSound()
     {
@@ -119,12 +97,13 @@ class CCompoundFile
     uint32_t Number(uint64_t offset) const
     {
         uint32_t number = 0;
-        std::memcpy(&number, m_view.Get() + offset, sizeof(number));
+        std::memcpy(&number, m_bytes.data() + offset, sizeof(number));
         return number;
     }
+    BYTE Type(uint64_t entry) const { return static_cast<BYTE>(m_bytes[entry + kType]); }
     uint64_t Offset(uint32_t sector) const { return (static_cast<uint64_t>(sector) + 1) << m_shift; }
     size_t SectorSize() const { return size_t{1} << m_shift; }
-    bool InFile(uint32_t sector) const { return Offset(sector) + SectorSize() <= m_size; }
+    bool InFile(uint32_t sector) const { return Offset(sector) + SectorSize() <= m_bytes.size(); }
     bool InFile(const Chain& chain) const
     {
         for (const uint32_t sector : chain)
@@ -135,7 +114,7 @@ class CCompoundFile
 
     bool ReadHeader()
     {
-        if (m_size < 512 || std::memcmp(m_view.Get(), kSignature, sizeof(kSignature)) != 0)
+        if (m_bytes.size() < 512 || std::memcmp(m_bytes.data(), kSignature, sizeof(kSignature)) != 0)
             return false;
         m_shift = Number(kSectorShift) & 0xFFFF;
         m_miniShift = Number(kMiniShift) & 0xFFFF;
@@ -160,7 +139,7 @@ class CCompoundFile
         for (size_t i = 0; i < kListEntries; ++i)
             if (const uint32_t sector = Number(kList + i * sizeof(uint32_t)); sector != kNone)
                 table.push_back(sector);
-        const uint64_t most = m_size >> m_shift;
+        const uint64_t most = m_bytes.size() >> m_shift;
         for (uint32_t list = Number(kFirstListSector); list != kEndOfChain && list != kNone;)
         {
             used.push_back(list);
@@ -191,7 +170,7 @@ class CCompoundFile
         std::vector<bool> seen(entries);
         const uint64_t root = Entry(0);
         const std::optional<Chain> miniStream = sectors.TakeChain(Number(root + kStart));
-        if (m_view.Get()[root + kType] != kRoot || !miniStream)
+        if (Type(root) != kRoot || !miniStream)
             return false;
         seen[0] = true;
         std::vector<uint32_t> open{Number(root + kChild)};
@@ -205,7 +184,7 @@ class CCompoundFile
                 return false;
             seen[index] = true;
             const uint64_t entry = Entry(index);
-            const BYTE type = m_view.Get()[entry + kType];
+            const BYTE type = Type(entry);
             if (type == kStream ? !IsStreamSound(entry, sectors, miniSectors, *miniStream) : type != kStorage)
                 return false;
             open.push_back(Number(entry + kLeft));
@@ -227,21 +206,20 @@ class CCompoundFile
         if (!chain || static_cast<uint64_t>(chain->size()) << shift < size)
             return false;
         for (const uint32_t place : *chain)
-            if (mini ? place >> (m_shift - m_miniShift) >= miniStream.size() : Offset(place) >= m_size)
+            if (mini ? place >> (m_shift - m_miniShift) >= miniStream.size()
+                     : Offset(place) >= m_bytes.size())
                 return false;
         return true;
     }
 
-    COwned<ViewTraits> m_view;
-    uint64_t m_size = 0;
+    const std::string_view m_bytes;
     size_t m_shift = 0;
     size_t m_miniShift = 0;
     Chain m_directory;
 };
 } // namespace
 
-bool IsSoundCompoundFile(const wchar_t* path)
+bool IsSoundCompoundFile(std::string_view bytes)
 {
-    CCompoundFile file;
-    return file.Open(path) && file.IsSound();
+    return CCompoundFile(bytes).IsSound();
 }

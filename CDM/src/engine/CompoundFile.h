@@ -2,6 +2,8 @@
 // and directory links as they stand: a damaged file can hold it in a circle for ever.
 #pragma once
 
-// Whether every chain and every link that leads to a stored value ends, and ends inside the file. False also
-// where the file cannot be read.
-bool IsSoundCompoundFile(const wchar_t* path);
+#include <string_view>
+
+// Whether every chain and every link that leads to a stored value ends, and ends inside the file. Throws
+// std::bad_alloc.
+bool IsSoundCompoundFile(std::string_view bytes);

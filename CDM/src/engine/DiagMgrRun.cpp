@@ -108,6 +108,12 @@ HRESULT CDiagMgr::CState::PrepareResult(const CDiagTest& test, BSTR resultKey,
 
 HRESULT CDiagMgr::CState::BeginRun(BSTR testKey, CDiagResult& result)
 {
+    const auto setting = TryMake<CSettingData>();
+    if (!setting)
+    {
+        ZebDebug().Write("CDiagMgr::RunTest:Cannot allocate memory for SettingData");
+        return wmi::OutOfMemory;
+    }
     HRESULT hr = result.SetTestState(TestStateInProgress);
     if (FAILED(hr))
     {
@@ -123,14 +129,13 @@ HRESULT CDiagMgr::CState::BeginRun(BSTR testKey, CDiagResult& result)
         ZebDebug().Write("CDiagMgr::RunTest:SetPercentComplete failed.");
         return hr;
     }
-    CSettingData setting;
-    hr = GetSettingData(testKey, setting);
+    hr = GetSettingData(testKey, *setting);
     if (FAILED(hr))
     {
         ZebDebug().Write("CDiagMgr::RunTest:GetSettingData failed, hr = <%x>", hr);
         return hr;
     }
-    result.SetSettingValues(setting);
+    result.SetSettingValues(*setting);
     return S_OK;
 }
 

@@ -47,11 +47,12 @@ HRESULT CDiagMgr::Initialize(const CVormAgentMgr* agents)
                 ZebDebug().Write("CDiagMgr::Initialize:EnumAdapters failed, hr = <%x>", hr);
                 return hr;
             }
+            CStoreSession session(state.files, state.paths.ResultStorePath, CStoreSession::Purpose::Read);
             bool found = false;
             for (ULONG i = 0; i < adapters.Count(); ++i)
             {
                 state.AddAdapter(i, adapters.Items()[i]);
-                hr = state.AddTests(adapters.Items()[i], found);
+                hr = state.AddTests(adapters.Items()[i], session, found);
                 if (FAILED(hr))
                     return hr;
             }
@@ -98,7 +99,7 @@ void CDiagMgr::CState::AddAdapter(ULONG index, BSTR adapterKey)
         ZebDebug().Write("CDiagMgr::Initialize:AddIndexToMap failed, hr = <%x>", hr);
 }
 
-HRESULT CDiagMgr::CState::AddTests(BSTR adapterKey, bool& found)
+HRESULT CDiagMgr::CState::AddTests(BSTR adapterKey, CStoreSession& session, bool& found)
 {
     CVormArray<VormTestDescriptor> descriptors;
     const HRESULT hr = agent->EnumDiagTests(adapterKey, descriptors);
@@ -110,16 +111,10 @@ HRESULT CDiagMgr::CState::AddTests(BSTR adapterKey, bool& found)
     if (descriptors.Count() == 0)
         return S_OK;
     found = true;
-    CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Read);
-    for (const VormTestDescriptor& descriptor : descriptors.View())
-    {
-        const HRESULT added = AddTest(adapterKey, descriptor, session);
-        if (FAILED(added))
-            return added;
-        if (added == kSkipAdapter)
-            break;
-    }
-    return S_OK;
+    HRESULT added = S_OK;
+    for (ULONG i = 0; i < descriptors.Count() && added == S_OK; ++i)
+        added = AddTest(adapterKey, descriptors.Items()[i], session);
+    return FAILED(added) ? added : S_OK;
 }
 
 HRESULT CDiagMgr::CState::AddTest(BSTR adapterKey, const VormTestDescriptor& descriptor,

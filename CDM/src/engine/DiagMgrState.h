@@ -21,7 +21,7 @@ struct CDiagMgr::CState
     // Start-up, one adapter and one test at a time.
     HRESULT CreateMaps();
     void AddAdapter(ULONG index, BSTR adapterKey);
-    HRESULT AddTests(BSTR adapterKey, bool& found);
+    HRESULT AddTests(BSTR adapterKey, CStoreSession& session, bool& found);
     HRESULT AddTest(BSTR adapterKey, const VormTestDescriptor& descriptor, CStoreSession& session);
     HRESULT AddStoredResult(BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor,
                             CStoreSession& session);

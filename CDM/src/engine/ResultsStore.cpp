@@ -30,8 +30,7 @@ CCriticalSection& StoreLock() noexcept
 // What opening a file gives that is there but is no usable storage.
 bool IsDamagedFile(HRESULT hr) noexcept
 {
-    constexpr HRESULT kDamaged[] = {STG_E_FILEALREADYEXISTS, STG_E_INVALIDHEADER, STG_E_DOCFILECORRUPT,
-                                    STG_E_OLDFORMAT, STG_E_OLDDLL};
+    constexpr HRESULT kDamaged[] = {STG_E_INVALIDHEADER, STG_E_DOCFILECORRUPT, STG_E_OLDFORMAT, STG_E_OLDDLL};
     return std::find(std::begin(kDamaged), std::end(kDamaged), hr) != std::end(kDamaged);
 }
 
@@ -44,16 +43,17 @@ HRESULT DestroyIfThere(IStorage& root, const wchar_t* name)
 
 HRESULT CResultsStore::OpenOrCreate()
 {
-    const HRESULT opened = m_session.Open(m_root);
-    if (SUCCEEDED(opened))
+    const HRESULT hr = m_session.Open(m_root);
+    if (SUCCEEDED(hr))
         return S_OK;
     // A damaged file has nothing left to lose, and while it stands there no result could be kept ever again.
     // A file that is only out of reach at the moment must stay.
-    const bool replace = IsDamagedFile(opened);
-    if (replace)
+    if (IsDamagedFile(hr))
         ZebDebug().Write("CResultsStore: the result file is damaged and gives way to a new one, hr = <%x>",
-                         opened);
-    return m_session.Create(replace, m_root);
+                         hr);
+    else if (hr != STG_E_FILENOTFOUND)
+        return hr;
+    return m_session.Create(m_root);
 }
 
 HRESULT CResultsStore::StoreResult(const CBstr& resultId, const CBstr& adapterKey, const CDiagResult& result)
@@ -69,6 +69,7 @@ HRESULT CResultsStore::StoreResult(const CBstr& resultId, const CBstr& adapterKe
         ZebDebug().Write("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <%x>", hr);
         return hr;
     }
+    m_session.SetChanged();
     // The new result is built beside the old one, which stays until everything is written.
     hr = DestroyIfThere(*m_root.Get(), kUnfinished);
     if (SUCCEEDED(hr))
@@ -202,8 +203,7 @@ HRESULT CResultsStore::CheckOwner()
         return Damaged(StreamName(L"ag"));
     if (adapterKey != m_adapterKey)
     {
-        m_sub.Reset();
-        m_root->DestroyElement(m_resultId.c_str());
+        m_session.Remove(m_resultId.c_str());
         return wmi::Failed;
     }
     return S_OK;
@@ -269,6 +269,8 @@ HRESULT CResultsStore::RemoveResult(const CBstr& resultId)
     HRESULT hr = OpenOrCreate();
     if (SUCCEEDED(hr))
         hr = m_root->DestroyElement(resultId.Text());
+    if (SUCCEEDED(hr))
+        m_session.SetChanged();
     m_root.Reset();
     return hr;
 }

@@ -1,5 +1,7 @@
 #include "CDM/src/engine/StoreSession.h"
 
+#include "Common/src/com/CriticalSection.h"
+
 namespace
 {
 CCriticalSection& Turn() noexcept
@@ -7,24 +9,19 @@ CCriticalSection& Turn() noexcept
     static CCriticalSection turn;
     return turn;
 }
-
-bool IsMissing(HRESULT hr) noexcept
-{
-    return hr == STG_E_FILENOTFOUND || hr == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-}
 } // namespace
 
 CStoreSession::CStoreSession(IStoreFiles& files, std::wstring path, Purpose purpose)
-    : m_turn(Turn()), m_files(files), m_path(std::move(path)), m_change(purpose == Purpose::Change),
-      m_work(m_change ? m_path + L".new" : m_path)
+    : m_files(files), m_path(std::move(path)), m_purpose(purpose)
 {
+    if (m_purpose == Purpose::Change)
+        Turn().Enter();
 }
 
 CStoreSession::~CStoreSession()
 {
-    m_root.Reset();
-    if (m_change && m_prepared)
-        m_files.Delete(m_work.c_str());
+    if (m_purpose == Purpose::Change)
+        Turn().Leave();
 }
 
 HRESULT CStoreSession::IsStorageFile()
@@ -34,43 +31,36 @@ HRESULT CStoreSession::IsStorageFile()
     return *m_isStorage;
 }
 
-// The working copy. A file that is there but cannot be copied must not be lost to one that starts empty.
-HRESULT CStoreSession::Prepare()
+HRESULT CStoreSession::ReadFile()
 {
-    if (!m_prepared)
-    {
-        const HRESULT copied = m_change ? m_files.Copy(m_path.c_str(), m_work.c_str()) : S_OK;
-        m_prepared = IsMissing(copied) ? S_OK : copied;
-        if (IsMissing(copied))
-            m_files.Delete(m_work.c_str()); // what a process that died has left
-    }
-    return *m_prepared;
+    std::string bytes;
+    const HRESULT hr = m_files.Read(m_path.c_str(), bytes);
+    if (FAILED(hr))
+        return hr;
+    m_bytes = MakeCom<CMemoryBytes>(std::move(bytes));
+    return m_files.Open(*m_bytes.Get(), m_root.Put());
 }
 
 HRESULT CStoreSession::Open(ComPtr<IStorage>& root)
 {
-    HRESULT hr = m_openFailure;
-    if (SUCCEEDED(hr))
-        hr = Prepare();
-    if (SUCCEEDED(hr) && !m_root)
-        hr = m_openFailure = m_files.Open(m_work.c_str(), m_root.Put());
-    if (SUCCEEDED(hr))
+    if (!m_root && SUCCEEDED(m_openFailure))
+        m_openFailure = ReadFile();
+    if (SUCCEEDED(m_openFailure))
         root = m_root;
-    return hr;
+    return m_openFailure;
 }
 
-HRESULT CStoreSession::Create(bool replace, ComPtr<IStorage>& root)
+HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
 {
-    HRESULT hr = Prepare();
-    if (SUCCEEDED(hr))
-        hr = m_files.Create(m_work.c_str(), replace, m_root.Put());
-    if (SUCCEEDED(hr))
-    {
-        m_openFailure = S_OK;
-        m_isStorage = S_OK;
-        root = m_root;
-    }
-    return hr;
+    m_bytes = MakeCom<CMemoryBytes>(std::string());
+    const HRESULT hr = m_files.Create(*m_bytes.Get(), m_root.Put());
+    if (FAILED(hr))
+        return hr;
+    m_openFailure = S_OK;
+    m_isStorage = S_OK;
+    m_changed = true;
+    root = m_root;
+    return S_OK;
 }
 
 HRESULT CStoreSession::Delete()
@@ -78,19 +68,28 @@ HRESULT CStoreSession::Delete()
     m_root.Reset();
     m_isStorage.reset();
     m_openFailure = S_OK;
+    m_changed = false;
     return m_files.Delete(m_path.c_str());
+}
+
+HRESULT CStoreSession::Remove(const wchar_t* resultId)
+{
+    CStoreSession change(m_files, m_path, Purpose::Change);
+    ComPtr<IStorage> root;
+    HRESULT hr = change.Open(root);
+    if (SUCCEEDED(hr))
+        hr = root->DestroyElement(resultId);
+    root.Reset();
+    change.m_changed = true;
+    return FAILED(hr) ? hr : change.Publish();
 }
 
 HRESULT CStoreSession::Publish()
 {
-    if (!m_root)
+    if (!m_root || !m_changed)
         return S_OK;
-    HRESULT hr = m_change ? m_root->Commit(STGC_DEFAULT) : S_OK;
+    const HRESULT hr = m_root->Commit(STGC_DEFAULT);
     m_root.Reset();
-    if (!m_change || FAILED(hr))
-        return hr;
-    hr = m_files.Replace(m_work.c_str(), m_path.c_str());
-    if (SUCCEEDED(hr))
-        m_prepared.reset();
-    return hr;
+    m_changed = false;
+    return FAILED(hr) ? hr : m_files.Write(m_path.c_str(), m_bytes->Bytes());
 }

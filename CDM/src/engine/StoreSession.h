@@ -1,12 +1,11 @@
-// Several operations on the result store in a row. The file is opened once, however many results are read or
-// written. Changes are made to a working copy beside the file, which takes the file's place when it is
-// published: a process that dies while it stores leaves the file as it was. One session at a time in the
-// process; used by one thread.
+// Several operations on the result store in a row. The file is read once, however many results are read or
+// written; changes are made in memory and replace the file in one step when they are published, so that a
+// process that dies while it stores leaves the file as it was. Used by one thread.
 #pragma once
 
+#include "CDM/src/engine/MemoryBytes.h"
 #include "CDM/src/engine/StoreFiles.h"
 #include "Common/src/com/ComPtr.h"
-#include "Common/src/com/CriticalSection.h"
 
 #include <optional>
 #include <string>
@@ -17,12 +16,11 @@ class CStoreSession
     enum class Purpose
     {
         Read,
-        Change
+        Change // one at a time in the process; waits for the one before it
     };
 
-    // Waits for the session before it. `files` must outlive this one. Throws std::bad_alloc.
+    // `files` must outlive the session. Throws std::bad_alloc.
     CStoreSession(IStoreFiles& files, std::wstring path, Purpose purpose);
-    // Drops a working copy that was not published.
     ~CStoreSession();
     CStoreSession(const CStoreSession&) = delete;
     CStoreSession& operator=(const CStoreSession&) = delete;
@@ -30,24 +28,27 @@ class CStoreSession
     // S_OK, S_FALSE for a file that is no storage, STG_E_FILENOTFOUND for none.
     HRESULT IsStorageFile();
     HRESULT Open(ComPtr<IStorage>& root);
-    // `replace`: an existing file gives way; otherwise it makes the call fail.
-    HRESULT Create(bool replace, ComPtr<IStorage>& root);
+    // A storage without results.
+    HRESULT Create(ComPtr<IStorage>& root);
     // Deletes the file itself. Every reference on the root must be gone.
     HRESULT Delete();
 
-    // Puts what was changed in the file's place; S_OK also where nothing was opened.
+    // To be called with every change.
+    void SetChanged() noexcept { m_changed = true; }
+    // Puts what was changed in the file's place; S_OK also where nothing was.
     HRESULT Publish();
+    // Removes a result from the file, whatever this session's purpose is.
+    HRESULT Remove(const wchar_t* resultId);
 
   private:
-    HRESULT Prepare();
+    HRESULT ReadFile();
 
-    const CLockScope m_turn;
     IStoreFiles& m_files;
     const std::wstring m_path;
-    const bool m_change;
-    const std::wstring m_work; // the file that is opened
-    std::optional<HRESULT> m_prepared;
+    const Purpose m_purpose;
     std::optional<HRESULT> m_isStorage;
-    HRESULT m_openFailure = S_OK;
+    HRESULT m_openFailure = S_OK; // so that a file that cannot be opened is tried once
+    ComPtr<CMemoryBytes> m_bytes;
     ComPtr<IStorage> m_root;
+    bool m_changed = false;
 };

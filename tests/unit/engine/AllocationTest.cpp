@@ -144,6 +144,7 @@ TEST_F(AllocationTest, OfARun)
                  CBstr resultKey = key;
                  return manager->RunTest(key.Get(), resultKey, 0);
              });
+    EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:Cannot allocate memory for SettingData"));
     EXPECT_EQ(2u, ResultData(L"1@{aaa}").TestState);
 }
 

@@ -92,10 +92,10 @@ TEST_F(DiagMgrStartTest, AnAdapterWhoseTestsCannotBeListedKeepsItsIndex)
     ASSERT_EQ(S_OK, Run(L"1@{bbb}"));
     manager.reset();
     ComPtr<IStorage> root;
-    ASSERT_EQ(S_OK, PlatformStoreFiles().Open(paths.ResultStorePath.c_str(), root.Put()));
+    constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+    ASSERT_EQ(S_OK, StgOpenStorage(paths.ResultStorePath.c_str(), nullptr, kMode, nullptr, 0, root.Put()));
     ComPtr<IStorage> sub;
-    EXPECT_EQ(S_OK, root->OpenStorage(L"1@1", nullptr, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, nullptr, 0,
-                                      sub.Put()));
+    EXPECT_EQ(S_OK, root->OpenStorage(L"1@1", nullptr, kMode, nullptr, 0, sub.Put()));
 }
 
 TEST_F(DiagMgrStartTest, NoTestAtAll)

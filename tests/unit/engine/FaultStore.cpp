@@ -168,44 +168,44 @@ HRESULT CFaultStore::IsStorageFile(const wchar_t* path)
     return FAILED(hr) ? hr : PlatformStoreFiles().IsStorageFile(path);
 }
 
-HRESULT CFaultStore::Open(const wchar_t* path, IStorage** root)
+HRESULT CFaultStore::Read(const wchar_t* path, std::string& bytes)
+{
+    const HRESULT hr = Next("ReadFile");
+    return FAILED(hr) ? hr : PlatformStoreFiles().Read(path, bytes);
+}
+
+HRESULT CFaultStore::Write(const wchar_t* path, const std::string& bytes)
+{
+    const HRESULT hr = Next("WriteFile");
+    return FAILED(hr) ? hr : PlatformStoreFiles().Write(path, bytes);
+}
+
+HRESULT CFaultStore::Delete(const wchar_t* path)
+{
+    const HRESULT hr = Next("DeleteFile");
+    return FAILED(hr) ? hr : PlatformStoreFiles().Delete(path);
+}
+
+HRESULT CFaultStore::Open(ILockBytes& bytes, IStorage** root)
 {
     *root = nullptr;
     ComPtr<IStorage> inner;
     HRESULT hr = Next("Open");
     if (SUCCEEDED(hr))
-        hr = PlatformStoreFiles().Open(path, inner.Put());
+        hr = PlatformStoreFiles().Open(bytes, inner.Put());
     if (SUCCEEDED(hr))
         *root = MakeCom<CFaultStorage>(*this, std::move(inner)).Detach();
     return hr;
 }
 
-HRESULT CFaultStore::Create(const wchar_t* path, bool replace, IStorage** root)
+HRESULT CFaultStore::Create(ILockBytes& bytes, IStorage** root)
 {
     *root = nullptr;
     ComPtr<IStorage> inner;
     HRESULT hr = Next("Create");
     if (SUCCEEDED(hr))
-        hr = PlatformStoreFiles().Create(path, replace, inner.Put());
+        hr = PlatformStoreFiles().Create(bytes, inner.Put());
     if (SUCCEEDED(hr))
         *root = MakeCom<CFaultStorage>(*this, std::move(inner)).Detach();
     return hr;
-}
-
-HRESULT CFaultStore::Delete(const wchar_t* path)
-{
-    const HRESULT hr = Next("Delete");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Delete(path);
-}
-
-HRESULT CFaultStore::Copy(const wchar_t* from, const wchar_t* to)
-{
-    const HRESULT hr = Next("Copy");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Copy(from, to);
-}
-
-HRESULT CFaultStore::Replace(const wchar_t* from, const wchar_t* to)
-{
-    const HRESULT hr = Next("Replace");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Replace(from, to);
 }

@@ -24,11 +24,11 @@ class CFaultStore : public IStoreFiles
     void OnCall(std::function<void()> action) { m_onCall = std::move(action); }
 
     HRESULT IsStorageFile(const wchar_t* path) override;
-    HRESULT Open(const wchar_t* path, IStorage** root) override;
-    HRESULT Create(const wchar_t* path, bool replace, IStorage** root) override;
+    HRESULT Read(const wchar_t* path, std::string& bytes) override;
+    HRESULT Write(const wchar_t* path, const std::string& bytes) override;
     HRESULT Delete(const wchar_t* path) override;
-    HRESULT Copy(const wchar_t* from, const wchar_t* to) override;
-    HRESULT Replace(const wchar_t* from, const wchar_t* to) override;
+    HRESULT Open(ILockBytes& bytes, IStorage** root) override;
+    HRESULT Create(ILockBytes& bytes, IStorage** root) override;
 
     // For the wrapped storages and streams: S_OK lets the call pass.
     HRESULT Next(const char* name);

@@ -1,5 +1,6 @@
 // What becomes of stored results when storing fails, or ends, at any of its calls.
 #include "Common/src/com/ComObject.h"
+#include "Common/src/com/Owned.h"
 #include "tests/unit/engine/FaultStore.h"
 #include "tests/unit/engine/StoreFixture.h"
 
@@ -77,8 +78,7 @@ TEST_F(StoreFaultTest, ARefusedCallCostsNoStoredResult)
         }
         else if (hr != S_OK)
         {
-            // Where the file could not be opened, the answer is why none could be made in its place.
-            EXPECT_EQ(made[n - 1] == "Open" ? STG_E_FILEALREADYEXISTS : STG_E_MEDIUMFULL, hr) << n;
+            EXPECT_EQ(STG_E_MEDIUMFULL, hr) << n << " " << made[n - 1];
             ExpectIntact(L"A@0", L"A@K1", *Old());
         }
         else
@@ -112,7 +112,7 @@ TEST_F(StoreFaultTest, AProcessThatDiesBetweenAnyTwoCallsLeavesTheFileAsItWas)
         });
     EXPECT_EQ(S_OK, Store(*New()));
     EXPECT_EQ(looks, fault.Calls().size());
-    EXPECT_EQ("Replace", fault.Calls().back());
+    EXPECT_EQ("WriteFile", fault.Calls().back());
     fault.OnCall(nullptr);
     ExpectIntact(L"A@0", L"A@K1", *New());
     ExpectIntact(L"1@0", L"1@K1", *SomeResult(L"1@K1"));
@@ -153,20 +153,37 @@ TEST_F(StoreFaultTest, MessagesBehindOneThatCannotBeStoredAreNotCounted)
     EXPECT_EQ(1u, loaded->Data().MessageCount);
 }
 
-TEST_F(StoreFaultTest, AFileThatCanBeNeitherOpenedNorMadeIsTraced)
+TEST_F(StoreFaultTest, AFileThatIsOutOfReachIsTracedAndNotReplaced)
 {
-    fault.FailNamed("Open", STG_E_SHAREVIOLATION);
-    EXPECT_EQ(STG_E_FILEALREADYEXISTS, Store(*New()));
-    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80030050>"));
+    for (const char* call : {"ReadFile", "Open"})
+    {
+        const CTraceCapture own;
+        fault.FailNamed(call, STG_E_SHAREVIOLATION);
+        EXPECT_EQ(STG_E_SHAREVIOLATION, Store(*New()));
+        EXPECT_TRUE(own.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80030020>"));
+        EXPECT_EQ(initial, FileBytes());
+    }
+}
+
+TEST_F(StoreFaultTest, AFileThatSomebodyHoldsIsTracedAndNotReplaced)
+{
+    {
+        const CFileHandle held(
+            CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(held);
+        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION), Store(*New()));
+        EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80070020>"));
+    }
     EXPECT_EQ(initial, FileBytes());
 }
 
-TEST_F(StoreFaultTest, AFileThatCannotBeCopiedIsNotReplaced)
+TEST_F(StoreFaultTest, AStoreThatCannotBeMadeIsTraced)
 {
-    fault.FailNamed("Copy", E_ACCESSDENIED);
-    EXPECT_EQ(E_ACCESSDENIED, Store(*New()));
-    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80070005>"));
-    EXPECT_EQ(initial, FileBytes());
+    std::filesystem::remove(path);
+    fault.FailNamed("Create", STG_E_INSUFFICIENTMEMORY);
+    EXPECT_EQ(STG_E_INSUFFICIENTMEMORY, Store(*New()));
+    EXPECT_TRUE(trace.Has("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <80030008>"));
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(StoreFaultTest, ARefusedCallOfALoadGivesNoHalfResult)

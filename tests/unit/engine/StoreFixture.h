@@ -70,7 +70,7 @@ class CStoreTest : public testing::Test
     ComPtr<IStorage> OpenRoot()
     {
         ComPtr<IStorage> root;
-        EXPECT_EQ(S_OK, PlatformStoreFiles().Open(path.c_str(), root.Put()));
+        EXPECT_EQ(S_OK, StgOpenStorage(path.c_str(), nullptr, kReadWrite, nullptr, 0, root.Put()));
         return root;
     }
     // The bytes of a stream, or "missing".
