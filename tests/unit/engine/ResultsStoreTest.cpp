@@ -329,4 +329,12 @@ TEST_F(ResultsStoreTest, FileCutAnywhereNeverHarms)
         EXPECT_EQ(S_OK, Load(*loaded)) << size;
     }
 }
+
+// Leaves a file in the working folder, for check-stored-file to look at with tools that are not ours.
+TEST_F(ResultsStoreTest, AFileForOtherTools)
+{
+    ASSERT_EQ(S_OK, Store(*SomeResult()));
+    ASSERT_EQ(S_OK, Store(*EmptyResult(L"1@K2"), L"1@1", L"K2"));
+    std::filesystem::copy_file(path, "stored-results.bin", std::filesystem::copy_options::overwrite_existing);
+}
 } // namespace
