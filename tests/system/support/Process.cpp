@@ -16,6 +16,25 @@ struct CPipe
     CHandle Write;
 };
 
+struct ServiceTraits
+{
+    using Type = SC_HANDLE;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type h) noexcept { CloseServiceHandle(h); }
+};
+using CServiceHandle = COwned<ServiceTraits>;
+
+void RestartService(const wchar_t* name, const wchar_t* image)
+{
+    const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const CServiceHandle service(OpenServiceW(manager.Get(), name, SERVICE_STOP | SERVICE_START));
+    SERVICE_STATUS status = {};
+    if (!service || !ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) ||
+        !WaitForNoProcess(image) ||
+        (!StartServiceW(service.Get(), 0, nullptr) && GetLastError() != ERROR_SERVICE_ALREADY_RUNNING))
+        throw std::runtime_error("COM's own service could not be restarted");
+}
+
 CPipe MakeOutputPipe()
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -140,4 +159,17 @@ void KillProcess(DWORD id)
     const CHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
     if (process && TerminateProcess(process.Get(), 9))
         WaitForSingleObject(process.Get(), kLongest);
+}
+
+void KillServers(const std::vector<std::wstring>& images)
+{
+    bool killed = false;
+    for (const std::wstring& image : images)
+        for (const DWORD id : ProcessesOf(image))
+        {
+            KillProcess(id);
+            killed = true;
+        }
+    if (killed)
+        RestartService(L"RpcSs", L"rpcss.exe");
 }

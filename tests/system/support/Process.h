@@ -51,5 +51,9 @@ std::vector<DWORD> ProcessesOf(const std::wstring& image);
 // Waits until no process of the image runs any more; false after a minute.
 bool WaitForNoProcess(const std::wstring& image);
 
-// Ends a process at once, without any clean-up in it.
+// Ends a process at once, without any clean-up in it. For a COM server, KillServers is needed.
 void KillProcess(DWORD id);
+
+// Ends all processes of an image at once and makes COM forget that they served: Wine's service control
+// manager for COM would go on sending clients to them, and is restarted.
+void KillServers(const std::vector<std::wstring>& images);

@@ -1,5 +1,5 @@
 // A machine set up for one system test: the product's registry keys hold what the test says and nothing else,
-// all files stand in a folder of the test's own, and at the end every process has ended and both are gone.
+// all files stand in a folder of the test's own, and at the end processes, keys and files are gone.
 #pragma once
 
 #include <string>

@@ -1,0 +1,96 @@
+// Listing tests across processes: every client gets the same, from one provider process, in every mode.
+#include "tests/system/provider/ProviderFixture.h"
+
+#include "Common/src/VormArray.h"
+#include "Common/src/com/Text.h"
+#include "agent/Vorl.h"
+#include "agent/VorlIds.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+const std::vector<std::string> kKeysOfTwoAdapters = {"1@ALPHA", "1@BETA", "2@ALPHA", "9@ALPHA", "F@BETA"};
+
+TEST(List, EveryClientGetsTheSameTests)
+{
+    const CProviderMachine machine;
+    machine.SetScript(kScriptOfTwoAdapters);
+
+    EXPECT_EQ(kKeysOfTwoAdapters, TestKeys(ZebdiagJson(L"list")));
+    EXPECT_EQ(kKeysOfTwoAdapters, RunScript(L"list.vbs"));
+    std::vector<std::string> raw;
+    for (const std::wstring& name : PropertyTexts(CWmiClient().Instances(L"Tolva_DiagTest"), L"Name"))
+        raw.push_back(NarrowText(name));
+    EXPECT_EQ(kKeysOfTwoAdapters, raw);
+}
+
+TEST(List, InstancesHaveEveryServedProperty)
+{
+    const CProviderMachine machine;
+    machine.SetScript(kScriptOfTwoAdapters);
+
+    ComPtr<IWbemClassObject> test;
+    ASSERT_EQ(S_OK, CWmiClient().Get(TestPath(L"9@alpha"), test));
+    EXPECT_EQ(L"9@ALPHA", PropertyText(test.Get(), L"Name"));
+    EXPECT_EQ(L"Sender", PropertyText(test.Get(), L"Caption"));
+    EXPECT_EQ(L"FALSE", PropertyText(test.Get(), L"IsInUse"));
+    EXPECT_EQ(L"2,7", PropertyText(test.Get(), L"Characteristics"));
+    EXPECT_EQ(L"", PropertyText(test.Get(), L"ResourcesUsed"));
+    EXPECT_EQ(std::nullopt, PropertyText(test.Get(), L"OtherCharacteristicDescription"));
+    EXPECT_EQ(L"Tolva_DiagTest", PropertyText(test.Get(), L"CreationClassName"));
+    EXPECT_EQ(L"Win32_ComputerSystem", PropertyText(test.Get(), L"SystemCreationClassName"));
+    wchar_t computer[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD size = MAX_COMPUTERNAME_LENGTH + 1;
+    ASSERT_TRUE(GetComputerNameW(computer, &size));
+    EXPECT_EQ(computer, PropertyText(test.Get(), L"SystemName"));
+}
+
+TEST(List, TwoClientsAtOnceAreServedByOneProcess)
+{
+    const CProviderMachine machine;
+    machine.SetScript(kScriptOfTwoAdapters);
+
+    const std::wstring list = L"\"" + BinFolder() + L"zebdiag.exe\" list --json";
+    CRunningProgram first(list);
+    CRunningProgram second(list);
+    const CRunResult one = first.Finish();
+    const CRunResult two = second.Finish();
+    EXPECT_EQ(0u, one.ExitCode) << one.Output;
+    EXPECT_EQ(one.Output, two.Output);
+    EXPECT_EQ(1u, ProcessesOf(L"Drevok.EXE").size());
+}
+
+TEST(List, ProxyAgentIsReachedAcrossProcesses)
+{
+    const CProviderMachine machine(CProviderMachine::Agent::Proxy);
+    machine.SetScript(kScriptOfTwoAdapters);
+
+    EXPECT_EQ(kKeysOfTwoAdapters, TestKeys(ZebdiagJson(L"list")));
+    EXPECT_EQ(1u, ProcessesOf(L"VorlProxy.exe").size());
+}
+
+TEST(List, RealAgentListsTheWiredAdaptersOfThisMachine)
+{
+    ComPtr<IVormRoot> root;
+    ComPtr<IVormDiag> agent;
+    ASSERT_EQ(S_OK,
+              CoCreateInstance(kClsidVorl, nullptr, CLSCTX_INPROC_SERVER, IID_IVormRoot, root.PutVoid()));
+    ASSERT_EQ(S_OK, root->Initialize(1033));
+    ASSERT_EQ(S_OK, root->QueryInterface(IID_IVormDiag, agent.PutVoid()));
+    CVormArray<BSTR> adapters;
+    ASSERT_EQ(S_OK, agent->EnumAdapters(adapters.PutCount(), adapters.PutItems()));
+
+    const CProviderMachine machine(CProviderMachine::Agent::Real);
+    if (adapters.Count() == 0)
+    {
+        // Nothing to serve: the provider refuses to start, and the client says what to look at.
+        EXPECT_NE(0u, Zebdiag(L"list").ExitCode);
+        return;
+    }
+    const nlohmann::json list = ZebdiagJson(L"list");
+    ASSERT_EQ(adapters.Count(), list.at("adapters").size());
+    for (const auto& adapter : list.at("adapters"))
+        EXPECT_EQ(8u, adapter.at("tests").size()) << adapter.dump();
+}
+} // namespace

@@ -1,0 +1,65 @@
+#include "tests/system/provider/ProviderFixture.h"
+
+#include "Common/src/com/Text.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+
+const char kScriptOfTwoAdapters[] = R"({
+  "Adapters": [
+    { "Key": "ALPHA", "Tests": [ { "TestID": 1 }, { "TestID": 2, "Outcome": "0x80040321" }, { "TestID": 9 } ] },
+    { "Key": "BETA", "Tests": [ { "TestID": 1 }, { "TestID": 15 } ] }
+  ]
+})";
+
+CRunResult Zebdiag(const std::wstring& arguments)
+{
+    return RunProgram(L"\"" + BinFolder() + L"zebdiag.exe\" " + arguments);
+}
+
+nlohmann::json ZebdiagJson(const std::wstring& arguments, DWORD expectedExitCode)
+{
+    const CRunResult result = Zebdiag(arguments + L" --json");
+    EXPECT_EQ(expectedExitCode, result.ExitCode) << NarrowText(arguments) << "\n" << result.Output;
+    nlohmann::json document = nlohmann::json::parse(result.Output, nullptr, false);
+    EXPECT_FALSE(document.is_discarded()) << result.Output;
+    return document;
+}
+
+std::vector<std::string> RunScript(const wchar_t* file, const std::wstring& arguments)
+{
+    const CRunResult result =
+        RunProgram(L"cscript.exe /nologo \"" + BinFolder() + L"scripts\\" + file + L"\" " + arguments);
+    EXPECT_EQ(0u, result.ExitCode) << result.Output;
+    std::vector<std::string> lines;
+    std::istringstream output(result.Output);
+    for (std::string line; std::getline(output, line);)
+    {
+        if (line.ends_with('\r'))
+            line.pop_back();
+        lines.push_back(std::move(line));
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+std::vector<std::string> TestKeys(const nlohmann::json& list)
+{
+    std::vector<std::string> keys;
+    for (const auto& adapter : list.at("adapters"))
+        for (const auto& test : adapter.at("tests"))
+            keys.push_back(test.at("key").get<std::string>());
+    std::sort(keys.begin(), keys.end());
+    return keys;
+}
+
+std::wstring TestPath(const std::wstring& key)
+{
+    return L"Tolva_DiagTest.Name=\"" + EscapedKey(key) + L"\"";
+}
+
+std::wstring AdapterPath(const std::wstring& deviceId)
+{
+    return L"Tolva_EthernetAdapter.DeviceID=\"" + EscapedKey(deviceId) + L"\"";
+}
