@@ -39,7 +39,7 @@ class CQueryServices final : public CFakeServices
     }
 };
 
-ComPtr<IWbemClassObject> Object(const wchar_t* className, std::map<std::wstring, CVariant> values)
+ComPtr<IWbemClassObject> Object(const wchar_t* className, std::map<std::wstring, CVariant>&& values)
 {
     auto definition = std::make_shared<standin::CClassDefinition>(className);
     for (const auto& [name, value] : values)
