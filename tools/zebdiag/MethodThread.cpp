@@ -1,8 +1,7 @@
 #include "tools/zebdiag/MethodThread.h"
 
-#include <new>
+#include <exception>
 #include <objbase.h>
-#include <thread>
 
 namespace zebdiag
 {
@@ -15,52 +14,53 @@ struct CMethodThread::CState
     {
     }
 
+    void Call() noexcept
+    {
+        try
+        {
+            Out = Session.Call(Path, ClassName, Method, Arguments);
+        }
+        catch (...)
+        {
+            Failure = std::current_exception();
+        }
+        SetEvent(Done.Get());
+    }
+
     const CWmiSession Session;
     const std::wstring Path;
     const wchar_t* const ClassName;
     const wchar_t* const Method;
     const std::vector<CWmiSession::CArgument> Arguments;
 
-    CHandle Done;
+    const CHandle Done;
     WmiObject Out;
-    std::optional<CFailure> Failure;
-
-    void Run() noexcept
-    {
-        const HRESULT apartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        try
-        {
-            try
-            {
-                Out = Session.Call(Path, ClassName, Method, Arguments);
-            }
-            catch (const CFailure& failure)
-            {
-                Failure = failure;
-            }
-            catch (const std::exception&)
-            {
-                Failure = FailureOf(E_OUTOFMEMORY, Step::Call, Session.Target(), ClassName);
-            }
-        }
-        catch (...)
-        {
-            // Not even the failure could be kept: an absent result says that there was no run.
-            Out.Reset();
-        }
-        if (SUCCEEDED(apartment))
-            CoUninitialize();
-        SetEvent(Done.Get());
-    }
+    std::exception_ptr Failure;
 };
+
+// `parameter` is a shared pointer on the heap, which the thread owns and lets go while COM is still there.
+DWORD WINAPI CMethodThread::Thread(void* parameter) noexcept
+{
+    const HRESULT apartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    std::unique_ptr<std::shared_ptr<CState>> state(static_cast<std::shared_ptr<CState>*>(parameter));
+    (*state)->Call();
+    state.reset();
+    if (SUCCEEDED(apartment))
+        CoUninitialize();
+    return 0;
+}
 
 CMethodThread::CMethodThread(const CWmiSession& session, const std::wstring& path, const wchar_t* className,
                              const wchar_t* method, const std::vector<CWmiSession::CArgument>& arguments)
     : m_state(std::make_shared<CState>(session, path, className, method, arguments))
 {
-    if (!m_state->Done)
+    // Not std::thread: one that is detached before it has begun can lose its function in this toolchain.
+    auto shared = std::make_unique<std::shared_ptr<CState>>(m_state);
+    const CHandle thread(m_state->Done ? CreateThread(nullptr, 0, Thread, shared.get(), 0, nullptr)
+                                       : nullptr);
+    if (!thread)
         throw FailureOf(E_OUTOFMEMORY, Step::Call, session.Target(), className);
-    std::thread([state = m_state] { state->Run(); }).detach();
+    shared.release(); // the thread's now
 }
 
 CMethodThread::~CMethodThread() = default;
@@ -73,7 +73,7 @@ HANDLE CMethodThread::Done() const noexcept
 WmiObject CMethodThread::Result() const
 {
     if (m_state->Failure)
-        throw CFailure(*m_state->Failure);
+        std::rethrow_exception(m_state->Failure);
     return m_state->Out;
 }
 } // namespace zebdiag

@@ -6,7 +6,6 @@
 #include "tools/zebdiag/WmiSession.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,11 +23,13 @@ class CMethodThread
 
     // Signalled when the call has ended.
     HANDLE Done() const noexcept;
-    // After Done only: the out-parameters, or the call's failure as an exception.
+    // After Done only: the out-parameters, or the exception that the call ended with.
     WmiObject Result() const;
 
   private:
     struct CState;
+    static DWORD WINAPI Thread(void* parameter) noexcept;
+
     std::shared_ptr<CState> m_state; // shared with the thread, which may outlive us
 };
 } // namespace zebdiag

@@ -256,7 +256,11 @@ TEST_F(TestRunTest, InterruptStopsTheTest)
     CFakeDiagnostics::CFakeTest& test = AddTest();
     test.Run = LastingRun(TestState::Stopped);
     test.Stop = [this] { return SetEvent(m_mayEnd.Get()) != FALSE; };
-    m_onProgress = [this] { SetEvent(m_stop.Get()); };
+    m_onProgress = [this]
+    {
+        if (m_percents.back()) // so that the run is known to go on
+            SetEvent(m_stop.Get());
+    };
     const CRunOutcome outcome = Run();
     EXPECT_EQ(outcome.Code, ExitCode::Stopped);
     EXPECT_TRUE(outcome.Interrupted);
