@@ -103,10 +103,9 @@ TEST_F(VormArrayTest, TheLastHolderFreesTheList)
         Enumerate(first.PutCount(), first.PutItems(), {VormTestDescriptor{9, 2, 3}});
         block = first.Items();
         {
-            CVormArray<VormTestDescriptor> second;
-            second = first;
+            const std::vector others(1, first);
             EXPECT_EQ(2, first.Holders());
-            EXPECT_EQ(first.Items(), second.Items());
+            EXPECT_EQ(first.Items(), others[0].Items());
         }
         EXPECT_EQ(1, first.Holders());
         ASSERT_EQ(1u, first.Count());
