@@ -1,9 +1,85 @@
 #include "CDM/src/engine/CimDateTime.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/engine/SharedLock.h"
 
-#include <cstdio>
 #include <cwchar>
+
+namespace
+{
+constexpr ULONGLONG kZoneLasts = 1000; // milliseconds
+
+struct CKnownZone
+{
+    CSharedLock Lock;
+    bool Known = false;
+    ULONGLONG ReadAt = 0;
+    DWORD Result = 0;
+    TIME_ZONE_INFORMATION Zone{};
+};
+CKnownZone s_known;
+
+wchar_t* PutNumber(wchar_t* to, LONGLONG number, int width) noexcept
+{
+    if (number < 0)
+    {
+        *to++ = L'-';
+        number = -number;
+    }
+    wchar_t digits[24];
+    int count = 0;
+    do
+        digits[count++] = static_cast<wchar_t>(L'0' + number % 10);
+    while ((number /= 10) != 0 || count < width);
+    while (count > 0)
+        *to++ = digits[--count];
+    return to;
+}
+
+// Fills in a format whose fields are "%04u", "%02u", "%c" and "%ld". The C runtime's formatter takes twenty
+// times as long.
+wchar_t* Fill(wchar_t* to, const wchar_t* format, const LONGLONG* value) noexcept
+{
+    for (; *format; ++format)
+    {
+        if (*format != L'%')
+        {
+            *to++ = *format;
+            continue;
+        }
+        int width = 0;
+        while (*++format >= L'0' && *format <= L'9')
+            width = width * 10 + (*format - L'0');
+        if (*format == L'l')
+            ++format;
+        if (*format == L'c')
+            *to++ = static_cast<wchar_t>(*value++);
+        else
+            to = PutNumber(to, *value++, width);
+    }
+    return to;
+}
+} // namespace
+
+DWORD WINAPI ReadTimeZone(TIME_ZONE_INFORMATION* zone) noexcept
+{
+    const ULONGLONG now = GetTickCount64();
+    {
+        const CReadScope held(s_known.Lock);
+        if (s_known.Known && now - s_known.ReadAt < kZoneLasts)
+        {
+            *zone = s_known.Zone;
+            return s_known.Result;
+        }
+    }
+    const DWORD result = GetTimeZoneInformation(zone);
+    const CWriteScope held(s_known.Lock);
+    s_known.Known = true;
+    s_known.ReadAt = now;
+    s_known.Result = result;
+    s_known.Zone = *zone;
+    return result;
+}
 
 bool ConvertSystemTimeToString(const SYSTEMTIME* time, CCoTaskMem<wchar_t>& text,
                                TimeZoneReader readZone) noexcept
@@ -26,10 +102,12 @@ bool ConvertSystemTimeToString(const SYSTEMTIME* time, CCoTaskMem<wchar_t>& text
         offset += zone.DaylightBias;
     const bool east = zone.Bias < 0;
 
+    const LONGLONG values[] = {time->wYear,   time->wMonth,  time->wDay,         time->wHour,
+                               time->wMinute, time->wSecond, east ? L'+' : L'-', east ? -offset : offset};
     wchar_t buffer[64];
-    const int length = _snwprintf(buffer, std::size(buffer), L"%04u%02u%02u%02u%02u%02u.000000%c%ld",
-                                  time->wYear, time->wMonth, time->wDay, time->wHour, time->wMinute,
-                                  time->wSecond, east ? L'+' : L'-', east ? -offset : offset);
+    wchar_t* const end = Fill(buffer, L"%04u%02u%02u%02u%02u%02u.000000%c%ld", values);
+    *end = L'\0';
+    const size_t length = end - buffer;
     wchar_t* const copy = static_cast<wchar_t*>(CoTaskMemAlloc((length + 1) * sizeof(wchar_t)));
     if (!copy)
         return false;

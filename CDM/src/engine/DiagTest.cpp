@@ -86,9 +86,13 @@ void CDiagTest::DropWorker()
 CRunTiming CDiagTest::ReadTiming()
 {
     CRunTiming timing;
-    ReadRegistryNumber(kZebDiagKey, "TimeoutSndRsp", timing.TimeoutSndRsp);
-    ReadRegistryNumber(kZebDiagKey, "CheckTime", timing.CheckTime);
-    ReadRegistryNumber(kZebDiagKey, "MaxPktsRcvd", timing.MaxPktsRcvd);
+    CRegKey key;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, kZebDiagKey, 0, KEY_QUERY_VALUE, key.Put()) == ERROR_SUCCESS)
+    {
+        ReadNumber(key.Get(), "TimeoutSndRsp", timing.TimeoutSndRsp);
+        ReadNumber(key.Get(), "CheckTime", timing.CheckTime);
+        ReadNumber(key.Get(), "MaxPktsRcvd", timing.MaxPktsRcvd);
+    }
     const CWriteScope held(Lock());
     m_timing = timing;
     return timing;

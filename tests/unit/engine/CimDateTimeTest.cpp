@@ -52,6 +52,7 @@ const Zone kZones[] = {
     {"WestWithDaylight", 300, -60, 3, TIME_ZONE_ID_DAYLIGHT, L"-240"},
     {"DaylightAtZero", 0, -60, 3, TIME_ZONE_ID_DAYLIGHT, L"--60"},
     {"HalfHours", -330, 0, 0, TIME_ZONE_ID_UNKNOWN, L"+330"},
+    {"Largest", -2147483647, 0, 0, TIME_ZONE_ID_UNKNOWN, L"+2147483647"},
     {"NotPadded", -5, 0, 0, TIME_ZONE_ID_UNKNOWN, L"+5"},
 };
 INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, testing::ValuesIn(kZones), NameOf<Zone>);
@@ -68,6 +69,33 @@ TEST(ToTextTest, NullTimeGivesANullText)
     CCoTaskMem<wchar_t> text = SomeText();
     EXPECT_FALSE(ConvertSystemTimeToString(nullptr, text));
     EXPECT_FALSE(text);
+}
+
+TEST(ToTextTest, FieldsArePadded)
+{
+    s_zone = {};
+    s_zoneResult = TIME_ZONE_ID_UNKNOWN;
+    const SYSTEMTIME early = {7, 1, 0, 2, 3, 4, 5, 0};
+    const SYSTEMTIME late = {9999, 12, 0, 31, 23, 59, 59, 999};
+    CCoTaskMem<wchar_t> text;
+    ASSERT_TRUE(ConvertSystemTimeToString(&early, text, &ReadTestZone));
+    EXPECT_STREQ(L"00070102030405.000000-0", text.Get());
+    ASSERT_TRUE(ConvertSystemTimeToString(&late, text, &ReadTestZone));
+    EXPECT_STREQ(L"99991231235959.000000-0", text.Get());
+}
+
+TEST(ToTextTest, TheZoneIsTheSystems)
+{
+    TIME_ZONE_INFORMATION asked{};
+    const DWORD result = GetTimeZoneInformation(&asked);
+    for (int i = 0; i < 2; ++i)
+    {
+        TIME_ZONE_INFORMATION zone{};
+        EXPECT_EQ(result, ReadTimeZone(&zone));
+        EXPECT_EQ(asked.Bias, zone.Bias);
+        EXPECT_EQ(asked.DaylightBias, zone.DaylightBias);
+        EXPECT_EQ(asked.DaylightDate.wMonth, zone.DaylightDate.wMonth);
+    }
 }
 
 TEST(ToTextTest, UnreadableZoneLeavesTheTextAlone)
