@@ -86,7 +86,7 @@ HRESULT CDiagMgr::CState::RunTest(BSTR testKey, BSTR resultKey, ULONG mode)
 HRESULT CDiagMgr::CState::PrepareResult(const CDiagTest& test, BSTR resultKey,
                                         std::shared_ptr<CDiagResult>& result)
 {
-    HRESULT hr = results.GetObj(resultKey, result);
+    HRESULT hr = WithinMemory([&] { return results.GetObj(resultKey, result); });
     if (SUCCEEDED(hr))
     {
         // Those of a sender/responder test stay until its first poll replaces them.
@@ -100,7 +100,7 @@ HRESULT CDiagMgr::CState::PrepareResult(const CDiagTest& test, BSTR resultKey,
         return hr;
     }
     result = std::make_shared<CDiagResult>(resultKey, test.NameStringID(), test.SenderResponder());
-    hr = results.AddObj(resultKey, result);
+    hr = WithinMemory([&] { return results.AddObj(resultKey, result); });
     if (FAILED(hr))
         ZebDebug().Write("CDiagMgr::RunTest:AddObj for Result failed, hr = <%x>", hr);
     return hr;
@@ -216,7 +216,7 @@ HRESULT CDiagMgr::StopTest(BSTR testKey)
             if (!test->Locked())
                 return engine::Stopped;
             const std::shared_ptr<CDiagAgent> agent = m_state->agent;
-            return test->StopTest(agent.get(), testKey);
+            return test->StopTest(agent.get(), FoldedKey(testKey).Get());
         });
 }
 

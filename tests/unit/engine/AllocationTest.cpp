@@ -63,7 +63,7 @@ namespace
 class AllocationTest : public CEngineTest
 {
   protected:
-    AllocationTest() { agent->AddAdapter(L"{aaa}", {1, 9}); }
+    AllocationTest() { agent->AddAdapter(L"{aaa}", {1, 2, 9}); }
 
     // Runs `operation` with the first, second, ... allocation failing, until it gets by without a failure.
     // `before` puts things in place each time.
@@ -106,7 +106,7 @@ TEST_F(AllocationTest, OfAStart)
                  const HRESULT hr = manager->Initialize(&agents);
                  return hr == E_NOINTERFACE || hr == wmi::Failed ? wmi::OutOfMemory : hr;
              });
-    EXPECT_EQ(2u, Tests().size());
+    EXPECT_EQ(3u, Tests().size());
     EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagTestsMap object"));
     EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagResultsMap object"));
     EXPECT_TRUE(trace.Has("CDiagMgr::Initialize:Could not create new DiagSettingsMap object"));
@@ -131,19 +131,21 @@ TEST_F(AllocationTest, OfQueries)
     EXPECT_EQ(2u, result.MessageCount);
     CVormArray<BSTR> keys;
     FailEach(nothing, [&] { return manager->EnumTests(keys); });
-    EXPECT_EQ(2u, keys.Count());
+    EXPECT_EQ(3u, keys.Count());
 }
 
 TEST_F(AllocationTest, OfARun)
 {
     registry.SetNumber(kDiagKey, "Enable", 1);
     ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"2@{aaa}")); // what only a first run allocates is there
     FailEach([] {},
              [&]
              {
                  CBstr resultKey = key;
                  return manager->RunTest(key.Get(), resultKey, 0);
              });
+    EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:AddObj for Result failed, hr = <80041006>"));
     EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:Cannot allocate memory for SettingData"));
     EXPECT_EQ(2u, ResultData(L"1@{aaa}").TestState);
 }

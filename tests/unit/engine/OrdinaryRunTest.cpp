@@ -236,7 +236,8 @@ TEST_F(OrdinaryRunTest, StoppingALockedTestAsksTheAgent)
     const CBstr key(L"1@{aaa}");
     ASSERT_EQ(S_OK, manager->LockTest(key.Get()));
     EXPECT_EQ(S_OK, manager->StopTest(key.Get()));
-    EXPECT_EQ(L"{AAA}", FoldedKey(CBstr(agent->Calls().back().AdapterKey.c_str()).Get()).View());
+    // The agent hears the key in the form in which it heard of the run.
+    EXPECT_EQ(L"{AAA}", agent->Calls().back().AdapterKey);
     EXPECT_EQ(1u, agent->Calls().back().TestID);
     agent->Fail(Method::StopTest, 1, kAgentFailure);
     EXPECT_EQ(kAgentFailure, manager->StopTest(key.Get()));

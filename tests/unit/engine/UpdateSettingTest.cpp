@@ -5,6 +5,8 @@
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 
+#include <thread>
+
 namespace
 {
 struct Property
@@ -184,5 +186,32 @@ TEST_F(UpdateSettingTest, WithoutQuickModeTheThreeBeforeItAreUpdated)
     EXPECT_EQ(1u, data.QuickMode);
     EXPECT_EQ(0, data.TestWarningLevel);
     EXPECT_EQ(100, data.PercentOfTestCoverage);
+}
+
+TEST_F(UpdateSettingTest, ManyClientsAtOnce)
+{
+    ASSERT_EQ(S_OK, Start());
+    MakeInstance();
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> clients;
+    for (int c = 0; c < 3; ++c)
+        clients.emplace_back(
+            [&]
+            {
+                for (int i = 0; i < 300; ++i)
+                    if (Update(L"9@{aaa}") != S_OK)
+                        ++wrong;
+            });
+    for (int i = 0; i < 1000; ++i)
+    {
+        CSettingData data;
+        if (manager->GetSettingData(CBstr(L"9@{aaa}").Get(), &data) != S_OK || data.IsPackage != 1 ||
+            (data.PercentOfTestCoverage != 100 && data.PercentOfTestCoverage != 255))
+            ++wrong;
+    }
+    for (std::thread& client : clients)
+        client.join();
+    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(6u, Updated(Setting(L"9@{aaa}")));
 }
 } // namespace
