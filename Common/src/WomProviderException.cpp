@@ -52,7 +52,9 @@ CBstr CWomProviderException::Description() const
         if (!resultText.empty())
             parts += ": " + resultText;
     }
-    return CBstr(WidenText(m_messageText + " (" + parts + ")"));
+    // Without a message, what failed is the next best beginning.
+    const std::string start = m_messageText.empty() ? NarrowText(m_parameterInfo.View()) : m_messageText;
+    return CBstr(WidenText(start + " (" + parts + ")"));
 }
 
 void CWomProviderException::ReportToSink(ComPtr<IWbemObjectSink> sink) const noexcept
