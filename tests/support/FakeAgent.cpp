@@ -52,9 +52,10 @@ void CFakeAgent::Fail(Method method, int n, HRESULT code, int times)
     m_throws = false;
 }
 
-void CFakeAgent::Throw(Method method, int n)
+void CFakeAgent::Throw(Method method, int n, int times)
 {
-    Fail(method, n, S_OK);
+    Fail(method, n, S_OK, times);
+    const CLockScope held(m_section);
     m_throws = true;
 }
 

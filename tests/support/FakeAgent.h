@@ -51,10 +51,10 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     // Signalled while a run is blocked.
     HANDLE Blocked() const noexcept { return m_blocked.Get(); }
 
-    // The n-th call of a method from now on (counted from 1) answers `code`; the first `times` from there on
-    // do. Throwing works alike.
+    // The n-th call of a method from now on (counted from 1) answers `code`, or throws; so do those after it,
+    // `times` in all.
     void Fail(Method method, int n, HRESULT code, int times = 1);
-    void Throw(Method method, int n);
+    void Throw(Method method, int n, int times = 1);
     // The next Release of anybody's does.
     void ThrowWhenReleased() { m_throwOnRelease = true; }
 

@@ -45,11 +45,11 @@ struct AgentFault
     const char* trace;
 };
 
-class AgentFaultTest : public CEngineTest, public testing::WithParamInterface<AgentFault>
+class StartFaultTest : public CEngineTest, public testing::WithParamInterface<AgentFault>
 {
 };
 
-TEST_P(AgentFaultTest, EndsInACodeATraceAndNothingLeftBehind)
+TEST_P(StartFaultTest, EndsInACodeATraceAndNothingLeftBehind)
 {
     agent->AddAdapter(L"{aaa}", {1});
     const long before = g_liveComObjects;
@@ -79,7 +79,7 @@ const AgentFault kFaults[] = {
     {"OnlyEnumDiagTestsThrows", Method::EnumDiagTests, true, wmi::Failed,
      "CDiagMgr::Initialize:EnumDiagTests failed, hr = <8000ffff>"},
 };
-INSTANTIATE_TEST_SUITE_P(Calls, AgentFaultTest, testing::ValuesIn(kFaults), NameOf<AgentFault>);
+INSTANTIATE_TEST_SUITE_P(Calls, StartFaultTest, testing::ValuesIn(kFaults), NameOf<AgentFault>);
 
 TEST_F(DiagMgrStartTest, AnAdapterWhoseTestsCannotBeListedKeepsItsIndex)
 {

@@ -279,4 +279,37 @@ TEST_F(OrdinaryRunTest, ResultsOfEveryStateSurviveARestart)
         EXPECT_EQ(before[i].TestCompletionTime->wSecond, after.TestCompletionTime->wSecond);
     }
 }
+
+// A result can be filed under a key that is no test's. It cannot be stored, and ends the storing there.
+struct OddResult
+{
+    const char* name;
+    const wchar_t* key;
+    const char* trace;
+};
+
+class OddResultTest : public CEngineTest, public testing::WithParamInterface<OddResult>
+{
+};
+
+TEST_P(OddResultTest, IsNotStoredButThoseBeforeItAre)
+{
+    agent->AddAdapter(L"{aaa}", {1, 0xFF});
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+    ASSERT_EQ(S_OK, Run(L"FF@{aaa}"));
+    CBstr odd(GetParam().key);
+    ASSERT_EQ(S_OK, manager->RunTest(CBstr(L"1@{aaa}").Get(), odd, 0));
+    manager.reset();
+    EXPECT_TRUE(trace.Has(GetParam().trace));
+    EXPECT_TRUE(trace.Has("CDiagMgr::~CDiagMgr:StoreResults failed, hr = <80041006>"));
+    ASSERT_EQ(S_OK, Start());
+    EXPECT_EQ((std::vector<std::wstring>{L"1@{AAA}"}), Results());
+}
+
+const OddResult kOddResults[] = {
+    {"WithoutSeparator", L"cable", "CDiagMgr::StoreResults:ParseForTestName failed"},
+    {"OfAnUnknownAdapter", L"1@{bbb}", "CDiagMgr::StoreResults:GetIndexFromMap failed"},
+};
+INSTANTIATE_TEST_SUITE_P(Keys, OddResultTest, testing::ValuesIn(kOddResults), NameOf<OddResult>);
 } // namespace
