@@ -7,7 +7,7 @@ namespace zebdiag
 {
 namespace
 {
-void Report(const CFailure& failure, const COptions& options, IConsole& console)
+std::wstring InWords(const CFailure& failure)
 {
     std::wstring text = L"zebdiag: " + failure.Cause + L"\n";
     if (!failure.Detail.empty())
@@ -16,9 +16,15 @@ void Report(const CFailure& failure, const COptions& options, IConsole& console)
         text += failure.NextStep + L"\n";
     if (failure.Status != S_OK)
         text += L"(Status " + StatusText(failure.Status) + L".)\n";
-    console.Err(text);
+    return text;
+}
+
+void Report(const CFailure& failure, const COptions& options, IConsole& console)
+{
     if (options.Json)
         console.Out(JsonFailure(options.Command, failure));
+    if (!options.Json || console.ErrIsTerminal())
+        console.Err(InWords(failure));
 }
 
 ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSeams& seams)

@@ -19,8 +19,8 @@ struct CApplicationSeams
     CSurroundings Surroundings;
 };
 
-// `arguments` without the program's name. Data goes to standard output, failures in words to standard error;
-// with --json a failure is a document on standard output as well.
+// `arguments` without the program's name. Data goes to standard output, failures in words to standard error.
+// With --json a failure is a document as well, and standard error is used only where a person watches it.
 ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
                         const CApplicationSeams& seams);
 } // namespace zebdiag

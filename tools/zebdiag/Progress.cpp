@@ -9,7 +9,8 @@ namespace zebdiag
 {
 namespace
 {
-// Plain lines: one for every so many percent, or where nobody knows the percentage, seconds.
+// Plain lines: the first percentage that is known, then one for every so many percent; where nobody knows it,
+// one for every so many seconds.
 constexpr long kPercentStep = 10;
 constexpr unsigned long long kSecondsStep = 10;
 constexpr unsigned kLongestBar = 40;
@@ -59,7 +60,7 @@ void CProgress::DrawBar(std::optional<long> percent, unsigned long long elapsedS
 
 void CProgress::WriteLine(std::optional<long> percent, unsigned long long elapsedSeconds)
 {
-    const bool due = percent ? *percent / kPercentStep > m_saidPercent.value_or(0) / kPercentStep
+    const bool due = percent ? !m_saidPercent || *percent / kPercentStep > *m_saidPercent / kPercentStep
                              : elapsedSeconds >= m_saidSeconds + kSecondsStep;
     if (!due)
         return;

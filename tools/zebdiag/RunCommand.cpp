@@ -84,10 +84,13 @@ class CSeries
   private:
     bool IsSingle() const { return m_tests.size() == 1; }
 
-    // What is not data: shown beside it, or on standard error where the data is a document.
+    // What is not data: shown beside it, or where the data is a document, to who watches.
     void Tell(std::wstring_view text) const
     {
-        m_json ? m_context.Console.Err(text) : m_context.Console.Out(text);
+        if (!m_json)
+            m_context.Console.Out(text);
+        else if (m_context.Console.ErrIsTerminal())
+            m_context.Console.Err(text);
     }
 
     void TellIndented(const std::wstring& text) const

@@ -119,6 +119,7 @@ TEST_F(CommandsTest, JsonStandsAloneOnStandardOutput)
         ASSERT_FALSE(document.is_discarded()) << Utf8Text(m_console.Output);
         EXPECT_EQ(document["version"], 1);
         EXPECT_EQ(document["command"], Utf8Text(arguments[0]));
+        EXPECT_EQ(m_console.Errors, L"") << "a program that reads both streams must find the document alone";
     }
 }
 
@@ -141,7 +142,18 @@ TEST_F(CommandsTest, FailureIsADocumentToo)
     EXPECT_EQ(Run({L"results", L"--json"}), ExitCode::NotReachable);
     EXPECT_EQ(Document()["error"]["status"], "0x80041010");
     EXPECT_EQ(Document()["exitCode"], 6);
-    EXPECT_NE(m_console.Errors, L"");
+    EXPECT_EQ(m_console.Errors, L"");
+}
+
+TEST_F(CommandsTest, WhoWatchesADocumentBeingMadeSeesWhatGoesOn)
+{
+    m_console.ErrorsAreWatched = true;
+    EXPECT_EQ(Run({L"run", L"--test", L"speed", L"--json"}), ExitCode::Passed);
+    EXPECT_TRUE(m_console.Errors.starts_with(L"Speed on Ethernet 2\n"));
+    EXPECT_EQ(Document()["verdict"], "passed");
+    m_console.Errors.clear();
+    EXPECT_EQ(Run({L"stop", L"--test", L"speed", L"--json"}), ExitCode::CouldNotRun);
+    EXPECT_EQ(m_console.Errors, L"zebdiag: The test is not running.\n");
 }
 
 TEST_F(CommandsTest, PasswordIsAskedForWhereAUserIsNamed)

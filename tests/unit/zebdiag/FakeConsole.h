@@ -11,7 +11,7 @@ class CFakeConsole final : public IConsole
     void Out(std::wstring_view text) override { Output += text; }
     void Err(std::wstring_view text) override { Errors += text; }
     bool OutIsTerminal() const override { return false; }
-    bool ErrIsTerminal() const override { return false; }
+    bool ErrIsTerminal() const override { return ErrorsAreWatched; }
     unsigned Width() const override { return 0; }
     std::wstring AskPassword(const std::wstring& prompt) override
     {
@@ -19,6 +19,7 @@ class CFakeConsole final : public IConsole
         return L"secret";
     }
 
+    bool ErrorsAreWatched = false;
     std::wstring Output;
     std::wstring Errors;
     std::wstring Asked;

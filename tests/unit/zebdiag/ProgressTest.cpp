@@ -49,10 +49,14 @@ TEST_F(ProgressTest, BarLeavesOutWhatTheTerminalHasNoRoomFor)
     EXPECT_EQ(Written(), L"\r  Sender  50 %, 20 s");
 }
 
-TEST_F(ProgressTest, PlainLinesComeAtEveryTenPercent)
+TEST_F(ProgressTest, PlainLinesComeAtTheFirstReadingAndAtEveryTenPercent)
 {
     CProgress progress = Make(false);
+    progress.Show(std::nullopt, 1);
+    EXPECT_EQ(Written(), L"");
     progress.Show(4, 2);
+    EXPECT_EQ(Written(), L"  Sender: 4 %, 2 s\n");
+    progress.Show(8, 4);
     EXPECT_EQ(Written(), L"");
     progress.Show(12, 6);
     EXPECT_EQ(Written(), L"  Sender: 12 %, 6 s\n");
