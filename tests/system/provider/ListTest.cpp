@@ -51,9 +51,8 @@ TEST(List, TwoClientsAtOnceAreServedByOneProcess)
     const CProviderMachine machine;
     machine.SetScript(kScriptOfTwoAdapters);
 
-    const std::wstring list = L"\"" + BinFolder() + L"zebdiag.exe\" list --json";
-    CRunningProgram first(list);
-    CRunningProgram second(list);
+    CRunningProgram first(ZebdiagCommand(L"list --json"));
+    CRunningProgram second(ZebdiagCommand(L"list --json"));
     const CRunResult one = first.Finish();
     const CRunResult two = second.Finish();
     EXPECT_EQ(0u, one.ExitCode) << one.Output;

@@ -13,14 +13,19 @@ const char kScriptOfTwoAdapters[] = R"({
   ]
 })";
 
+std::wstring ZebdiagCommand(const std::wstring& arguments)
+{
+    return L"\"" + BinFolder() + L"zebdiag.exe\" " + arguments;
+}
+
 CRunResult Zebdiag(const std::wstring& arguments)
 {
-    return RunProgram(L"\"" + BinFolder() + L"zebdiag.exe\" " + arguments);
+    return RunProgram(ZebdiagCommand(arguments));
 }
 
 nlohmann::json ZebdiagJson(const std::wstring& arguments, DWORD expectedExitCode)
 {
-    const CRunResult result = Zebdiag(arguments + L" --json");
+    const CRunResult result = RunProgram(ZebdiagCommand(arguments + L" --json"), Errors::Dropped);
     EXPECT_EQ(expectedExitCode, result.ExitCode) << NarrowText(arguments) << "\n" << result.Output;
     nlohmann::json document = nlohmann::json::parse(result.Output, nullptr, false);
     EXPECT_FALSE(document.is_discarded()) << result.Output;

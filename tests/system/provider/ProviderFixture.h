@@ -14,6 +14,7 @@ extern const char kScriptOfTwoAdapters[];
 
 // Runs "zebdiag ARGUMENTS --json" and reads its document. The exit code must be the expected one.
 nlohmann::json ZebdiagJson(const std::wstring& arguments, DWORD expectedExitCode = 0);
+std::wstring ZebdiagCommand(const std::wstring& arguments);
 // Runs "zebdiag ARGUMENTS" to its end.
 CRunResult Zebdiag(const std::wstring& arguments);
 // Runs a script of this folder with cscript; the lines that it printed, sorted.

@@ -75,7 +75,7 @@ TEST(Stop, FromAnotherConsoleEndsTheRunAsStoppedInBoth)
     machine.SetScript(kScriptOfTwoAdapters);
     ShortPolls(machine);
 
-    CRunningProgram run(L"\"" + BinFolder() + L"zebdiag.exe\" run --adapter ALPHA --test 9");
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
     ASSERT_TRUE(run.WaitForOutput("%"));
     const CRunResult stop = Zebdiag(L"stop");
     EXPECT_EQ(0u, stop.ExitCode) << stop.Output;
@@ -91,7 +91,7 @@ TEST(Stop, SecondRunOfARunningTestIsBusy)
     machine.SetScript(kScriptOfTwoAdapters);
     ShortPolls(machine);
 
-    CRunningProgram run(L"\"" + BinFolder() + L"zebdiag.exe\" run --adapter ALPHA --test 9");
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
     ASSERT_TRUE(run.WaitForOutput("%"));
     EXPECT_EQ(5u, Zebdiag(L"run --adapter ALPHA --test 9").ExitCode);
     EXPECT_EQ(0u, Zebdiag(L"stop").ExitCode);
@@ -105,7 +105,7 @@ TEST(Stop, RunOfAVanishedClientEndsAndItsResultIsStored)
     ShortPolls(machine);
     machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 3);
     {
-        CRunningProgram run(L"\"" + BinFolder() + L"zebdiag.exe\" run --adapter ALPHA --test 9");
+        CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
         ASSERT_TRUE(run.WaitForOutput("%"));
         KillProcess(run.Id());
     }
@@ -121,11 +121,13 @@ TEST(Kill, ProviderKilledDuringARunKeepsWhatWasStoredBefore)
     Zebdiag(L"run --adapter BETA --test 1");
     ASSERT_TRUE(machine.WaitUntilAllEnded());
 
-    CRunningProgram run(L"\"" + BinFolder() + L"zebdiag.exe\" run --adapter ALPHA --test 9");
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
     ASSERT_TRUE(run.WaitForOutput("%"));
-    KillServers({L"Drevok.EXE"});
+    for (const DWORD provider : ProcessesOf(L"Drevok.EXE"))
+        KillProcess(provider);
     const CRunResult killed = run.Finish();
     EXPECT_EQ(3u, killed.ExitCode) << killed.Output;
+    KillServers({L"WmiStandin.exe"});
 
     const nlohmann::json results = ZebdiagJson(L"results");
     EXPECT_EQ("passed", StateOf(results, "1@BETA"));

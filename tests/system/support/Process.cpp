@@ -46,7 +46,7 @@ CPipe MakeOutputPipe()
 }
 } // namespace
 
-CRunningProgram::CRunningProgram(const std::wstring& commandLine, bool newGroup)
+CRunningProgram::CRunningProgram(const std::wstring& commandLine, Errors errors)
 {
     CPipe pipe = MakeOutputPipe();
     STARTUPINFOW start = {};
@@ -54,11 +54,10 @@ CRunningProgram::CRunningProgram(const std::wstring& commandLine, bool newGroup)
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
     start.hStdOutput = pipe.Write.Get();
-    start.hStdError = pipe.Write.Get();
+    start.hStdError = errors == Errors::WithOutput ? pipe.Write.Get() : nullptr;
     PROCESS_INFORMATION process = {};
     std::wstring line = commandLine;
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, newGroup ? CREATE_NEW_PROCESS_GROUP : 0,
-                        nullptr, nullptr, &start, &process))
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process))
         throw std::runtime_error("cannot start " + NarrowText(commandLine));
     CloseHandle(process.hThread);
     m_process.Reset(process.hProcess);
@@ -117,9 +116,9 @@ CRunResult CRunningProgram::Finish()
     return result;
 }
 
-CRunResult RunProgram(const std::wstring& commandLine)
+CRunResult RunProgram(const std::wstring& commandLine, Errors errors)
 {
-    return CRunningProgram(commandLine).Finish();
+    return CRunningProgram(commandLine, errors).Finish();
 }
 
 std::wstring BinFolder()

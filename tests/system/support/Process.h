@@ -10,19 +10,24 @@
 struct CRunResult
 {
     DWORD ExitCode = 0;
-    std::string Output; // standard output and standard error, in the order written
+    std::string Output; // standard output and, where asked for, standard error, in the order written
+};
+
+enum class Errors
+{
+    WithOutput,
+    Dropped
 };
 
 // Runs a command line to its end. Throws std::runtime_error where it cannot be started. Ends the program and
 // throws where it runs longer than two minutes, which no program of a test does.
-CRunResult RunProgram(const std::wstring& commandLine);
+CRunResult RunProgram(const std::wstring& commandLine, Errors errors = Errors::WithOutput);
 
 // A program that runs beside the test. Ended by the destructor where it still runs.
 class CRunningProgram
 {
   public:
-    // `newGroup` gives it a console process group of its own, so that Ctrl+Break reaches it alone.
-    explicit CRunningProgram(const std::wstring& commandLine, bool newGroup = false);
+    explicit CRunningProgram(const std::wstring& commandLine, Errors errors = Errors::WithOutput);
     ~CRunningProgram();
     CRunningProgram(const CRunningProgram&) = delete;
     CRunningProgram& operator=(const CRunningProgram&) = delete;
