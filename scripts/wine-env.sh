@@ -5,5 +5,5 @@ WINEPREFIX=$(mkdir -p "$1" && cd "$1" && pwd)
 export WINEPREFIX
 export WINEARCH=win64
 export WINEDEBUG=${ZEB_WINEDEBUG:--all}
-export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,explorer.exe=d'
 unset DISPLAY

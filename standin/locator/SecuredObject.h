@@ -31,10 +31,13 @@ class CSecuredObject : public CComObject<Interfaces..., IClientSecurity>
                             DWORD capabilities) override
     {
         ComPtr<IClientSecurity> security;
-        return FAILED(m_remote.As(security))
-                   ? S_OK
-                   : security->SetBlanket(m_remote.Get(), authentication, authorisation, principal,
-                                          authenticationLevel, impersonationLevel, identity, capabilities);
+        if (FAILED(m_remote.As(security)))
+            return S_OK;
+        const HRESULT hr =
+            security->SetBlanket(m_remote.Get(), authentication, authorisation, principal,
+                                 authenticationLevel, impersonationLevel, identity, capabilities);
+        // Where proxies have no security to set, as under Wine, the client has lost nothing.
+        return hr == E_NOTIMPL ? S_OK : hr;
     }
     STDMETHODIMP CopyProxy(IUnknown* proxy, IUnknown** copy) override
     {

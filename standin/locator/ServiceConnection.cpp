@@ -1,5 +1,6 @@
 #include "standin/locator/ServiceConnection.h"
 
+#include "standin/locator/Activation.h"
 #include "standin/locator/RemoteFailure.h"
 #include "standin/locator/ServiceIds.h"
 #include "standin/proxy/WmiStandin.h"
@@ -15,8 +16,7 @@ constexpr DWORD kPauseMilliseconds = 200;
 HRESULT ConnectOnce(const CBstr& nameSpace, const CBstr& locale, CServiceConnection& connection)
 {
     ComPtr<IWmiStandin> standin;
-    HRESULT hr = CoCreateInstance(kServiceClass, nullptr, CLSCTX_LOCAL_SERVER, __uuidof(IWmiStandin),
-                                  standin.PutVoid());
+    HRESULT hr = ActivateLocalServer(kServiceClass, __uuidof(IWmiStandin), standin.PutVoid());
     if (FAILED(hr))
         return hr;
     ULONG process = 0;

@@ -14,6 +14,9 @@ namespace
 constexpr HRESULT kNotCapable = static_cast<HRESULT>(WBEM_E_PROVIDER_NOT_CAPABLE);
 constexpr HRESULT kNotImplemented = static_cast<HRESULT>(WBEM_E_METHOD_NOT_IMPLEMENTED);
 
+// Names the provider of a dynamic class.
+constexpr wchar_t kProvider[] = L"provider";
+
 // What concerns only how the client is answered, or only the service, is not the provider's business.
 constexpr long ProviderFlags(long flags)
 {
@@ -37,6 +40,16 @@ CInstanceSource::CInstanceSource(CService& service, std::wstring nameSpace, CReq
 ClassDefinition CInstanceSource::Definition(std::wstring_view className) const
 {
     return m_service.Repository().GetDefinition(m_nameSpace, className);
+}
+
+std::vector<ClassDefinition> CInstanceSource::Definitions() const
+{
+    return m_service.Repository().DerivedClasses(m_nameSpace, L"", true);
+}
+
+void CInstanceSource::Mark(IWbemClassObject* object) const
+{
+    Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
 }
 
 LCID CInstanceSource::AmendedLocale() const
@@ -66,13 +79,13 @@ std::vector<ComPtr<IWbemClassObject>> CInstanceSource::Classes(std::wstring_view
 
 bool CInstanceSource::IsDynamic(const CClassDefinition& definition) const
 {
-    return definition.Qualifiers.Text(L"provider") != nullptr;
+    return definition.Qualifiers.Text(kProvider) != nullptr;
 }
 
 HRESULT CInstanceSource::FindProvider(const CClassDefinition& definition,
                                       CProviderRegistration& registration) const
 {
-    auto found = m_service.Repository().FindProvider(m_nameSpace, definition.Name);
+    auto found = m_service.Repository().FindProvider(m_nameSpace, definition.Qualifiers.Text(kProvider));
     if (!found)
         return wmi::ProviderNotFound;
     registration = std::move(*found);
@@ -99,7 +112,7 @@ COutcome CInstanceSource::GetFromProvider(const CClassDefinition& definition, co
         registration,
         [&](IWbemClassObject* object)
         {
-            Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
+            Mark(object);
             instance = object;
             return wmi::NoError;
         },
@@ -164,7 +177,7 @@ COutcome CInstanceSource::EnumerateOne(const CClassDefinition& definition, const
         registration,
         [&](IWbemClassObject* object)
         {
-            Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
+            Mark(object);
             return consume(object);
         },
         [&](IWbemServices& provider, IWbemObjectSink* sink)

@@ -21,6 +21,8 @@ class CInstanceSource
     ClassDefinition Definition(std::wstring_view className) const;
     // The class as the client asked for it, with amended qualifiers where its flags say so.
     ComPtr<IWbemClassObject> Class(std::wstring_view className) const;
+    // Every class of the namespace.
+    std::vector<ClassDefinition> Definitions() const;
     // Classes derived from a class, or all from the top where it is empty.
     std::vector<ComPtr<IWbemClassObject>> Classes(std::wstring_view superclass, bool deep) const;
 
@@ -33,6 +35,11 @@ class CInstanceSource
     // The out-parameters go to `consume`.
     COutcome Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in,
                      const ObjectConsumer& consume);
+
+    // The object comes from here: fills its "__PATH" and the like.
+    void Mark(IWbemClassObject* object) const;
+    // Whether the client wants the keys of its objects even where it did not select them.
+    bool WantsLocatable() const { return (m_request.Flags() & WBEM_FLAG_ENSURE_LOCATABLE) != 0; }
 
   private:
     // The language in which the client wants texts; 0 where it did not ask for them.

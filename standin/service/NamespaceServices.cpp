@@ -4,7 +4,7 @@
 #include "Common/src/com/Text.h"
 #include "standin/locator/NetworkPath.h"
 #include "standin/object/Objects.h"
-#include "standin/service/Query.h"
+#include "standin/service/QueryRun.h"
 #include "standin/service/Service.h"
 #include "standin/service/Worker.h"
 
@@ -20,9 +20,11 @@ constexpr long kEnumerate = kRead | WBEM_FLAG_SHALLOW | WBEM_FLAG_ENSURE_LOCATAB
 constexpr long kQuery = kRead | WBEM_FLAG_ENSURE_LOCATABLE;
 constexpr long kPut = kAnyCall | WBEM_FLAG_UPDATE_ONLY | WBEM_FLAG_CREATE_ONLY;
 
+// Texts end at their first null character, whatever their length says: so does the management service, and
+// scripting objects rely on it.
 std::wstring_view View(const BSTR text)
 {
-    return {text ? text : L"", SysStringLen(text)};
+    return text ? text : L"";
 }
 
 // A path to something in this computer.
@@ -70,7 +72,7 @@ STDMETHODIMP CNamespaceServices::OpenNamespace(const BSTR nameSpace, long, IWbem
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (!opened || SysStringLen(nameSpace) == 0)
+            if (!opened || View(nameSpace).empty())
                 return wmi::InvalidParameter;
             const std::wstring name = m_connection->NameSpace() + L"\\" + std::wstring(View(nameSpace));
             *opened = m_service.Connect(name, m_connection->Locale(), m_connection->ClientProcess()).Detach();
@@ -95,7 +97,7 @@ STDMETHODIMP CNamespaceServices::GetObjectAsync(const BSTR text, long flags, IWb
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (SysStringLen(text) == 0)
+            if (View(text).empty())
                 return Begin({}, flags, kRead, context, sink,
                              [](CInstanceSource&, CRequest& request) -> COutcome
                              { return request.Indicate(MakeEmptyClass()); });
@@ -174,7 +176,7 @@ STDMETHODIMP CNamespaceServices::CreateInstanceEnumAsync(const BSTR className, l
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (SysStringLen(className) == 0)
+            if (View(className).empty())
                 return wmi::InvalidClass;
             const bool deep = (flags & WBEM_FLAG_SHALLOW) == 0;
             return Begin(
@@ -213,7 +215,7 @@ STDMETHODIMP CNamespaceServices::ExecMethodAsync(const BSTR text, const BSTR met
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (SysStringLen(method) == 0)
+            if (View(method).empty())
                 return wmi::InvalidParameter;
             const std::optional<CObjectPath> path = ParseLocalPath(text);
             if (!path)

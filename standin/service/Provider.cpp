@@ -5,6 +5,7 @@
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/WmiStatus.h"
+#include "standin/locator/Activation.h"
 #include "standin/locator/RemoteFailure.h"
 #include "standin/object/Objects.h"
 
@@ -47,8 +48,7 @@ HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemService
                  ComPtr<IWbemServices>& provider)
 {
     ComPtr<IWbemProviderInit> init;
-    HRESULT hr =
-        CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, __uuidof(IWbemProviderInit), init.PutVoid());
+    HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), init.PutVoid());
     if (FAILED(hr))
         return hr;
     const ComPtr<CInitSink> sink = MakeCom<CInitSink>();
@@ -91,9 +91,7 @@ HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstri
 
 bool IsProviderAlive(IWbemServices* provider)
 {
-    // An interface that nobody has: the question goes to the process itself and is answered there.
-    static const IID nobodys = {0x7b2d6f10, 0x52c4, 0x4b0b, {0x8e, 0x4b, 0x3a, 0x1c, 0x6c, 0x6e, 0x9d, 0x04}};
-    ComPtr<IUnknown> nothing;
-    return !IsServerGone(provider->QueryInterface(nobodys, nothing.PutVoid()));
+    // There is no such call. What the provider says to that does not matter; that it says something does.
+    return !IsServerGone(provider->CancelAsyncCall(nullptr));
 }
 } // namespace standin

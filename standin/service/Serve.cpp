@@ -11,9 +11,11 @@ namespace standin
 {
 namespace
 {
-// COM may start two processes for two clients that come at the same moment. Only one is to serve, because all
-// clients share a provider. The other one waits a little, for the case that the first is just ending.
+// COM may start a second process: for two clients that come at the same moment, or because it has forgotten
+// about the first. Only one is to serve, because all clients share a provider, so the second one tells the
+// first to offer itself again. It waits a little for the case that the first is just ending.
 constexpr wchar_t kOneService[] = L"WMI stand-in service";
+constexpr wchar_t kOfferAgain[] = L"WMI stand-in service is wanted";
 constexpr DWORD kPatience = 2000;
 // How long the first client may take to arrive.
 constexpr DWORD kFirstClient = 30000;
@@ -23,39 +25,64 @@ constexpr DWORD kLook = 250;
 class COneService
 {
   public:
-    COneService() : m_mutex(CreateMutexW(nullptr, FALSE, kOneService))
+    COneService()
+        : m_wanted(CreateEventW(nullptr, FALSE, FALSE, kOfferAgain)),
+          m_mutex(CreateMutexW(nullptr, FALSE, kOneService))
     {
-        const DWORD waited = WaitForSingleObject(m_mutex.Get(), kPatience);
-        m_mine = waited == WAIT_OBJECT_0 || waited == WAIT_ABANDONED;
+        if (!Take(0))
+        {
+            SetEvent(m_wanted.Get());
+            Take(kPatience);
+        }
     }
     ~COneService()
     {
         if (m_mine)
             ReleaseMutex(m_mutex.Get());
     }
-    bool Mine() const { return m_mine; }
+    COneService(const COneService&) = delete;
+    COneService& operator=(const COneService&) = delete;
+
+    // Whether this process is the one. If so, Wanted() is set when another one has been started.
+    bool Mine() const noexcept { return m_mine; }
+    HANDLE Wanted() const noexcept { return m_wanted.Get(); }
 
   private:
+    bool Take(DWORD patience) noexcept
+    {
+        const DWORD waited = WaitForSingleObject(m_mutex.Get(), patience);
+        m_mine = waited == WAIT_OBJECT_0 || waited == WAIT_ABANDONED;
+        return m_mine;
+    }
+
+    const CHandle m_wanted;
     const CHandle m_mutex;
     bool m_mine = false;
 };
 
-class CClassRegistration
+// The service's class as COM knows it.
+class CServiceClass
 {
   public:
-    explicit CClassRegistration(CService& service)
+    explicit CServiceClass(CService& service) : m_factory(MakeServiceFactory(service)) {}
+    ~CServiceClass() { Withdraw(); }
+    CServiceClass(const CServiceClass&) = delete;
+    CServiceClass& operator=(const CServiceClass&) = delete;
+
+    HRESULT Offer()
     {
-        Result = CoRegisterClassObject(kServiceClass, MakeServiceFactory(service).Get(), CLSCTX_LOCAL_SERVER,
-                                       REGCLS_MULTIPLEUSE, &m_cookie);
+        Withdraw();
+        return CoRegisterClassObject(kServiceClass, m_factory.Get(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+                                     &m_cookie);
     }
-    ~CClassRegistration()
+    void Withdraw()
     {
-        if (SUCCEEDED(Result))
-            CoRevokeClassObject(m_cookie);
+        if (m_cookie != 0)
+            CoRevokeClassObject(std::exchange(m_cookie, 0));
     }
-    HRESULT Result = E_FAIL;
 
   private:
+    const ComPtr<IClassFactory> m_factory;
     DWORD m_cookie = 0;
 };
 
@@ -73,13 +100,16 @@ bool IsIdle(CService& service, DWORD idleTime)
     return providersGone && service.Life().Uses() == 0;
 }
 
-void WaitUntilIdle(CService& service, DWORD idleTime, DWORD patience)
+void WaitUntilIdle(CService& service, CServiceClass& serviceClass, HANDLE wanted, DWORD idleTime,
+                   DWORD patience)
 {
     const ULONGLONG start = GetTickCount64();
     bool used = false;
     for (;;)
     {
-        WaitForSingleObject(service.Life().Changed(), kLook);
+        const HANDLE handles[] = {wanted, service.Life().Changed()};
+        if (WaitForMultipleObjects(2, handles, FALSE, kLook) == WAIT_OBJECT_0)
+            serviceClass.Offer();
         used = used || service.Life().Uses() > 0;
         const ULONGLONG now = GetTickCount64();
         const bool quiet = now - service.Life().LastChange() >= idleTime;
@@ -104,14 +134,15 @@ int Serve()
             const DWORD idleTime = ReadIdleTime();
             CService service;
             LoadRepository(service.Repository());
+            CServiceClass serviceClass(service);
             DWORD patience = kFirstClient;
             do
             {
-                const CClassRegistration registration(service);
-                if (FAILED(registration.Result))
-                    return registration.Result;
-                WaitUntilIdle(service, idleTime, patience);
+                if (const HRESULT hr = serviceClass.Offer(); FAILED(hr))
+                    return hr;
+                WaitUntilIdle(service, serviceClass, one.Wanted(), idleTime, patience);
                 patience = 0;
+                serviceClass.Withdraw();
                 // A client that came while the class was being withdrawn is still to be served.
             } while (service.Life().Uses() > 0);
             return S_OK;

@@ -1,0 +1,209 @@
+// Failures of providers and of clients, and what each side sees of them.
+#include "tests/support/CaseName.h"
+#include "tests/system/standin/StandinFixture.h"
+#include "tests/system/standin/TestProviderIds.h"
+#include "tests/system/support/Process.h"
+
+namespace
+{
+constexpr wchar_t kProviderImage[] = L"StandinTestProvider.exe";
+
+CHandle NamedEvent(const wchar_t* name)
+{
+    CHandle event(CreateEventW(nullptr, TRUE, FALSE, name));
+    ResetEvent(event.Get());
+    return event;
+}
+
+class CStandinFailure : public CStandinTest
+{
+};
+
+TEST_F(CStandinFailure, BecomesTheErrorObjectOfTheThread)
+{
+    ComPtr<IWbemClassObject> item;
+    ASSERT_EQ(wmi::Failed, Get(L"StandinTest_Item.Name=\"fails with status\"", item));
+    ComPtr<IErrorInfo> info;
+    ASSERT_EQ(S_OK, GetErrorInfo(0, info.Put()));
+    CBstr description;
+    CBstr source;
+    ASSERT_EQ(S_OK, info->GetDescription(description.Put()));
+    ASSERT_EQ(S_OK, info->GetSource(source.Put()));
+    EXPECT_STREQ(L"it was asked to", description.Text());
+    EXPECT_STREQ(L"StandinTestProvider", source.Text());
+    ComPtr<IWbemClassObject> status;
+    ASSERT_EQ(S_OK, info.As(status));
+    EXPECT_EQ(L"StandinTest_Error", Text(status.Get(), L"__CLASS"));
+    EXPECT_EQ(L"TestProvider", Text(status.Get(), L"File"));
+}
+
+TEST_F(CStandinFailure, LeavesNoErrorObjectOfAnEarlierCall)
+{
+    ComPtr<IWbemClassObject> item;
+    ASSERT_EQ(wmi::Failed, Get(L"StandinTest_Item.Name=\"fails with status\"", item));
+    ASSERT_EQ(wmi::NotFound, Get(L"StandinTest_Item.Name=\"n9\"", item));
+    EXPECT_FALSE(TakeErrorObject());
+}
+
+TEST_F(CStandinFailure, BecomesTheErrorObjectOfWhoAsksTheCallResult)
+{
+    ComPtr<IWbemCallResult> result;
+    ASSERT_EQ(WBEM_S_NO_ERROR,
+              m_services->GetObject(CBstr(L"StandinTest_Item.Name=\"fails with status\"").Get(),
+                                    WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, result.Put()));
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(wmi::Failed, result->GetResultObject(60000, item.Put()));
+    EXPECT_TRUE(TakeErrorObject());
+}
+
+struct FailureCase
+{
+    const char* name;
+    const wchar_t* path;
+    HRESULT result;
+};
+class CStandinProviderFailure : public CStandinTest, public testing::WithParamInterface<FailureCase>
+{
+};
+TEST_P(CStandinProviderFailure, IsTheResult)
+{
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(GetParam().result, Get(GetParam().path, item));
+    EXPECT_EQ(SUCCEEDED(GetParam().result), item.Get() != nullptr);
+    // The next one is served as ever.
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+}
+INSTANTIATE_TEST_SUITE_P(
+    Providers, CStandinProviderFailure,
+    testing::Values(
+        FailureCase{"WithoutStatus", L"StandinTest_Item='fails without status'", wmi::AccessDenied},
+        FailureCase{"NoObject", L"StandinTest_Item='says nothing'", wmi::NotFound},
+        FailureCase{"Late", L"StandinTest_Item='answers late'", WBEM_S_NO_ERROR},
+        FailureCase{"DiesBeforeItsStatus", L"StandinTest_Item='dies later'", wmi::ProviderFailure},
+        FailureCase{"InitialisationFails", L"StandinTest_OfBroken='x'", wmi::ProviderLoadFailure},
+        FailureCase{"NotRegistered", L"StandinTest_OfAbsent='x'", wmi::ProviderLoadFailure},
+        FailureCase{"NotDeclared", L"StandinTest_OfUnknown='x'", wmi::ProviderNotFound}),
+    NameOf<FailureCase>);
+
+TEST_F(CStandinFailure, OfADyingProviderEndsTheRequestOnly)
+{
+    ComPtr<IWbemClassObject> out;
+    EXPECT_EQ(wmi::ProviderFailure,
+              m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Die").Get(), 0,
+                                     nullptr, nullptr, out.Put(), nullptr));
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+}
+
+TEST_F(CStandinFailure, OfAProviderBetweenRequestsGoesUnnoticed)
+{
+    ComPtr<IWbemClassObject> item;
+    ASSERT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+    const std::vector<DWORD> before = ProcessesOf(kProviderImage);
+    ASSERT_EQ(1u, before.size());
+    KillProcess(before[0]);
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n2\"", item));
+    const std::vector<DWORD> after = ProcessesOf(kProviderImage);
+    ASSERT_EQ(1u, after.size());
+    EXPECT_NE(before, after);
+}
+
+TEST_F(CStandinFailure, OfTheServiceIsSeenByAWaitingClient)
+{
+    const CHandle blocked = NamedEvent(kBlockedEvent);
+    const CHandle go = NamedEvent(kGoEvent);
+    ComPtr<IWbemCallResult> result;
+    ASSERT_EQ(WBEM_S_NO_ERROR,
+              m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
+                                     WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, nullptr, result.Put()));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
+    for (const DWORD id : ProcessesOf(L"WmiStandin.exe"))
+        KillProcess(id);
+    LONG status = 0;
+    EXPECT_EQ(WBEM_S_NO_ERROR, result->GetCallStatus(WBEM_INFINITE, &status));
+    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), status);
+    SetEvent(go.Get());
+    // Nobody is left to let the provider go.
+    for (const DWORD id : ProcessesOf(kProviderImage))
+        KillProcess(id);
+}
+
+TEST_F(CStandinFailure, OfASinkStopsItsCallAndNoOther)
+{
+    const CHandle stopped = NamedEvent(kStoppedEvent);
+    const ComPtr<CClientSink> failing = MakeCom<CClientSink>(E_FAIL);
+    ASSERT_EQ(WBEM_S_NO_ERROR, m_services->CreateInstanceEnumAsync(CBstr(L"StandinTest_Endless").Get(), 0,
+                                                                   nullptr, failing.Get()));
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
+    ASSERT_TRUE(failing->WaitForStatus());
+    EXPECT_EQ(wmi::CallCancelled, failing->Result());
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+}
+
+TEST_F(CStandinFailure, CancelsAnEnumeration)
+{
+    const CHandle stopped = NamedEvent(kStoppedEvent);
+    const ComPtr<CClientSink> sink = MakeCom<CClientSink>();
+    ASSERT_EQ(WBEM_S_NO_ERROR, m_services->CreateInstanceEnumAsync(CBstr(L"StandinTest_Endless").Get(), 0,
+                                                                   nullptr, sink.Get()));
+    ASSERT_TRUE(sink->WaitForObject());
+    EXPECT_EQ(WBEM_S_NO_ERROR, m_services->CancelAsyncCall(sink.Get()));
+    ASSERT_TRUE(sink->WaitForStatus());
+    EXPECT_EQ(wmi::CallCancelled, sink->Result());
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
+    EXPECT_EQ(1, sink->Statuses());
+}
+
+TEST_F(CStandinFailure, CancelsAMethodThatIsStillRunning)
+{
+    const CHandle blocked = NamedEvent(kBlockedEvent);
+    const CHandle go = NamedEvent(kGoEvent);
+    const ComPtr<CClientSink> sink = MakeCom<CClientSink>();
+    ASSERT_EQ(WBEM_S_NO_ERROR,
+              m_services->ExecMethodAsync(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
+                                          0, nullptr, nullptr, sink.Get()));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
+    EXPECT_EQ(WBEM_S_NO_ERROR, m_services->CancelAsyncCall(sink.Get()));
+    ASSERT_TRUE(sink->WaitForStatus());
+    EXPECT_EQ(wmi::CallCancelled, sink->Result());
+    // Others do not wait for it.
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+    SetEvent(go.Get());
+}
+
+TEST_F(CStandinFailure, CancelsWhatADroppedEnumeratorAskedFor)
+{
+    const CHandle stopped = NamedEvent(kStoppedEvent);
+    ComPtr<IEnumWbemClassObject> objects;
+    ASSERT_EQ(WBEM_S_NO_ERROR, Enumerate(L"StandinTest_Endless", WBEM_FLAG_RETURN_IMMEDIATELY, objects));
+    ComPtr<IWbemClassObject> first;
+    ULONG returned = 0;
+    ASSERT_EQ(WBEM_S_NO_ERROR, objects->Next(60000, 1, first.Put(), &returned));
+    objects.Reset();
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
+}
+
+TEST_F(CStandinFailure, KnowsNoCallOfAnUnknownSink)
+{
+    EXPECT_EQ(wmi::NotFound, m_services->CancelAsyncCall(MakeCom<CClientSink>().Get()));
+    EXPECT_EQ(wmi::InvalidParameter, m_services->CancelAsyncCall(nullptr));
+}
+
+TEST_F(CStandinFailure, TimesOutAndGoesOn)
+{
+    const CHandle blocked = NamedEvent(kBlockedEvent);
+    const CHandle go = NamedEvent(kGoEvent);
+    ComPtr<IWbemCallResult> result;
+    ASSERT_EQ(WBEM_S_NO_ERROR,
+              m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
+                                     WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, nullptr, result.Put()));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
+    LONG status = -1;
+    EXPECT_EQ(WBEM_S_TIMEDOUT, result->GetCallStatus(1, &status));
+    SetEvent(go.Get());
+    EXPECT_EQ(WBEM_S_NO_ERROR, result->GetCallStatus(WBEM_INFINITE, &status));
+    EXPECT_EQ(WBEM_S_NO_ERROR, status);
+}
+} // namespace
