@@ -50,9 +50,14 @@ class CWomClassObject
     void DebugOutput();
 
     HRESULT SetProperty(const wchar_t* name, const wchar_t* value);
+    // Without a copy on the way.
+    HRESULT SetProperty(const wchar_t* name, const CBstr& value);
     HRESULT SetProperty(const wchar_t* name, long value);
     HRESULT SetProperty(const wchar_t* name, const std::vector<CBstr>& values);
     HRESULT SetProperty(const wchar_t* name, const std::vector<long>& values);
+    // The same in two steps, for an array that many instances get: made once, then set in each.
+    HRESULT MakeArray(const wchar_t* name, const std::vector<long>& values, CVariant& array);
+    HRESULT SetPropertyArray(const wchar_t* name, const CVariant& array);
     // Travels as a 32-bit integer, as 16-bit properties do.
     HRESULT SetProperty(const wchar_t* name, unsigned short value);
     HRESULT SetProperty(const wchar_t* name, unsigned char value);
@@ -78,6 +83,7 @@ class CWomClassObject
         long arrayCreate = 0;
         long arrayElement = 0;
     };
+    static constexpr Lines kLongArrayLines{938, 994, 0, 954, 973};
 
     HRESULT Raise(DWORD statusCode, const wchar_t* parameterInfo, HRESULT requestResult, long line,
                   const char* messageText) const;
@@ -86,10 +92,10 @@ class CWomClassObject
     std::wstring Describe(const wchar_t* member) const;
     void Reimpersonate() const noexcept;
 
-    HRESULT Put(const wchar_t* name, VARIANT& value, const Lines& lines);
+    HRESULT Put(const wchar_t* name, const VARIANT& value, const Lines& lines);
     template <class Item>
-    HRESULT PutArray(const wchar_t* name, const std::vector<Item>& values, VARTYPE element,
-                     const Lines& lines);
+    HRESULT MakeArray(const wchar_t* name, const std::vector<Item>& values, VARTYPE element,
+                      const Lines& lines, CVariant& array);
     HRESULT Get(const wchar_t* name, VARTYPE expected, CVariant& value, bool* isNull, CIMTYPE* type,
                 const Lines& lines);
 

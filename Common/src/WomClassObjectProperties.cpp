@@ -22,34 +22,34 @@ void* Element(const long& value) noexcept
 }
 } // namespace
 
-HRESULT CWomClassObject::Put(const wchar_t* name, VARIANT& value, const Lines& lines)
+HRESULT CWomClassObject::Put(const wchar_t* name, const VARIANT& value, const Lines& lines)
 {
     if (const HRESULT hr = CheckObject(name, lines.noObject); hr != S_OK)
         return hr;
-    const HRESULT hr = m_object->Put(name, 0, &value, 0);
+    const HRESULT hr = m_object->Put(name, 0, const_cast<VARIANT*>(&value), 0);
     Reimpersonate();
     return SUCCEEDED(hr) ? S_OK : RaiseMember(0x80040901, name, hr, lines.call);
 }
 
 template <class Item>
-HRESULT CWomClassObject::PutArray(const wchar_t* name, const std::vector<Item>& values, VARTYPE element,
-                                  const Lines& lines)
+HRESULT CWomClassObject::MakeArray(const wchar_t* name, const std::vector<Item>& values, VARTYPE element,
+                                   const Lines& lines, CVariant& array)
 {
     if (const HRESULT hr = CheckObject(name, lines.noObject); hr != S_OK)
         return hr;
     SAFEARRAYBOUND bounds{static_cast<ULONG>(values.size()), 0};
-    CSafeArray array(SafeArrayCreate(element, 1, &bounds));
-    if (!array)
+    CSafeArray made(SafeArrayCreate(element, 1, &bounds));
+    if (!made)
         return RaiseMember(0x80040905, name, E_FAIL, lines.arrayCreate);
     LONG index = 0;
     for (const Item& value : values)
     {
-        if (FAILED(SafeArrayPutElement(array.Get(), &index, Element(value))))
+        if (FAILED(SafeArrayPutElement(made.Get(), &index, Element(value))))
             return RaiseMember(0x80040906, name, E_FAIL, lines.arrayElement);
         ++index;
     }
-    CVariant variant = CVariant::FromArray(array.Detach(), element);
-    return Put(name, variant, lines);
+    array = CVariant::FromArray(made.Detach(), element);
+    return S_OK;
 }
 
 // On S_OK `value` has the expected type or is VT_NULL.
@@ -75,6 +75,16 @@ HRESULT CWomClassObject::SetProperty(const wchar_t* name, const wchar_t* value)
     return Put(name, variant, {639, 657});
 }
 
+HRESULT CWomClassObject::SetProperty(const wchar_t* name, const CBstr& value)
+{
+    if (!value)
+        return SetProperty(name, L"");
+    VARIANT variant;
+    variant.vt = VT_BSTR;
+    variant.bstrVal = value.Get(); // stays the caller's
+    return Put(name, variant, {639, 657});
+}
+
 HRESULT CWomClassObject::SetProperty(const wchar_t* name, long value)
 {
     CVariant variant = CVariant::FromLong(value);
@@ -83,14 +93,27 @@ HRESULT CWomClassObject::SetProperty(const wchar_t* name, long value)
 
 HRESULT CWomClassObject::SetProperty(const wchar_t* name, const std::vector<CBstr>& values)
 {
-    return PutArray(name, values, VT_BSTR,
-                    {.noObject = 754, .call = 807, .arrayCreate = 770, .arrayElement = 786});
+    constexpr Lines kLines{.noObject = 754, .call = 807, .arrayCreate = 770, .arrayElement = 786};
+    CVariant array;
+    const HRESULT hr = MakeArray(name, values, VT_BSTR, kLines, array);
+    return hr == S_OK ? Put(name, array, kLines) : hr;
 }
 
 HRESULT CWomClassObject::SetProperty(const wchar_t* name, const std::vector<long>& values)
 {
-    return PutArray(name, values, VT_I4,
-                    {.noObject = 938, .call = 994, .arrayCreate = 954, .arrayElement = 973});
+    CVariant array;
+    const HRESULT hr = MakeArray(name, values, array);
+    return hr == S_OK ? SetPropertyArray(name, array) : hr;
+}
+
+HRESULT CWomClassObject::MakeArray(const wchar_t* name, const std::vector<long>& values, CVariant& array)
+{
+    return MakeArray(name, values, VT_I4, kLongArrayLines, array);
+}
+
+HRESULT CWomClassObject::SetPropertyArray(const wchar_t* name, const CVariant& array)
+{
+    return Put(name, array, kLongArrayLines);
 }
 
 HRESULT CWomClassObject::SetProperty(const wchar_t* name, unsigned short value)

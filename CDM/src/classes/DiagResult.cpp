@@ -17,7 +17,7 @@ struct CResultSource
     const CResultData& record;
     CInstanceSender& sender;
     CCoTaskMem<wchar_t> timeStamp = CCoTaskMem<wchar_t>();
-    const wchar_t* title = nullptr;
+    const CBstr* title = nullptr;
     std::vector<CBstr> lines = {};
 };
 using Step = CInstanceStep<CResultSource>;
@@ -60,7 +60,7 @@ HRESULT PutTestState(CWomClassObject& instance, const wchar_t* property, CResult
 HRESULT BuildLines(CWomClassObject&, const wchar_t*, CResultSource& source)
 {
     return BuildResultLines(source.sender, source.record, source.timeStamp ? source.timeStamp.Get() : L"",
-                            source.title, source.lines);
+                            source.title->Text(), source.lines);
 }
 
 HRESULT PutLines(CWomClassObject& instance, const wchar_t* property, CResultSource& source)

@@ -12,7 +12,7 @@ struct CTestSource
 {
     const CTestData& record;
     CInstanceSender& sender;
-    const wchar_t* text = nullptr; // the resource string that was fetched last
+    const CBstr* text = nullptr; // the resource string that was fetched last
 };
 
 template <auto Id>
@@ -23,14 +23,13 @@ HRESULT FetchString(CWomClassObject&, const wchar_t*, CTestSource& source)
 
 HRESULT PutFetched(CWomClassObject& instance, const wchar_t* property, CTestSource& source)
 {
-    return instance.SetProperty(property, source.text);
+    return instance.SetProperty(property, *source.text);
 }
 
 template <auto Member>
-HRESULT PutCodes(CWomClassObject& instance, const wchar_t* property, CTestSource& source)
+HRESULT PutCodes(CWomClassObject&, const wchar_t* property, CTestSource& source)
 {
-    const auto& codes = source.record.*Member;
-    return instance.SetProperty(property, std::vector<long>(codes.begin(), codes.end()));
+    return source.sender.PutCodes(property, source.record.*Member);
 }
 
 // Four of the texts name the result class; support knows them as they are.

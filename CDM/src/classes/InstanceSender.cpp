@@ -10,14 +10,14 @@ CInstanceSender::CInstanceSender(CWomContext& context, const wchar_t* className,
     m_instance.SetThrowing(false);
 }
 
-const wchar_t* CInstanceSender::ComputerName()
+const CBstr& CInstanceSender::ComputerName()
 {
     if (!m_computerName)
-        m_computerName = ::ComputerName();
+        m_computerName = CBstr(::ComputerName());
     return m_computerName;
 }
 
-HRESULT CInstanceSender::ResourceString(UINT id, const char* baseName, const wchar_t*& text)
+HRESULT CInstanceSender::ResourceString(UINT id, const char* baseName, const CBstr*& text)
 {
     const auto [place, isNew] = m_texts.try_emplace({id, baseName});
     if (isNew)
@@ -29,6 +29,21 @@ HRESULT CInstanceSender::ResourceString(UINT id, const char* baseName, const wch
             return hr;
         }
     }
-    text = place->second.Text();
+    text = &place->second;
     return S_OK;
+}
+
+HRESULT CInstanceSender::PutCodes(const wchar_t* property, const std::vector<USHORT>& codes)
+{
+    auto known = m_arrays.find(codes);
+    if (known == m_arrays.end())
+    {
+        CVariant array;
+        const HRESULT hr =
+            m_instance.MakeArray(property, std::vector<long>(codes.begin(), codes.end()), array);
+        if (FAILED(hr))
+            return hr;
+        known = m_arrays.emplace(codes, std::move(array)).first;
+    }
+    return m_instance.SetPropertyArray(property, known->second);
 }

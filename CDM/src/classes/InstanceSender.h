@@ -1,5 +1,6 @@
 // Builds and indicates the instances that one request asks for. What is the same for all of them is fetched
-// once: the class definition, the localised texts, the computer's name. Lives on the request's thread.
+// once: the class definition, the localised texts, the computer's name. Lives on the request's
+// thread.
 #pragma once
 
 #include "Common/src/WomClassObject.h"
@@ -7,6 +8,7 @@
 
 #include <map>
 #include <utility>
+#include <vector>
 
 class CInstanceSender
 {
@@ -21,15 +23,18 @@ class CInstanceSender
     HRESULT Indicate() { return m_instance.Indicate(m_sink); }
 
     CWomContext& Context() const noexcept { return m_context; }
-    const wchar_t* ComputerName();
+    const CBstr& ComputerName();
     // A text in the caller's language; `text` is valid as long as the sender.
-    HRESULT ResourceString(UINT id, const char* baseName, const wchar_t*& text);
+    HRESULT ResourceString(UINT id, const char* baseName, const CBstr*& text);
+    // Sets a list of codes, as 32-bit integers. Lists repeat from instance to instance.
+    HRESULT PutCodes(const wchar_t* property, const std::vector<USHORT>& codes);
 
   private:
     CWomContext& m_context;
     ComPtr<IWbemObjectSink> m_sink;
     CWomClassObject m_class;
     CWomClassObject m_instance;
-    const wchar_t* m_computerName = nullptr;
+    CBstr m_computerName;
     std::map<std::pair<UINT, const char*>, CBstr> m_texts; // base names are literals
+    std::map<std::vector<USHORT>, CVariant> m_arrays;
 };

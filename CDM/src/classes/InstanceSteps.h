@@ -52,7 +52,7 @@ HRESULT SendInstance(Source source, const char* spawnFailed, std::span<const CIn
 template <auto Member, class Source>
 HRESULT PutText(CWomClassObject& instance, const wchar_t* property, Source& source)
 {
-    return instance.SetProperty(property, (source.record.*Member).Text());
+    return instance.SetProperty(property, source.record.*Member);
 }
 
 template <auto Member, class Source>
@@ -70,7 +70,8 @@ HRESULT PutByte(CWomClassObject& instance, const wchar_t* property, Source& sour
 template <const auto& Text, class Source>
 HRESULT PutConstant(CWomClassObject& instance, const wchar_t* property, Source&)
 {
-    return instance.SetProperty(property, Text);
+    static const CBstr text(Text);
+    return instance.SetProperty(property, text);
 }
 
 template <class Source>

@@ -43,7 +43,7 @@ HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr
             return wmi::OutOfMemory;
         }
         // A reference that the schema does not take leaves the instance without it.
-        (void)sender.Instance().SetProperty(row.property, reference.Text());
+        (void)sender.Instance().SetProperty(row.property, reference);
     }
     if (m_row.putOthers)
         (void)m_row.putOthers(sender.Instance());

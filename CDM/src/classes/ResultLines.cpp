@@ -39,7 +39,7 @@ HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, con
         const UINT id = record.StringIDs[i];
         const ULONG value = record.TestMessages[i];
         std::wstring line = start;
-        const wchar_t* text = nullptr;
+        const CBstr* text = nullptr;
         if (counters)
         {
             const HRESULT hr = sender.ResourceString(id, "Diag", text);
@@ -50,7 +50,7 @@ HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, con
                     hr);
                 return hr;
             }
-            line.append(text).append(std::to_wstring(static_cast<LONG>(value)));
+            line.append(text->View()).append(std::to_wstring(static_cast<LONG>(value)));
         }
         else if (id != 0)
         {
@@ -61,7 +61,7 @@ HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, con
                     "CTolva_DiagResult::SendInstance:GetResourceString for Normal test failed <%x>", hr);
                 return hr;
             }
-            line.append(text);
+            line.append(text->View());
         }
         else
             line.append(AgentErrorText(sender, value));
