@@ -34,14 +34,22 @@ constexpr CAssociationRow kTestForMSE = {
     .createInstanceEnum = "CTolva_DiagTestMSEAssoc::CreateInstanceEnumAsync",
     .enumFailed = "Tolva_DiagTestMSEAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
     .getObject = "CTolva_DiagTestMSEAssoc::GetObjectAsync",
-    .identifying = {L"Antecedent",
-                    "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for Test reference failed", L"Name",
-                    "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid test", nullptr, nullptr, nullptr},
-    .other = {L"Dependent",
-              "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
-              L"DeviceID", nullptr, nullptr,
-              "CTolva_DiagTestMSEAssoc::GetObjectAsync: ParseForAdapterKey failed",
-              "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid MSE"},
+    .identifying =
+        {
+            .property = L"Antecedent",
+            .parseFailed = "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for Test reference failed",
+            .key = L"Name",
+            .keyMissing = "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid test",
+        },
+    .other =
+        {
+            .property = L"Dependent",
+            .parseFailed =
+                "CTolva_DiagTestMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+            .key = L"DeviceID",
+            .adapterKeyFailed = "CTolva_DiagTestMSEAssoc::GetObjectAsync: ParseForAdapterKey failed",
+            .otherAdapter = "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid MSE",
+        },
     // Names the other association with adapters; support knows the text as it is.
     .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
 };
@@ -53,17 +61,25 @@ constexpr CAssociationRow kResultForMSE = {
                    {L"SystemElement", MadeFrom::AdapterKey, &CreateSysElemReference,
                     "CTolva_DiagResultMSEAssoc::SendInstance:CreateSysElemReference failed"}},
     .adapterKeyFailed = "CTolva_DiagResultMSEAssoc::SendInstance:ParseForAdapterKey failed",
-    .putOthers = nullptr,
     .enumerate = &CDiagMgr::EnumResults,
     .createInstanceEnum = "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync",
     .enumFailed = "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
     .getObject = "CTolva_DiagResultMSEAssoc::GetObjectAsync",
-    .identifying = {L"Result",
-                    "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for Result reference failed",
-                    L"DiagnosticName", nullptr, &CDiagMgr::ResultExists, nullptr, nullptr},
-    .other = {L"SystemElement",
-              "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
-              L"DeviceID", nullptr, nullptr, nullptr, nullptr},
+    .identifying =
+        {
+            .property = L"Result",
+            .parseFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for Result reference failed",
+            .key = L"DiagnosticName",
+            .keyForm = KeyForm::Named,
+            .exists = &CDiagMgr::ResultExists,
+        },
+    .other =
+        {
+            .property = L"SystemElement",
+            .parseFailed =
+                "CTolva_DiagResultMSEAssoc::GetObjectAsync: Parsing for SystemElement reference failed",
+            .key = L"DeviceID",
+        },
     .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
 };
 
@@ -73,18 +89,24 @@ constexpr CAssociationRow kResultForTest = {
                     "CTolva_DiagResultTestAssoc::SendInstance:CreateTestReference failed"},
                    {L"DiagnosticResult", MadeFrom::Identifier, &ResultReference,
                     "CTolva_DiagResultTestAssoc::SendInstance:CreateResultReference failed"}},
-    .adapterKeyFailed = nullptr,
-    .putOthers = nullptr,
     .enumerate = &CDiagMgr::EnumResults,
     .createInstanceEnum = "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync",
     .enumFailed = "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
     .getObject = "CTolva_DiagResultTestAssoc::GetObjectAsync",
-    .identifying = {L"DiagnosticResult",
-                    "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Result reference failed",
-                    L"DiagnosticName", nullptr, &CDiagMgr::ResultExists, nullptr, nullptr},
-    .other = {L"DiagnosticTest",
-              "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Test reference failed", L"Name",
-              nullptr, nullptr, nullptr, nullptr},
+    .identifying =
+        {
+            .property = L"DiagnosticResult",
+            .parseFailed = "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Result reference failed",
+            .key = L"DiagnosticName",
+            .keyForm = KeyForm::Named,
+            .exists = &CDiagMgr::ResultExists,
+        },
+    .other =
+        {
+            .property = L"DiagnosticTest",
+            .parseFailed = "CTolva_DiagResultTestAssoc::GetObjectAsync: Parsing for Test reference failed",
+            .key = L"Name",
+        },
     .getObjectSendFailed = "CTolva_DiagResultTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
 };
 
@@ -94,17 +116,24 @@ constexpr CAssociationRow kSettingForTest = {
                     "CTolva_DiagSettingTestAssoc::SendInstance:CreateTestReference failed"},
                    {L"Setting", MadeFrom::Identifier, &SettingReference,
                     "CTolva_DiagSettingTestAssoc::SendInstance:CreateSettingReference failed"}},
-    .adapterKeyFailed = nullptr,
-    .putOthers = nullptr,
     .enumerate = &CDiagMgr::EnumTests,
     .createInstanceEnum = "CTolva_DiagSettingTestAssoc::CreateInstanceEnumAsync",
     .enumFailed = "Tolva_DiagSettingTestAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
     .getObject = "CTolva_DiagSettingTestAssoc::GetObjectAsync",
-    .identifying = {L"Setting",
-                    "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Setting reference failed",
-                    L"SettingID", nullptr, &CDiagMgr::SettingExists, nullptr, nullptr},
-    .other = {L"Element", "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Test reference failed",
-              L"Name", nullptr, nullptr, nullptr, nullptr},
+    .identifying =
+        {
+            .property = L"Setting",
+            .parseFailed =
+                "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Setting reference failed",
+            .key = L"SettingID",
+            .exists = &CDiagMgr::SettingExists,
+        },
+    .other =
+        {
+            .property = L"Element",
+            .parseFailed = "CTolva_DiagSettingTestAssoc::GetObjectAsync: Parsing for Test reference failed",
+            .key = L"Name",
+        },
     .getObjectSendFailed = "CTolva_DiagSettingTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
 };
 } // namespace

@@ -133,19 +133,18 @@ HRESULT SendInstance(CInstanceSender& sender, const CResultData& record)
 }
 
 constexpr CRecordClass<CResultData> kServed = {
-    L"Tolva_DiagResult",
-    L"DiagnosticName", // identifies a result alone; the other two keys are not looked at
-    KeyForm::Named,
-    &CDiagMgr::EnumResults,
-    &CDiagMgr::GetResultData,
-    &SendInstance,
-    "CTolva_DiagResult::GetObjectAsync",
-    "Tolva_DiagResult::GetObjectAsync:GetResultData failed, hr = <%x>",
-    "Tolva_DiagResult::GetObjectAsync:SendInstance failed, hr = <%x>",
-    "CTolva_DiagResult::CreateInstanceEnumAsync",
-    "Tolva_DiagResult::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
-    "Tolva_DiagResult::CreateInstanceEnumAsync:GetResultData failed, hr = <%x>",
-    nullptr,
+    .name = L"Tolva_DiagResult",
+    .key = L"DiagnosticName", // identifies a result alone; the other two keys are not looked at
+    .keyForm = KeyForm::Named,
+    .enumerate = &CDiagMgr::EnumResults,
+    .getData = &CDiagMgr::GetResultData,
+    .sendInstance = &SendInstance,
+    .getObject = "CTolva_DiagResult::GetObjectAsync",
+    .getObjectDataFailed = "Tolva_DiagResult::GetObjectAsync:GetResultData failed, hr = <%x>",
+    .getObjectSendFailed = "Tolva_DiagResult::GetObjectAsync:SendInstance failed, hr = <%x>",
+    .createInstanceEnum = "CTolva_DiagResult::CreateInstanceEnumAsync",
+    .enumFailed = "Tolva_DiagResult::CreateInstanceEnumAsync:EnumResults failed, hr = <%x>",
+    .enumDataFailed = "Tolva_DiagResult::CreateInstanceEnumAsync:GetResultData failed, hr = <%x>",
 };
 } // namespace
 

@@ -56,19 +56,18 @@ HRESULT SendInstance(CInstanceSender& sender, const CSettingData& record)
 }
 
 constexpr CRecordClass<CSettingData> kServed = {
-    L"Tolva_DiagSetting",
-    L"SettingID",
-    KeyForm::NamedOrSingle,
-    &CDiagMgr::EnumSettings,
-    &CDiagMgr::GetSettingData,
-    &SendInstance,
-    "CTolva_DiagSetting::GetObjectAsync",
-    "Tolva_DiagSetting::GetObjectAsync:GetSettingData failed, hr = <%x>",
-    "Tolva_DiagSetting::GetObjectAsync:SendInstance failed, hr = <%x>",
-    "CTolva_DiagSetting::CreateInstanceEnumAsync",
-    "Tolva_DiagSetting::CreateInstanceEnumAsync:EnumSettings failed, hr = <%x>",
-    "Tolva_DiagSetting::CreateInstanceEnumAsync:GetSettingData failed, hr = <%x>",
-    nullptr,
+    .name = L"Tolva_DiagSetting",
+    .key = L"SettingID",
+    .keyForm = KeyForm::NamedOrSingle,
+    .enumerate = &CDiagMgr::EnumSettings,
+    .getData = &CDiagMgr::GetSettingData,
+    .sendInstance = &SendInstance,
+    .getObject = "CTolva_DiagSetting::GetObjectAsync",
+    .getObjectDataFailed = "Tolva_DiagSetting::GetObjectAsync:GetSettingData failed, hr = <%x>",
+    .getObjectSendFailed = "Tolva_DiagSetting::GetObjectAsync:SendInstance failed, hr = <%x>",
+    .createInstanceEnum = "CTolva_DiagSetting::CreateInstanceEnumAsync",
+    .enumFailed = "Tolva_DiagSetting::CreateInstanceEnumAsync:EnumSettings failed, hr = <%x>",
+    .enumDataFailed = "Tolva_DiagSetting::CreateInstanceEnumAsync:GetSettingData failed, hr = <%x>",
 };
 } // namespace
 

@@ -63,19 +63,19 @@ HRESULT SendInstance(CInstanceSender& sender, const CTestData& record)
 }
 
 constexpr CRecordClass<CTestData> kServed = {
-    kTestClass,
-    L"Name",
-    KeyForm::NamedOrSingle,
-    &CDiagMgr::EnumTests,
-    &CDiagMgr::GetTestData,
-    &SendInstance,
-    "CTolva_DiagTest::GetObjectAsync",
-    "Tolva_DiagTest:GetObjectAsync:GetTestData failed, hr = <%x>",
-    "Tolva_DiagTest:GetObjectAsync:SendInstance failed, hr = <%x>",
-    "CTolva_DiagTest::CreateInstanceEnumAsync",
-    "Tolva_DiagTest:CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
-    "Tolva_DiagTest:CreateInstanceEnumAsync:GetTestData failed, hr = <%x>",
-    "Tolva_DiagTest:CreateInstanceEnumAsync:SendInstance failed, hr = <%x>",
+    .name = kTestClass,
+    .key = L"Name",
+    .keyForm = KeyForm::NamedOrSingle,
+    .enumerate = &CDiagMgr::EnumTests,
+    .getData = &CDiagMgr::GetTestData,
+    .sendInstance = &SendInstance,
+    .getObject = "CTolva_DiagTest::GetObjectAsync",
+    .getObjectDataFailed = "Tolva_DiagTest:GetObjectAsync:GetTestData failed, hr = <%x>",
+    .getObjectSendFailed = "Tolva_DiagTest:GetObjectAsync:SendInstance failed, hr = <%x>",
+    .createInstanceEnum = "CTolva_DiagTest::CreateInstanceEnumAsync",
+    .enumFailed = "Tolva_DiagTest:CreateInstanceEnumAsync:EnumTests failed, hr = <%x>",
+    .enumDataFailed = "Tolva_DiagTest:CreateInstanceEnumAsync:GetTestData failed, hr = <%x>",
+    .enumSendFailed = "Tolva_DiagTest:CreateInstanceEnumAsync:SendInstance failed, hr = <%x>",
 };
 } // namespace
 

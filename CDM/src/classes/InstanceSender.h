@@ -1,6 +1,5 @@
 // Builds and indicates the instances that one request asks for. What is the same for all of them is fetched
-// once: the class definition, the localised texts, the computer's name. Lives on the request's
-// thread.
+// once: the class definition, the localised texts, the computer's name. Lives on the request's thread.
 #pragma once
 
 #include "Common/src/WomClassObject.h"

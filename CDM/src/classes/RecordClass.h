@@ -29,7 +29,7 @@ struct CRecordClass
     const char* createInstanceEnum;
     const char* enumFailed;
     const char* enumDataFailed;
-    const char* enumSendFailed; // null: no line of its own
+    const char* enumSendFailed = nullptr; // null: no line of its own
 };
 
 template <class Record>

@@ -3,7 +3,6 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/classes/InstanceSender.h"
-#include "CDM/src/classes/ReadKey.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/References.h"
 #include "Common/src/com/WmiStatus.h"
@@ -60,7 +59,7 @@ HRESULT CReferenceAssociation::CheckReference(const CReferenceCheck& check, cons
         ZebDebug().Write(check.parseFailed);
         return wmi::Failed;
     }
-    key = ReadKey(parsed, check.key, KeyForm::NamedOrSingle);
+    key = ReadKey(parsed, check.key, check.keyForm);
     if (!key)
     {
         if (check.keyMissing)

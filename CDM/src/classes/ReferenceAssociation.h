@@ -4,6 +4,7 @@
 #pragma once
 
 #include "CDM/src/WomClassHandler.h"
+#include "CDM/src/classes/ReadKey.h"
 #include "Common/src/VormArray.h"
 
 class CInstanceSender;
@@ -28,11 +29,12 @@ struct CReferenceCheck
 {
     const wchar_t* property;
     const char* parseFailed;
-    const wchar_t* key;                 // the referenced object's, which must be there
-    const char* keyMissing;             // null: no line of its own
-    BOOL (CDiagMgr::*exists)(BSTR key); // null: not asked
-    const char* adapterKeyFailed;       // null: the reference is not compared with the first one
-    const char* otherAdapter;
+    const wchar_t* key; // the referenced object's, which must be there
+    KeyForm keyForm = KeyForm::NamedOrSingle;
+    const char* keyMissing = nullptr;             // null: no line of its own
+    BOOL (CDiagMgr::*exists)(BSTR key) = nullptr; // null: not asked
+    const char* adapterKeyFailed = nullptr;       // null: the reference is not compared with the first one
+    const char* otherAdapter = nullptr;
 };
 
 // The trace lines are the ones that support knows, differences in spelling included.
@@ -40,8 +42,8 @@ struct CAssociationRow
 {
     const wchar_t* name;
     CReferenceRow references[2];
-    const char* adapterKeyFailed;                    // null where no reference is made from the adapter key
-    HRESULT (*putOthers)(CWomClassObject& instance); // null: there are no other properties
+    const char* adapterKeyFailed = nullptr;                    // null: no reference is made from it
+    HRESULT (*putOthers)(CWomClassObject& instance) = nullptr; // null: there are no other properties
     HRESULT (CDiagMgr::*enumerate)(CVormArray<BSTR>& identifiers);
     const char* createInstanceEnum;
     const char* enumFailed;
