@@ -3,6 +3,7 @@
 
 export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
+export CCACHE_SLOPPINESS := pch_defines,time_macros
 
 build:
 	@scripts/install-packages
