@@ -55,10 +55,14 @@ AdapterNames AdapterNamesOfSystem()
         if (status == ERROR_BUFFER_OVERFLOW)
             continue;
         AdapterNames names;
-        if (status == NO_ERROR)
-            for (const IP_ADAPTER_ADDRESSES* one = first; one; one = one->Next)
-                names[AdapterNameKey(WidenText(one->AdapterName))] = {
-                    one->FriendlyName ? one->FriendlyName : L"", one->Description ? one->Description : L""};
+        for (const IP_ADAPTER_ADDRESSES* one = status == NO_ERROR ? first : nullptr; one; one = one->Next)
+        {
+            CAdapterName& name = names[AdapterNameKey(WidenText(one->AdapterName))];
+            if (one->FriendlyName)
+                name.Name = one->FriendlyName;
+            if (one->Description)
+                name.Description = one->Description;
+        }
         return names;
     }
     return {};
