@@ -108,6 +108,9 @@ constexpr CFailureRow kRows[] = {
      L"not registered.",
      kReadTrace},
 
+    {wmi::ProviderFailure, kUse, ExitCode::CouldNotRun,
+     L"The diagnostics provider on {computer} failed or ended during the request.", kReadTrace},
+
     {Code(0x80042000), kUse, ExitCode::Busy, L"The test is running already.",
      L"Wait for its end, or stop it with \"zebdiag stop\"."},
     {Code(0x80042003), kUse, ExitCode::Busy, L"The result cannot be cleared while the test runs.",

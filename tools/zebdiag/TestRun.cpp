@@ -250,8 +250,13 @@ CRunOutcome RunOneTest(const CWmiSession& session, const std::wstring& computer,
     {
         CRunOutcome outcome;
         outcome.Code = failure.Code;
-        outcome.Message = failure.Cause + (failure.NextStep.empty() ? L"" : L" " + failure.NextStep) +
-                          (failure.Detail.empty() ? L"" : L"\nThe provider says: " + failure.Detail);
+        outcome.Message = failure.Cause;
+        if (!failure.NextStep.empty())
+            outcome.Message += L" " + failure.NextStep;
+        if (!failure.Detail.empty())
+            outcome.Message += L"\nThe provider says: " + failure.Detail;
+        if (failure.Status != S_OK)
+            outcome.Message += L"\n(Status " + StatusText(failure.Status) + L".)";
         return outcome;
     }
 }

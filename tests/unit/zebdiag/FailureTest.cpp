@@ -79,6 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
             L"The diagnostics provider on WS42 has started but cannot work, most likely because the adapter "
             L"agent is not registered.",
             L"DebugLevel"},
+        FailureCase{"ProviderEnds", 0x80041004, Step::Call, ExitCode::CouldNotRun,
+                    L"The diagnostics provider on WS42 failed or ended during the request.", L"DebugLevel"},
         FailureCase{"AlreadyRunning", 0x80042000, Step::Call, ExitCode::Busy, L"The test is running already.",
                     L"zebdiag stop"},
         FailureCase{"ClearWhileRunning", 0x80042003, Step::Call, ExitCode::Busy,
