@@ -24,6 +24,7 @@ class ParallelTest : public ComponentTest
     static void RunAll(const std::vector<std::function<void(int round)>>& bodies)
     {
         std::vector<std::thread> threads;
+        threads.reserve(bodies.size());
         for (const auto& body : bodies)
             threads.emplace_back(
                 [&body]
@@ -101,11 +102,8 @@ TEST_F(ParallelTest, RequestsOfAllKindsLeaveAWholeProvider)
 
 TEST_F(ParallelTest, InitializationsAtOnceInitializeOnce)
 {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([this] { Check(m_host.Initialize() == WBEM_S_INITIALIZED); });
-    for (std::thread& thread : threads)
-        thread.join();
+    const auto initialize = [&](int) { Check(m_host.Initialize() == WBEM_S_INITIALIZED); };
+    RunAll({initialize, initialize, initialize, initialize});
     EXPECT_EQ(m_wrong, 0);
     EXPECT_EQ(m_host.Agent->Count(CFakeAgent::Method::Initialize), 1);
     EXPECT_EQ(Enumerate(L"Tolva_DiagTest").Objects.size(), 4u);
@@ -113,20 +111,14 @@ TEST_F(ParallelTest, InitializationsAtOnceInitializeOnce)
 
 TEST_F(ParallelTest, RequestsDuringInitializationGetAnAnswer)
 {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(
-            [this]
-            {
-                for (int round = 0; round < kRounds; ++round)
-                {
-                    const CAnswer answer = Enumerate(L"Tolva_DiagTest");
-                    Check(answer.Returned == S_OK || answer.Returned == wmi::Failed);
-                }
-            });
-    Start();
-    for (std::thread& thread : threads)
-        thread.join();
+    const auto initialize = [&](int) { Check(m_host.Initialize() == WBEM_S_INITIALIZED); };
+    const auto list = [&](int)
+    {
+        const CAnswer answer = Enumerate(L"Tolva_DiagTest");
+        Check(answer.Returned == S_OK || answer.Returned == wmi::Failed);
+    };
+    RunAll({list, initialize, list, list});
     EXPECT_EQ(m_wrong, 0);
+    EXPECT_EQ(Enumerate(L"Tolva_DiagTest").Objects.size(), 4u);
 }
 } // namespace

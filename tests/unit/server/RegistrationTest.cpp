@@ -89,13 +89,14 @@ std::vector<std::wstring> Differences(const Values& foundAsIs, const Values& exp
     const Values found = InLowerCase(foundAsIs);
     const Values expected = InLowerCase(expectedAsIs);
     std::vector<std::wstring> differences;
+    const auto add = [&](const wchar_t* what, const std::wstring& path, const std::wstring& text)
+    { differences.push_back(std::wstring(what).append(path).append(L" = ").append(text)); };
     for (const auto& [path, text] : expected)
         if (const auto at = found.find(path); at == found.end() || at->second != text)
-            differences.push_back((at == found.end() ? L"missing: " : L"other text: ") + path + L" = " +
-                                  text);
+            add(at == found.end() ? L"missing: " : L"other text: ", path, text);
     for (const auto& [path, text] : found)
         if (!expected.contains(path))
-            differences.push_back(L"not expected: " + path + L" = " + text);
+            add(L"not expected: ", path, text);
     return differences;
 }
 
