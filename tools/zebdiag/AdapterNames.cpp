@@ -37,8 +37,9 @@ AdapterNames AdapterNamesOfService(const CWmiSession& session)
     for (const WmiObject& adapter :
          session.Query(L"SELECT GUID, NetConnectionID, Name FROM Win32_NetworkAdapter", kAdapterClass))
         if (const auto guid = ReadText(adapter.Get(), L"GUID"))
-            names[AdapterNameKey(*guid)] = {ReadText(adapter.Get(), L"NetConnectionID").value_or(L""),
-                                            ReadText(adapter.Get(), L"Name").value_or(L"")};
+            names[AdapterNameKey(*guid)] = {
+                ReadText(adapter.Get(), L"NetConnectionID").value_or(std::wstring()),
+                ReadText(adapter.Get(), L"Name").value_or(std::wstring())};
     return names;
 }
 

@@ -18,7 +18,8 @@ class CIdentity
     CIdentity(const std::wstring& user, const std::wstring& password) : m_password(password)
     {
         const size_t slash = user.find(L'\\');
-        m_domain = slash == std::wstring::npos ? L"" : user.substr(0, slash);
+        if (slash != std::wstring::npos)
+            m_domain = user.substr(0, slash);
         m_user = slash == std::wstring::npos ? user : user.substr(slash + 1);
     }
     CIdentity(const CIdentity&) = delete;
