@@ -1,5 +1,5 @@
 # The only commands to remember. Everything is built in build/ and runs in a Wine prefix there.
-.PHONY: demo test build check format clean
+.PHONY: demo test bench build check format clean
 
 export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
@@ -14,6 +14,9 @@ test: build
 
 demo: build
 	@scripts/demo
+
+bench: build
+	@scripts/bench
 
 check:
 	@scripts/install-packages
