@@ -60,7 +60,7 @@ CMethodThread::CMethodThread(const CWmiSession& session, const std::wstring& pat
                                        : nullptr);
     if (!thread)
         throw FailureOf(E_OUTOFMEMORY, Step::Call, session.Target(), className);
-    shared.release(); // the thread's now
+    (void)shared.release(); // the thread's now
 }
 
 CMethodThread::~CMethodThread() = default;
