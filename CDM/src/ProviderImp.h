@@ -33,7 +33,7 @@ struct CHandlerRow
 // The seven handlers, in their order of creation.
 std::span<const CHandlerRow> ServedHandlers() noexcept;
 
-class CProviderImp final : public CUnsupportedServices
+class CProviderImp : public CUnsupportedServices
 {
   public:
     // `server` outlives the object. Tests put handlers of their own among the served ones.
@@ -54,6 +54,9 @@ class CProviderImp final : public CUnsupportedServices
     STDMETHODIMP ExecMethodAsync(const BSTR path, const BSTR method, long flags, IWbemContext* context,
                                  IWbemClassObject* inParams, IWbemObjectSink* sink) override;
 
+  protected:
+    ~CProviderImp() override;
+
   private:
     // What initialisation leaves for the requests.
     struct CState
@@ -64,8 +67,6 @@ class CProviderImp final : public CUnsupportedServices
         bool HandlersReady = false;
     };
     using Body = std::function<CAnswer(CWomContext&)>;
-
-    ~CProviderImp() override;
 
     HRESULT InitializeOnce(LCID locale, IWbemServices* services, IWbemContext* context);
     HRESULT ClassesInit(LCID locale);

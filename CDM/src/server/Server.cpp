@@ -6,7 +6,6 @@
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/ComObject.h"
 
 #include <objbase.h>
 
@@ -15,13 +14,12 @@ namespace
 const UINT g_forceExitMessage = RegisterWindowMessageA("Force Veltrane(R) ZEB WMI Providers to exit");
 
 // A provider object gives its lock up before it stores its results. Storing may outlast the monitor's
-// patience; the process waits for it, but not for ever. `idle` is the count of objects without any provider:
-// the class object may still be there, because not every system lets go of it.
-void WaitForLastProvider(long idle) noexcept
+// patience; the process waits for it, but not for ever.
+void WaitForLastProvider() noexcept
 {
     constexpr DWORD kStepMilliseconds = 50;
     constexpr DWORD kLimitMilliseconds = 60000;
-    for (DWORD waited = 0; g_liveComObjects > idle && waited < kLimitMilliseconds;
+    for (DWORD waited = 0; CServerModule::Providers() > 0 && waited < kLimitMilliseconds;
          waited += kStepMilliseconds)
         Sleep(kStepMilliseconds);
 }
@@ -33,7 +31,6 @@ HRESULT Serve(CServerModule& module) noexcept
         module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
     if (FAILED(hr))
         return hr; // nobody could reach the server, or end it
-    const long idle = g_liveComObjects;
     CoResumeClassObjects();
 
     MSG message;
@@ -42,7 +39,7 @@ HRESULT Serve(CServerModule& module) noexcept
 
     module.RevokeClassObjects();
     Sleep(1000);
-    WaitForLastProvider(idle);
+    WaitForLastProvider();
     return S_OK;
 }
 

@@ -5,6 +5,7 @@
 #include "CDM/src/server/ServerIds.h"
 #include "Common/src/com/ComBoundary.h"
 
+#include <atomic>
 #include <oleauto.h>
 
 namespace
@@ -25,10 +26,25 @@ const void* NoCategories() noexcept
 
 void WINAPI NothingToDo(BOOL) noexcept {}
 
+std::atomic<long> g_providers{0};
+
+struct CProviderCount
+{
+    CProviderCount() noexcept { ++g_providers; }
+    ~CProviderCount() { --g_providers; }
+};
+
+// The count is the first base, so that it ends when everything else of the object has.
+class CServedProvider final : private CProviderCount, public CProviderImp
+{
+  public:
+    using CProviderImp::CProviderImp;
+};
+
 HRESULT WINAPI CreateProvider(void*, REFIID riid, void** out)
 {
     CServerModule& module = CServerModule::Instance();
-    return MakeCom<CProviderImp>(module.Paths(), module)->QueryInterface(riid, out);
+    return MakeCom<CServedProvider>(module.Paths(), module)->QueryInterface(riid, out);
 }
 
 HRESULT WINAPI GetProviderClassObject(void* creator, REFIID riid, void** out)
@@ -111,6 +127,11 @@ LONG CServerModule::Unlock() noexcept
     if (left == 0)
         m_monitor.Signal();
     return left;
+}
+
+long CServerModule::Providers() noexcept
+{
+    return g_providers;
 }
 
 HRESULT CServerModule::RunScript(UINT resource, BOOL registering) noexcept

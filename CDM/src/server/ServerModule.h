@@ -34,6 +34,9 @@ class CServerModule final : public IServerLock
     // Counts; the unlock that leaves none wakes the monitor.
     LONG Lock() noexcept override;
     LONG Unlock() noexcept override;
+    // How many provider objects there are, those included that have given up their lock and are still storing
+    // their results.
+    static long Providers() noexcept;
 
   private:
     CServerModule() noexcept = default;

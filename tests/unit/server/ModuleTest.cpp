@@ -41,7 +41,9 @@ TEST_F(ModuleTest, RegisteredClassObjectMakesProvidersThatHoldOneLock)
               S_OK);
     EXPECT_EQ(m_module.Lock(), 2);
     m_module.Unlock();
+    EXPECT_EQ(CServerModule::Providers(), 1);
     provider.Reset();
+    EXPECT_EQ(CServerModule::Providers(), 0);
     EXPECT_EQ(m_module.Lock(), 1);
     m_module.Unlock();
     m_module.RevokeClassObjects();
