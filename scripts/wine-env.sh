@@ -7,3 +7,9 @@ export WINEARCH=win64
 export WINEDEBUG=${ZEB_WINEDEBUG:--all}
 export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,explorer.exe=d'
 unset DISPLAY
+
+# Keeps the prefix's Wine server up until the calling script stops it: a server that is just ending turns away
+# the program that starts next. Call it only where the prefix has been made.
+hold_wine() {
+  exec {wine_hold}> >(exec wine cmd.exe /q >/dev/null 2>&1)
+}
