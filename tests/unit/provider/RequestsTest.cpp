@@ -272,7 +272,7 @@ TEST_F(RequestsTest, MethodWithoutOutputReturnsTheHandlersResult)
     EXPECT_TRUE(m_sink->Indications().empty());
 }
 
-TEST_F(RequestsTest, ClassWithoutMethodsSaysSo)
+TEST_F(RequestsTest, ClassWithoutMethodsSendsItsOutputAllTheSame)
 {
     // The output is there all the same and is sent.
     EXPECT_EQ(Make(kRequests[3]), S_OK);
