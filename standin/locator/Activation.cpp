@@ -10,9 +10,8 @@ namespace
 // A server that is just ending is gone for a moment only.
 constexpr int kAttempts = 3;
 constexpr DWORD kPauseMilliseconds = 200;
-// Between two looks at a service that was told to stop, and how many.
-constexpr DWORD kLookMilliseconds = 20;
-constexpr int kLooks = 250;
+// How long it may take to stop.
+constexpr DWORD kLongestStop = 10000;
 
 // One process at a time restarts the COM service; the next one finds that its server can be started.
 constexpr wchar_t kRestart[] = L"WMI stand-in restarts the COM service";
@@ -40,20 +39,21 @@ class CMutexScope
     const CHandle m_mutex;
 };
 
-// Stops it; the next use of COM starts it.
+// Stops it; the next use of COM starts it. Its process must be gone by then, because it would go on to answer
+// for a while what nobody will remember.
 void StopComService() noexcept
 {
     const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const CServiceHandle service(OpenServiceW(manager.Get(), L"RpcSs", SERVICE_STOP | SERVICE_QUERY_STATUS));
-    SERVICE_STATUS status = {};
-    if (!service || !ControlService(service.Get(), SERVICE_CONTROL_STOP, &status))
+    SERVICE_STATUS_PROCESS running = {};
+    DWORD size = 0;
+    if (!service || !QueryServiceStatusEx(service.Get(), SC_STATUS_PROCESS_INFO,
+                                          reinterpret_cast<BYTE*>(&running), sizeof running, &size))
         return;
-    for (int look = 0; look < kLooks && status.dwCurrentState != SERVICE_STOPPED; ++look)
-    {
-        Sleep(kLookMilliseconds);
-        if (!QueryServiceStatus(service.Get(), &status))
-            return;
-    }
+    const CHandle process(OpenProcess(SYNCHRONIZE, FALSE, running.dwProcessId));
+    SERVICE_STATUS status = {};
+    if (ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) && process)
+        WaitForSingleObject(process.Get(), kLongestStop);
 }
 
 HRESULT Activate(REFCLSID clsid, REFIID riid, void** out)

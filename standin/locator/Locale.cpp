@@ -2,6 +2,8 @@
 
 #include "Common/src/com/Text.h"
 
+#include <cwchar>
+
 namespace standin
 {
 std::optional<LCID> ParseLocale(std::wstring_view text) noexcept
@@ -22,5 +24,12 @@ std::optional<LCID> ParseLocale(std::wstring_view text) noexcept
         locale = locale * 16 + digit;
     }
     return locale;
+}
+
+std::wstring LocaleText(LCID locale)
+{
+    wchar_t text[16] = {};
+    _snwprintf(text, std::size(text) - 1, L"MS_%lX", locale);
+    return text;
 }
 } // namespace standin

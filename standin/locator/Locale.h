@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <windows.h>
 
@@ -9,4 +10,6 @@ namespace standin
 {
 // "MS_409" gives 0x409; nothing where the text is of another form.
 std::optional<LCID> ParseLocale(std::wstring_view text) noexcept;
+// The other way.
+std::wstring LocaleText(LCID locale);
 } // namespace standin

@@ -39,9 +39,10 @@ STDMETHODIMP CLocator::ConnectServer(const BSTR networkResource, const BSTR user
                 return static_cast<HRESULT>(WBEM_E_LOCAL_CREDENTIALS);
             if (IsGiven(locale) && !ParseLocale(locale))
                 return wmi::InvalidParameter;
+            const std::wstring language = IsGiven(locale) ? locale : LocaleText(GetUserDefaultLCID());
 
             CServiceConnection connection;
-            const HRESULT hr = ConnectService(path->NameSpace.c_str(), locale, connection);
+            const HRESULT hr = ConnectService(path->NameSpace, language, connection);
             if (FAILED(hr))
                 return hr;
             *nameSpace = new CServicesFacade(connection.Services, connection.Process);

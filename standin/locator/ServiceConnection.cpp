@@ -31,10 +31,11 @@ HRESULT ConnectOnce(const CBstr& nameSpace, const CBstr& locale, CServiceConnect
 }
 } // namespace
 
-HRESULT ConnectService(const wchar_t* nameSpace, const wchar_t* locale, CServiceConnection& connection)
+HRESULT ConnectService(const std::wstring& nameSpace, const std::wstring& locale,
+                       CServiceConnection& connection)
 {
-    const CBstr nameSpaceText(nameSpace);
-    const CBstr localeText(locale);
+    const CBstr nameSpaceText(nameSpace.c_str());
+    const CBstr localeText(locale.c_str());
     HRESULT hr = E_FAIL;
     for (int attempt = 0; attempt < kAttempts; ++attempt)
     {

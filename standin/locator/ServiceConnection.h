@@ -3,6 +3,8 @@
 
 #include "standin/locator/CallSink.h"
 
+#include <string>
+
 namespace standin
 {
 struct CServiceConnection
@@ -12,6 +14,7 @@ struct CServiceConnection
 };
 
 // Has COM start the service process where none runs, and opens a namespace there. A service that ends just
-// then is started anew. The namespace has the form root\cimv2; the locale may be null.
-HRESULT ConnectService(const wchar_t* nameSpace, const wchar_t* locale, CServiceConnection& connection);
+// then is started anew. The namespace has the form root\cimv2, the locale the form MS_409.
+HRESULT ConnectService(const std::wstring& nameSpace, const std::wstring& locale,
+                       CServiceConnection& connection);
 } // namespace standin

@@ -120,9 +120,8 @@ class CWalk
         if (!definition || (!m_query.ResultClass.empty() && !definition->InheritsFrom(m_query.ResultClass)) ||
             !m_delivered.insert(Identity(end)).second)
             return wmi::NoError;
-        ComPtr<IWbemClassObject> object;
-        const COutcome outcome = m_source.Get(end, object);
-        return outcome.Failed() || !object ? wmi::NoError : m_consume(object.Get());
+        const COutcome outcome = m_source.Get(end);
+        return outcome.Failed() ? wmi::NoError : m_consume(outcome.Object.Get());
     }
 
     const CAssociationQuery& m_query;

@@ -82,14 +82,15 @@ bool CInstanceSource::IsDynamic(const CClassDefinition& definition) const
     return definition.Qualifiers.Text(kProvider) != nullptr;
 }
 
-HRESULT CInstanceSource::FindProvider(const CClassDefinition& definition,
+HRESULT CInstanceSource::FindProvider(const CClassDefinition& definition, Capability capability,
                                       CProviderRegistration& registration) const
 {
-    auto found = m_service.Repository().FindProvider(m_nameSpace, definition.Qualifiers.Text(kProvider));
+    const wchar_t* name = definition.Qualifiers.Text(kProvider);
+    auto found = m_service.Repository().FindProvider(m_nameSpace, name ? name : L"");
     if (!found)
         return wmi::ProviderNotFound;
     registration = std::move(*found);
-    return wmi::NoError;
+    return registration.*capability ? wmi::NoError : kNotCapable;
 }
 
 COutcome CInstanceSource::Call(const CProviderRegistration& registration, ObjectConsumer consume,
@@ -99,45 +100,57 @@ COutcome CInstanceSource::Call(const CProviderRegistration& registration, Object
                         start);
 }
 
-COutcome CInstanceSource::GetFromProvider(const CClassDefinition& definition, const std::wstring& path,
-                                          ComPtr<IWbemClassObject>& instance)
+COutcome CInstanceSource::CallForOne(const CProviderRegistration& registration, const ProviderStart& start)
 {
-    CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(definition, registration); FAILED(hr))
-        return hr;
-    if (!registration.ServesInstances || !registration.SupportsGet)
-        return kNotCapable;
-    const CBstr text(path.c_str());
-    return Call(
+    ComPtr<IWbemClassObject> one;
+    COutcome outcome = Call(
         registration,
         [&](IWbemClassObject* object)
         {
-            Mark(object);
-            instance = object;
+            one = object;
             return wmi::NoError;
         },
-        [&](IWbemServices& provider, IWbemObjectSink* sink) {
-            return provider.GetObjectAsync(text.Get(), ProviderFlags(m_request.Flags()), m_request.Context(),
-                                           sink);
-        });
+        start);
+    outcome.Object = std::move(one);
+    return outcome;
 }
 
-COutcome CInstanceSource::Get(const CObjectPath& path, ComPtr<IWbemClassObject>& instance)
+COutcome CInstanceSource::GetFromProvider(const CClassDefinition& definition, const std::wstring& path)
+{
+    CProviderRegistration registration;
+    if (const HRESULT hr = FindProvider(definition, &CProviderRegistration::SupportsGet, registration);
+        FAILED(hr))
+        return hr;
+    const CBstr text(path.c_str());
+    COutcome outcome =
+        CallForOne(registration,
+                   [&](IWbemServices& provider, IWbemObjectSink* sink) {
+                       return provider.GetObjectAsync(text.Get(), ProviderFlags(m_request.Flags()),
+                                                      m_request.Context(), sink);
+                   });
+    if (outcome.Object)
+        Mark(outcome.Object.Get());
+    else if (!outcome.Failed())
+        outcome = wmi::NotFound;
+    return outcome;
+}
+
+COutcome CInstanceSource::Get(const CObjectPath& path)
 {
     const ClassDefinition definition = Definition(path.ClassName);
     if (!definition)
         return wmi::NotFound;
-    instance = m_service.Repository().GetInstance(m_nameSpace, path.Relative);
-    if (instance)
-        return wmi::NoError;
+    COutcome outcome;
+    outcome.Object = m_service.Repository().GetInstance(m_nameSpace, path.Relative);
+    if (outcome.Object)
+        return outcome;
 
-    // The instance may be of a derived class.
+    // The instance may be of a derived class. What the first provider says counts where nobody has it.
     std::vector<ClassDefinition> candidates = {definition};
-    for (const ClassDefinition& derived :
+    for (ClassDefinition& derived :
          m_service.Repository().DerivedClasses(m_nameSpace, definition->Name, true))
-        candidates.push_back(derived);
-    COutcome first(wmi::NotFound);
-    bool asked = false;
+        candidates.push_back(std::move(derived));
+    std::optional<COutcome> first;
     for (const ClassDefinition& candidate : candidates)
     {
         if (!IsDynamic(*candidate))
@@ -145,16 +158,13 @@ COutcome CInstanceSource::Get(const CObjectPath& path, ComPtr<IWbemClassObject>&
         const std::wstring text = candidate == definition
                                       ? path.Relative
                                       : candidate->Name + path.Relative.substr(path.ClassName.size());
-        COutcome outcome = GetFromProvider(*candidate, text, instance);
-        if (!outcome.Failed() && instance)
-            return outcome;
+        outcome = GetFromProvider(*candidate, text);
         if (!outcome.Failed())
-            outcome = wmi::NotFound;
-        if (!asked)
+            return outcome;
+        if (!first)
             first = std::move(outcome);
-        asked = true;
     }
-    return first;
+    return first ? std::move(*first) : COutcome(wmi::NotFound);
 }
 
 COutcome CInstanceSource::EnumerateOne(const CClassDefinition& definition, const ObjectConsumer& consume)
@@ -168,10 +178,10 @@ COutcome CInstanceSource::EnumerateOne(const CClassDefinition& definition, const
         return wmi::NoError;
     }
     CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(definition, registration); FAILED(hr))
+    if (const HRESULT hr =
+            FindProvider(definition, &CProviderRegistration::SupportsEnumeration, registration);
+        FAILED(hr))
         return hr;
-    if (!registration.ServesInstances || !registration.SupportsEnumeration)
-        return kNotCapable;
     const CBstr className(definition.Name.c_str());
     return Call(
         registration,
@@ -215,10 +225,9 @@ COutcome CInstanceSource::Put(IWbemClassObject* instance)
     if (!IsDynamic(*definition))
         return wmi::NotSupported;
     CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+    if (const HRESULT hr = FindProvider(*definition, &CProviderRegistration::SupportsPut, registration);
+        FAILED(hr))
         return hr;
-    if (!registration.ServesInstances || !registration.SupportsPut)
-        return kNotCapable;
     // The texts of amended qualifiers are the service's, not the provider's.
     const long flags = ProviderFlags(m_request.Flags()) & ~WBEM_FLAG_USE_AMENDED_QUALIFIERS;
     return Call(
@@ -235,10 +244,9 @@ COutcome CInstanceSource::Delete(const CObjectPath& path)
     if (!IsDynamic(*definition))
         return wmi::NotSupported;
     CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+    if (const HRESULT hr = FindProvider(*definition, &CProviderRegistration::SupportsDelete, registration);
+        FAILED(hr))
         return hr;
-    if (!registration.ServesInstances || !registration.SupportsDelete)
-        return kNotCapable;
     const CBstr text(path.Relative.c_str());
     return Call(
         registration, [](IWbemClassObject*) { return wmi::NoError; },
@@ -249,8 +257,7 @@ COutcome CInstanceSource::Delete(const CObjectPath& path)
         });
 }
 
-COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in,
-                                  const ObjectConsumer& consume)
+COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in)
 {
     const ClassDefinition definition = Definition(path.ClassName);
     if (!definition)
@@ -264,18 +271,17 @@ COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& m
     if (const HRESULT hr = CheckInParameters(*signature, in, parameters); FAILED(hr))
         return hr;
     CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(*definition, registration); FAILED(hr))
+    if (const HRESULT hr = FindProvider(*definition, &CProviderRegistration::ServesMethods, registration);
+        FAILED(hr))
         return hr;
-    if (!registration.ServesMethods)
-        return kNotCapable;
     const CBstr pathText(path.Relative.c_str());
     const CBstr methodText(method.c_str());
-    return Call(registration, consume,
-                [&](IWbemServices& provider, IWbemObjectSink* sink)
-                {
-                    return provider.ExecMethodAsync(pathText.Get(), methodText.Get(),
-                                                    ProviderFlags(m_request.Flags()), m_request.Context(),
-                                                    parameters.Get(), sink);
-                });
+    return CallForOne(registration,
+                      [&](IWbemServices& provider, IWbemObjectSink* sink)
+                      {
+                          return provider.ExecMethodAsync(pathText.Get(), methodText.Get(),
+                                                          ProviderFlags(m_request.Flags()),
+                                                          m_request.Context(), parameters.Get(), sink);
+                      });
 }
 } // namespace standin

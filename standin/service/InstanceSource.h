@@ -26,15 +26,14 @@ class CInstanceSource
     // Classes derived from a class, or all from the top where it is empty.
     std::vector<ComPtr<IWbemClassObject>> Classes(std::wstring_view superclass, bool deep) const;
 
-    // One instance by its path. WBEM_E_NOT_FOUND where nobody has it.
-    COutcome Get(const CObjectPath& path, ComPtr<IWbemClassObject>& instance);
+    // One instance by its path, as the outcome's object. WBEM_E_NOT_FOUND where nobody has it.
+    COutcome Get(const CObjectPath& path);
     // The instances of a class and, if `deep`, of those derived from it. WBEM_E_INVALID_CLASS.
     COutcome Enumerate(const std::wstring& className, bool deep, const ObjectConsumer& consume);
     COutcome Put(IWbemClassObject* instance);
     COutcome Delete(const CObjectPath& path);
-    // The out-parameters go to `consume`.
-    COutcome Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in,
-                     const ObjectConsumer& consume);
+    // The out-parameters are the outcome's object.
+    COutcome Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in);
 
     // The object comes from here: fills its "__PATH" and the like.
     void Mark(IWbemClassObject* object) const;
@@ -45,12 +44,16 @@ class CInstanceSource
     // The language in which the client wants texts; 0 where it did not ask for them.
     LCID AmendedLocale() const;
     bool IsDynamic(const CClassDefinition& definition) const;
-    // The provider of a dynamic class; WBEM_E_PROVIDER_NOT_FOUND.
-    HRESULT FindProvider(const CClassDefinition& definition, CProviderRegistration& registration) const;
+    using Capability = bool CProviderRegistration::*;
+    // The provider of a dynamic class. WBEM_E_PROVIDER_NOT_FOUND; WBEM_E_PROVIDER_NOT_CAPABLE where it is not
+    // registered for what is asked of it.
+    HRESULT FindProvider(const CClassDefinition& definition, Capability capability,
+                         CProviderRegistration& registration) const;
     COutcome Call(const CProviderRegistration& registration, ObjectConsumer consume,
                   const ProviderStart& start);
-    COutcome GetFromProvider(const CClassDefinition& definition, const std::wstring& path,
-                             ComPtr<IWbemClassObject>& instance);
+    // A call that brings one object or none.
+    COutcome CallForOne(const CProviderRegistration& registration, const ProviderStart& start);
+    COutcome GetFromProvider(const CClassDefinition& definition, const std::wstring& path);
     COutcome EnumerateOne(const CClassDefinition& definition, const ObjectConsumer& consume);
 
     CService& m_service;

@@ -27,6 +27,14 @@ std::wstring_view View(const BSTR text)
     return text ? text : L"";
 }
 
+// The outcome of a call that asks for one object; null where there is none.
+COutcome One(ComPtr<IWbemClassObject> object)
+{
+    COutcome outcome(object ? wmi::NoError : wmi::NotFound);
+    outcome.Object = std::move(object);
+    return outcome;
+}
+
 // A path to something in this computer.
 std::optional<CObjectPath> ParseLocalPath(const BSTR text)
 {
@@ -99,24 +107,13 @@ STDMETHODIMP CNamespaceServices::GetObjectAsync(const BSTR text, long flags, IWb
         {
             if (View(text).empty())
                 return Begin({}, flags, kRead, context, sink,
-                             [](CInstanceSource&, CRequest& request) -> COutcome
-                             { return request.Indicate(MakeEmptyClass()); });
+                             [](CInstanceSource&, CRequest&) { return One(MakeEmptyClass()); });
             const std::optional<CObjectPath> path = ParseLocalPath(text);
             if (!path)
                 return wmi::InvalidObjectPath;
             return Begin(path->NameSpace, flags, kRead, context, sink,
-                         [path = *path](CInstanceSource& source, CRequest& request) -> COutcome
-                         {
-                             ComPtr<IWbemClassObject> object;
-                             if (path.IsInstance)
-                             {
-                                 if (COutcome outcome = source.Get(path, object); outcome.Failed())
-                                     return outcome;
-                             }
-                             else
-                                 object = source.Class(path.ClassName);
-                             return object ? request.Indicate(std::move(object)) : wmi::NotFound;
-                         });
+                         [path = *path](CInstanceSource& source, CRequest&)
+                         { return path.IsInstance ? source.Get(path) : One(source.Class(path.ClassName)); });
         });
 }
 
@@ -222,12 +219,8 @@ STDMETHODIMP CNamespaceServices::ExecMethodAsync(const BSTR text, const BSTR met
                 return wmi::InvalidObjectPath;
             return Begin(path->NameSpace, flags, kAnyCall, context, sink,
                          [path = *path, method = std::wstring(View(method)),
-                          in = ComPtr<IWbemClassObject>(in)](CInstanceSource& source, CRequest& request)
-                         {
-                             return source.Execute(path, method, in.Get(),
-                                                   [&](IWbemClassObject* out)
-                                                   { return request.Indicate(out); });
-                         });
+                          in = ComPtr<IWbemClassObject>(in)](CInstanceSource& source, CRequest&)
+                         { return source.Execute(path, method, in.Get()); });
         });
 }
 } // namespace standin

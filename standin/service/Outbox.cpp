@@ -15,48 +15,54 @@ constexpr size_t kLargestBatch = 100;
 
 HRESULT COutbox::Indicate(ComPtr<IWbemClassObject> object)
 {
-    {
-        const CLockScope lock(m_lock);
-        if (m_finished || m_broken)
-            return wmi::CallCancelled;
-        m_objects.push_back(std::move(object));
-    }
-    Wake();
+    std::unique_lock lock(m_mutex);
+    if (m_finished || m_broken)
+        return wmi::CallCancelled;
+    m_objects.push_back(std::move(object));
+    Wake(std::move(lock));
     return wmi::NoError;
 }
 
-void COutbox::Finish(COutcome outcome, bool dropObjects)
+void COutbox::Finish(COutcome outcome)
 {
     {
-        const CLockScope lock(m_lock);
+        const std::lock_guard lock(m_mutex);
         if (m_finished)
             return;
         m_finished = true;
-        if (dropObjects)
-            m_objects.clear();
         m_outcome = std::move(outcome);
+        m_changed.notify_one();
+        if (std::exchange(m_delivering, true))
+            return;
     }
-    Wake();
+    Deliver();
+}
+
+void COutbox::Cancel()
+{
+    std::unique_lock lock(m_mutex);
+    if (std::exchange(m_finished, true))
+        return;
+    m_objects.clear();
+    m_outcome = COutcome(wmi::CallCancelled);
+    Wake(std::move(lock));
 }
 
 void COutbox::Abandon()
 {
-    const CLockScope lock(m_lock);
-    m_finished = true;
-    m_broken = true;
-    m_abandoned = true;
+    const std::lock_guard lock(m_mutex);
+    m_finished = m_broken = m_abandoned = true;
     m_objects.clear();
     m_outcome.reset();
+    m_changed.notify_one();
 }
 
-void COutbox::Wake()
+void COutbox::Wake(std::unique_lock<std::mutex> lock)
 {
-    {
-        const CLockScope lock(m_lock);
-        if (m_sending || m_abandoned)
-            return;
-        m_sending = true;
-    }
+    m_changed.notify_one();
+    if (std::exchange(m_delivering, true))
+        return;
+    lock.unlock();
     RunOnWorker([self = shared_from_this()] { self->Deliver(); });
 }
 
@@ -67,21 +73,22 @@ void COutbox::Deliver()
         std::vector<ComPtr<IWbemClassObject>> objects;
         std::optional<COutcome> outcome;
         {
-            const CLockScope lock(m_lock);
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [&] { return !m_objects.empty() || m_outcome || m_abandoned; });
+            if (m_abandoned)
+                return;
             objects.swap(m_objects);
             if (objects.empty())
-            {
                 outcome.swap(m_outcome);
-                m_sending = outcome.has_value();
-                if (!outcome)
-                    return;
-            }
         }
-        if (outcome)
-            m_client->SetStatus(WBEM_STATUS_COMPLETE, outcome->Result, outcome->Text.Get(),
-                                outcome->Status.Get());
-        else
-            Send(objects);
+        Send(objects);
+        if (!outcome)
+            continue;
+        if (outcome->Object)
+            Send({outcome->Object});
+        m_client->SetStatus(WBEM_STATUS_COMPLETE, outcome->Result, outcome->Text.Get(),
+                            outcome->Status.Get());
+        return;
     }
 }
 
@@ -95,7 +102,7 @@ void COutbox::Send(const std::vector<ComPtr<IWbemClassObject>>& objects)
             batch.push_back(objects[i].Get());
         if (SUCCEEDED(m_client->Indicate(static_cast<long>(batch.size()), batch.data())))
             continue;
-        const CLockScope lock(m_lock);
+        const std::lock_guard lock(m_mutex);
         m_broken = true;
         m_objects.clear();
         return;

@@ -18,5 +18,6 @@ struct COutcome
     HRESULT Result = WBEM_S_NO_ERROR;
     CBstr Text;                      // a put instance's path
     ComPtr<IWbemClassObject> Status; // what the provider says about a failure
+    ComPtr<IWbemClassObject> Object; // the one object of a call that asks for one
 };
 } // namespace standin

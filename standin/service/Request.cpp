@@ -1,20 +1,18 @@
 #include "standin/service/Request.h"
 
-#include "Common/src/com/WmiStatus.h"
-
 namespace standin
 {
 CRequest::CRequest(CServiceLife::CUse use, ComPtr<IWbemObjectSink> client, long flags,
                    ComPtr<IWbemContext> context)
-    : m_use(std::move(use)), m_flags(flags), m_context(std::move(context)),
-      m_outbox(std::make_shared<COutbox>(std::move(client))),
+    : m_flags(flags), m_context(std::move(context)),
+      m_outbox(std::make_shared<COutbox>(std::move(use), std::move(client))),
       m_cancelled(CreateEventW(nullptr, TRUE, FALSE, nullptr))
 {
 }
 
 void CRequest::Cancel()
 {
-    m_outbox->Finish(wmi::CallCancelled, true);
+    m_outbox->Cancel();
     StopProvider();
 }
 

@@ -2,10 +2,8 @@
 // calls to the provider one after another; the answers go through the outbox.
 #pragma once
 
+#include "Common/src/com/CriticalSection.h"
 #include "standin/service/Outbox.h"
-#include "standin/service/ServiceLife.h"
-
-#include <string>
 
 namespace standin
 {
@@ -40,7 +38,6 @@ class CRequest
   private:
     void StopProvider();
 
-    const CServiceLife::CUse m_use;
     const long m_flags;
     const ComPtr<IWbemContext> m_context;
     const std::shared_ptr<COutbox> m_outbox;

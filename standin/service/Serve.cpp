@@ -3,6 +3,7 @@
 #include "Common/src/com/ComBoundary.h"
 #include "standin/locator/ServiceIds.h"
 #include "standin/object/Objects.h"
+#include "standin/service/ActivationHold.h"
 #include "standin/service/ConnectServer.h"
 #include "standin/service/Service.h"
 #include "standin/service/Settings.h"
@@ -69,6 +70,8 @@ class CServiceClass
     CServiceClass(const CServiceClass&) = delete;
     CServiceClass& operator=(const CServiceClass&) = delete;
 
+    // Once, before the first offer.
+    HRESULT Prepare() { return HoldActivationInterfaces(m_factory.Get()); }
     HRESULT Offer()
     {
         Withdraw();
@@ -135,6 +138,8 @@ int Serve()
             CService service;
             LoadRepository(service.Repository());
             CServiceClass serviceClass(service);
+            if (const HRESULT hr = serviceClass.Prepare(); FAILED(hr))
+                return hr;
             DWORD patience = kFirstClient;
             do
             {
@@ -147,7 +152,7 @@ int Serve()
             } while (service.Life().Uses() > 0);
             return S_OK;
         });
-    CoUninitialize();
+    // COM is left as it is: closing it would wait for calls of clients that come too late, and they for it.
     return SUCCEEDED(served) ? 0 : 1;
 }
 } // namespace standin

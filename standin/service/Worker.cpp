@@ -1,6 +1,7 @@
 #include "standin/service/Worker.h"
 
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/Owned.h"
 
 #include <memory>
 #include <objbase.h>
@@ -9,28 +10,27 @@ namespace standin
 {
 namespace
 {
-void CALLBACK RunWork(PTP_CALLBACK_INSTANCE instance, void* context)
+DWORD WINAPI RunWork(void* context)
 {
-    const std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(context));
-    // A request may take as long as a diagnostic does.
-    CallbackMayRunLong(instance);
+    std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(context));
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     AtComBoundary(
         [&]
         {
             (*work)();
-            // What the work holds goes before the apartment does.
-            *work = nullptr;
             return S_OK;
         });
+    // What the work holds goes before the apartment does.
+    work.reset();
     CoUninitialize();
+    return 0;
 }
 } // namespace
 
 void RunOnWorker(std::function<void()> work)
 {
     auto owned = std::make_unique<std::function<void()>>(std::move(work));
-    if (TrySubmitThreadpoolCallback(RunWork, owned.get(), nullptr))
+    if (const CHandle thread(CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr)); thread)
         owned.release();
     else
         (*owned)();

@@ -17,6 +17,23 @@ CHandle NamedEvent(const wchar_t* name)
 
 class CStandinFailure : public CStandinTest
 {
+  protected:
+    // Calls the method that blocks until the event "Go" is set, and waits until it does.
+    ComPtr<IWbemCallResult> CallBlock(const CHandle& blocked) const
+    {
+        ComPtr<IWbemCallResult> result;
+        EXPECT_EQ(WBEM_S_NO_ERROR, m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(),
+                                                          CBstr(L"Block").Get(), WBEM_FLAG_RETURN_IMMEDIATELY,
+                                                          nullptr, nullptr, nullptr, result.Put()));
+        LONG status = 0;
+        while (WaitForSingleObject(blocked.Get(), 100) != WAIT_OBJECT_0)
+            if (result->GetCallStatus(0, &status) != WBEM_S_TIMEDOUT)
+            {
+                ADD_FAILURE() << "the method ended with " << std::hex << status;
+                break;
+            }
+        return result;
+    }
 };
 
 TEST_F(CStandinFailure, BecomesTheErrorObjectOfTheThread)
@@ -112,11 +129,7 @@ TEST_F(CStandinFailure, OfTheServiceIsSeenByAWaitingClient)
 {
     const CHandle blocked = NamedEvent(kBlockedEvent);
     const CHandle go = NamedEvent(kGoEvent);
-    ComPtr<IWbemCallResult> result;
-    ASSERT_EQ(WBEM_S_NO_ERROR,
-              m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
-                                     WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, nullptr, result.Put()));
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
+    const ComPtr<IWbemCallResult> result = CallBlock(blocked);
     for (const DWORD id : ProcessesOf(L"WmiStandin.exe"))
         KillProcess(id);
     LONG status = 0;
@@ -195,11 +208,7 @@ TEST_F(CStandinFailure, TimesOutAndGoesOn)
 {
     const CHandle blocked = NamedEvent(kBlockedEvent);
     const CHandle go = NamedEvent(kGoEvent);
-    ComPtr<IWbemCallResult> result;
-    ASSERT_EQ(WBEM_S_NO_ERROR,
-              m_services->ExecMethod(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
-                                     WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, nullptr, result.Put()));
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
+    const ComPtr<IWbemCallResult> result = CallBlock(blocked);
     LONG status = -1;
     EXPECT_EQ(WBEM_S_TIMEDOUT, result->GetCallStatus(1, &status));
     SetEvent(go.Get());

@@ -139,11 +139,12 @@ TEST_F(CStandinLife, KeepsTheProviderWhileRequestsCome)
 
 TEST_F(CStandinLife, OutlivesAClientThatIsKilled)
 {
+    const CHandle started(CreateEventW(nullptr, TRUE, FALSE, kStartedEvent));
     const CHandle stopped(CreateEventW(nullptr, TRUE, FALSE, kStoppedEvent));
+    ResetEvent(started.Get());
     ResetEvent(stopped.Get());
-    const std::wstring script = BinFolder() + L"standin-test\\endless.vbs";
-    CRunningProgram client(L"cscript.exe /nologo \"" + script + L"\"");
-    ASSERT_TRUE(client.WaitForOutput("reading"));
+    CRunningProgram client(L"cscript.exe /nologo \"" + BinFolder() + L"standin-test\\endless.vbs\"");
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(started.Get(), 60000));
     KillProcess(client.Id());
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
     m_services.Reset();

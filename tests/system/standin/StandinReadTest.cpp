@@ -228,5 +228,11 @@ TEST_F(CStandinRead, PassesTheContextToTheProvider)
     ASSERT_EQ(S_OK, context->SetValue(L"LocaleID", 0, &locale));
     ASSERT_EQ(WBEM_S_NO_ERROR, german->GetObject(path.Get(), 0, context.Get(), item.Put(), nullptr));
     EXPECT_EQ(L"MS_40C/S1", Text(item.Get(), L"Text"));
+
+    // Who says nothing speaks the language of the machine.
+    wchar_t machine[16] = {};
+    _snwprintf(machine, 15, L"MS_%lX/-", GetUserDefaultLCID());
+    ASSERT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"context\"", item));
+    EXPECT_EQ(machine, Text(item.Get(), L"Text"));
 }
 } // namespace

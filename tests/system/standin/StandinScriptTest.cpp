@@ -17,10 +17,11 @@ TEST_F(CStandinScript, WorksWithTheScriptingObjects)
     std::erase(text, '\r');
     EXPECT_EQ("instances: n1 n2 n3\n"
               "query: n2\n"
+              "associators: n1 n3\n"
               "get: n3 15000000000\n"
               "method: 14 0\n"
-              "put: done\n"
-              "unknown class: failed\n",
+              "method of the object: 14\n"
+              "unknown class: 80041002\n",
               text);
 }
 } // namespace

@@ -111,6 +111,12 @@ HRESULT End(IWbemObjectSink* sink, HRESULT result, const wchar_t* text = nullptr
     return result;
 }
 
+// Sets an event of a test that waits for it.
+void Signal(const wchar_t* name)
+{
+    SetEvent(CHandle(CreateEventW(nullptr, TRUE, FALSE, name)).Get());
+}
+
 [[noreturn]] void Die()
 {
     TerminateProcess(GetCurrentProcess(), 9);
@@ -241,8 +247,9 @@ STDMETHODIMP CTestProvider::CreateInstanceEnumAsync(const BSTR className, long, 
                 {L"StandinTest_Endless",
                  [&]
                  {
+                     Signal(kStartedEvent);
                      const HRESULT hr = SendMany(L"StandinTest_Endless", ~0u, context, sink);
-                     SetEvent(CHandle(CreateEventW(nullptr, TRUE, FALSE, kStoppedEvent)).Get());
+                     Signal(kStoppedEvent);
                      return hr;
                  }},
                 {L"StandinTest_Next",
@@ -286,7 +293,7 @@ STDMETHODIMP CTestProvider::ExecMethodAsync(const BSTR, const BSTR method, long,
             if (EqualNoCaseAscii(name, L"Block"))
             {
                 const CHandle go(CreateEventW(nullptr, TRUE, FALSE, kGoEvent));
-                SetEvent(CHandle(CreateEventW(nullptr, TRUE, FALSE, kBlockedEvent)).Get());
+                Signal(kBlockedEvent);
                 WaitForSingleObject(go.Get(), 60000);
             }
             else

@@ -1,5 +1,4 @@
 ' Reads a class that has no end until somebody ends this program.
 Set services = GetObject("winmgmts:\\.\root\cimv2")
-WScript.Echo "reading"
 For Each item In services.InstancesOf("StandinTest_Endless")
 Next
