@@ -9,7 +9,10 @@ export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,explorer.exe=d'
 unset DISPLAY
 
 # Keeps the prefix's Wine server up until the calling script stops it: a server that is just ending turns away
-# the program that starts next. Call it only where the prefix has been made.
+# the program that starts next. Call it only where the prefix has been made. The second program waits until Wine's
+# own services run; they keep the error output of whoever has started them, which must not be a pipe that
+# somebody reads to its end.
 hold_wine() {
   exec {wine_hold}> >(exec wine cmd.exe /q >/dev/null 2>&1)
+  wine cmd.exe /c exit </dev/null >/dev/null 2>&1
 }
