@@ -12,7 +12,7 @@ HRESULT CDiagMgr::CState::StoreResults()
     const CZebTrace trace("CDiagMgr::StoreResults");
     CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
     const HRESULT hr = StoreEach(session);
-    const HRESULT published = session.Publish();
+    const HRESULT published = CResultsStore(session).Publish();
     return FAILED(hr) ? hr : published;
 }
 

@@ -157,32 +157,75 @@ HRESULT CResultsStore::WriteMessages(const CResultData& data)
 HRESULT CResultsStore::LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result)
 {
     const CZebTrace trace("CResultsStore::LoadResult");
-    const CZebLock held(StoreLock());
     m_resultId = resultId.Text();
     m_adapterKey = adapterKey.Text();
-
-    // S_FALSE, for a file that is no storage, goes to the caller as it is.
-    HRESULT hr = m_session.IsStorageFile();
-    if (hr == S_OK)
-        hr = m_session.Open(m_root);
-    if (hr == S_OK)
-        hr = m_root->OpenStorage(m_resultId.c_str(), nullptr, kReadWrite, nullptr, 0, m_sub.Put());
-    if (hr == S_OK)
-        hr = CheckOwner();
-    if (hr == S_OK)
+    HRESULT hr = S_OK;
+    bool stale = false;
     {
-        CResultData data = result.Data();
-        hr = ReadValues(data);
-        if (hr == S_OK)
-            result.SetData(std::move(data));
+        const CZebLock held(StoreLock());
+        hr = Load(result, stale);
+        m_sub.Reset();
+        m_root.Reset();
     }
-    m_sub.Reset();
-    m_root.Reset();
+    if (stale)
+        RemoveStale();
     return hr;
 }
 
-// Whether the stored result is of this version and of this adapter. What is not is thrown away.
-HRESULT CResultsStore::CheckOwner()
+HRESULT CResultsStore::Load(CDiagResult& result, bool& stale)
+{
+    // S_FALSE, for a file that is no storage, goes to the caller as it is.
+    HRESULT hr = m_session.IsStorageFile();
+    if (hr == S_OK)
+        hr = OpenResult();
+    if (hr != S_OK)
+        return hr;
+    const Owner owner = ReadOwner();
+    stale = owner == Owner::OtherAdapter;
+    if (owner == Owner::OtherVersion)
+    {
+        m_sub.Reset();
+        m_root.Reset();
+        if (m_session.IsStorageFile() == S_OK)
+            m_session.Delete();
+    }
+    if (owner != Owner::ThisAdapter)
+        return wmi::Failed;
+    CResultData data = result.Data();
+    hr = ReadValues(data);
+    if (hr == S_OK)
+        result.SetData(std::move(data));
+    return hr;
+}
+
+HRESULT CResultsStore::OpenResult()
+{
+    const HRESULT hr = m_session.Open(m_root);
+    return hr == S_OK ? m_root->OpenStorage(m_resultId.c_str(), nullptr, kReadWrite, nullptr, 0, m_sub.Put())
+                      : hr;
+}
+
+// Removes the result of an adapter that is not there any more. The store lock is not held here, as this waits
+// for the turn of others, who need the lock; so one of them may have replaced the result meanwhile.
+void CResultsStore::RemoveStale()
+{
+    CStoreSession change(m_session, CStoreSession::Purpose::Change);
+    const CZebLock held(StoreLock());
+    CResultsStore store(change);
+    store.m_resultId = m_resultId;
+    store.m_adapterKey = m_adapterKey;
+    if (store.OpenResult() != S_OK || store.ReadOwner() != Owner::OtherAdapter)
+        return;
+    store.m_sub.Reset();
+    if (FAILED(store.m_root->DestroyElement(m_resultId.c_str())))
+        return;
+    store.m_root.Reset();
+    change.SetChanged();
+    change.Publish();
+}
+
+// Whether the stored result is of this version and of this adapter.
+CResultsStore::Owner CResultsStore::ReadOwner()
 {
     std::wstring adapterKey;
     std::wstring version;
@@ -190,23 +233,18 @@ HRESULT CResultsStore::CheckOwner()
     const StreamRead versionRead = ReadStreamText(*m_sub.Get(), StreamName(L"vg").c_str(), version);
     // One result without a legible version says nothing about the others in the file.
     if (versionRead != StreamRead::Done)
-        return Damaged(StreamName(L"vg"));
+    {
+        Damaged(StreamName(L"vg"));
+        return Owner::Illegible;
+    }
     if (version != kVersion)
-    {
-        m_sub.Reset();
-        m_root.Reset();
-        if (m_session.IsStorageFile() == S_OK)
-            m_session.Delete();
-        return wmi::Failed;
-    }
+        return Owner::OtherVersion;
     if (adapterRead != StreamRead::Done)
-        return Damaged(StreamName(L"ag"));
-    if (adapterKey != m_adapterKey)
     {
-        m_session.Remove(m_resultId.c_str());
-        return wmi::Failed;
+        Damaged(StreamName(L"ag"));
+        return Owner::Illegible;
     }
-    return S_OK;
+    return adapterKey == m_adapterKey ? Owner::ThisAdapter : Owner::OtherAdapter;
 }
 
 HRESULT CResultsStore::ReadValues(CResultData& data)
@@ -261,6 +299,12 @@ HRESULT CResultsStore::Damaged(const std::wstring& stream)
 {
     ZebDebug().Write(L"CResultsStore::LoadResult: <%s> cannot be used", stream.c_str());
     return wmi::Failed;
+}
+
+HRESULT CResultsStore::Publish()
+{
+    const CZebLock held(StoreLock());
+    return m_session.Publish();
 }
 
 // Does not take the store lock: a client waits for the answer.

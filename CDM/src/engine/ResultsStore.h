@@ -1,7 +1,8 @@
 // One operation on the result store, the structured-storage file that keeps results while the provider is not
 // running: a sub-storage per result, named by the result identifier, with a stream per value. An object is
-// made for one operation and dropped after it. Storing and loading exclude each other in the whole process.
-// Throws std::bad_alloc only.
+// made for one operation and dropped after it. Storing and loading exclude each other in the whole process by
+// the store lock. A session that changes the file waits for its turn before that lock is taken, never inside
+// it. Throws std::bad_alloc only.
 #pragma once
 
 #include "CDM/src/engine/DiagResult.h"
@@ -25,16 +26,30 @@ class CResultsStore
     // removes the result), a damaged value.
     HRESULT LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result);
 
+    // Puts what the session has stored in the file's place, when no load looks at it.
+    HRESULT Publish();
+
     // Removes a stored result; STG_E_FILENOTFOUND where there is none. Makes the file where it is missing.
     HRESULT RemoveResult(const CBstr& resultId);
 
   private:
+    enum class Owner
+    {
+        ThisAdapter,
+        OtherAdapter,
+        OtherVersion,
+        Illegible // traced
+    };
+
     HRESULT OpenOrCreate();
     HRESULT WriteValues(const CResultData& data);
     HRESULT WriteText(const std::wstring& stream, const std::wstring& text, bool* skipped);
     HRESULT WriteMessages(const CResultData& data);
     HRESULT PutInPlace();
-    HRESULT CheckOwner();
+    HRESULT Load(CDiagResult& result, bool& stale);
+    HRESULT OpenResult();
+    Owner ReadOwner();
+    void RemoveStale();
     HRESULT ReadValues(CResultData& data);
     HRESULT ReadMessages(CResultData& data);
     bool ReadNumber(const std::wstring& stream, ULONG& number);

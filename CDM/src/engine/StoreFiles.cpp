@@ -25,8 +25,10 @@ class CPlatformStoreFiles : public IStoreFiles
 
     HRESULT Read(const wchar_t* path, std::string& bytes) override
     {
-        const CFileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        // A reader must not keep the file from being replaced or removed.
+        constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        const CFileHandle file(CreateFileW(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
         if (!file)
             return GetLastError() == ERROR_FILE_NOT_FOUND ? STG_E_FILENOTFOUND : LastFailure();
         LARGE_INTEGER size{};

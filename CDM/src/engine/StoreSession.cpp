@@ -18,6 +18,11 @@ CStoreSession::CStoreSession(IStoreFiles& files, std::wstring path, Purpose purp
         Turn().Enter();
 }
 
+CStoreSession::CStoreSession(const CStoreSession& other, Purpose purpose)
+    : CStoreSession(other.m_files, other.m_path, purpose)
+{
+}
+
 CStoreSession::~CStoreSession()
 {
     if (m_purpose == Purpose::Change)
@@ -70,18 +75,6 @@ HRESULT CStoreSession::Delete()
     m_openFailure = S_OK;
     m_changed = false;
     return m_files.Delete(m_path.c_str());
-}
-
-HRESULT CStoreSession::Remove(const wchar_t* resultId)
-{
-    CStoreSession change(m_files, m_path, Purpose::Change);
-    ComPtr<IStorage> root;
-    HRESULT hr = change.Open(root);
-    if (SUCCEEDED(hr))
-        hr = root->DestroyElement(resultId);
-    root.Reset();
-    change.m_changed = true;
-    return FAILED(hr) ? hr : change.Publish();
 }
 
 HRESULT CStoreSession::Publish()

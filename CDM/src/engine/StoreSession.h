@@ -21,6 +21,8 @@ class CStoreSession
 
     // `files` must outlive the session. Throws std::bad_alloc.
     CStoreSession(IStoreFiles& files, std::wstring path, Purpose purpose);
+    // On the same file as another session.
+    CStoreSession(const CStoreSession& other, Purpose purpose);
     ~CStoreSession();
     CStoreSession(const CStoreSession&) = delete;
     CStoreSession& operator=(const CStoreSession&) = delete;
@@ -37,8 +39,6 @@ class CStoreSession
     void SetChanged() noexcept { m_changed = true; }
     // Puts what was changed in the file's place; S_OK also where nothing was.
     HRESULT Publish();
-    // Removes a result from the file, whatever this session's purpose is.
-    HRESULT Remove(const wchar_t* resultId);
 
   private:
     HRESULT ReadFile();

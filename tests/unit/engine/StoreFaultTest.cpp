@@ -177,6 +177,15 @@ TEST_F(StoreFaultTest, AFileThatSomebodyHoldsIsTracedAndNotReplaced)
     EXPECT_EQ(initial, FileBytes());
 }
 
+TEST_F(StoreFaultTest, AFileThatSomebodyIsAboutToReplaceCanBeRead)
+{
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const CFileHandle replacing(
+        CreateFileW(path.c_str(), DELETE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(replacing);
+    EXPECT_EQ(S_OK, Load(*EmptyResult()));
+}
+
 TEST_F(StoreFaultTest, AStoreThatCannotBeMadeIsTraced)
 {
     std::filesystem::remove(path);
