@@ -227,19 +227,19 @@ void CResultsStore::RemoveStale()
 // Whether the stored result is of this version and of this adapter.
 CResultsStore::Owner CResultsStore::ReadOwner()
 {
-    std::wstring adapterKey;
+    std::wstring adapterKey; // empty where the result has none, and so is the version: neither is ours
     std::wstring version;
     const StreamRead adapterRead = ReadStreamText(*m_sub.Get(), StreamName(L"ag").c_str(), adapterKey);
     const StreamRead versionRead = ReadStreamText(*m_sub.Get(), StreamName(L"vg").c_str(), version);
-    // One result without a legible version says nothing about the others in the file.
-    if (versionRead != StreamRead::Done)
+    // One result with an illegible version says nothing about the others in the file.
+    if (versionRead == StreamRead::Damaged)
     {
         Damaged(StreamName(L"vg"));
         return Owner::Illegible;
     }
     if (version != kVersion)
         return Owner::OtherVersion;
-    if (adapterRead != StreamRead::Done)
+    if (adapterRead == StreamRead::Damaged)
     {
         Damaged(StreamName(L"ag"));
         return Owner::Illegible;

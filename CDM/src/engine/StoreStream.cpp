@@ -45,10 +45,11 @@ HRESULT WriteStreamText(IStorage& storage, const wchar_t* name, std::wstring_vie
 StreamRead ReadStreamText(IStorage& storage, const wchar_t* name, std::wstring& text)
 {
     ComPtr<IStream> stream;
-    if (FAILED(storage.OpenStream(name, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, stream.Put())))
+    const HRESULT hr = storage.OpenStream(name, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, stream.Put());
+    if (FAILED(hr))
     {
         ZebDebug().Write("CResultsStore::Get Exception:OpenStream");
-        return StreamRead::Missing;
+        return hr == STG_E_FILENOTFOUND ? StreamRead::Missing : StreamRead::Damaged;
     }
     std::string bytes(kFirstRead, '\0');
     ULONG have = ReadUpTo(*stream.Get(), bytes.data(), kFirstRead);

@@ -12,9 +12,10 @@ HRESULT WriteStreamText(IStorage& storage, const wchar_t* name, std::wstring_vie
 enum class StreamRead
 {
     Done,
-    Missing, // cannot be opened; traced
-    Damaged  // its content is not such a text
+    Missing, // traced
+    Damaged  // cannot be opened although it is there, which is traced, or its content is not such a text
 };
 
-// Never reads more than the stream has, whatever its count says. Throws std::bad_alloc.
+// Missing leaves `text` as it is. Never reads more than the stream has, whatever its count says. Throws
+// std::bad_alloc.
 StreamRead ReadStreamText(IStorage& storage, const wchar_t* name, std::wstring& text);

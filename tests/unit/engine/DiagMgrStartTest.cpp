@@ -253,6 +253,30 @@ TEST_F(DiagMgrStartTest, AMovedAdapterStartsWithoutResult)
     EXPECT_TRUE(trace.Has("CDiagMgr::LoadResult:LoadResult failed, hr = <80041001>"));
 }
 
+TEST_F(DiagMgrStartTest, AStoreOfAnotherVersionIsDroppedAtTheFirstResult)
+{
+    agent->AddAdapter(L"{aaa}", {1, 2});
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+    ASSERT_EQ(S_OK, Run(L"2@{aaa}"));
+    manager.reset();
+    {
+        constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+        ComPtr<IStorage> root;
+        ComPtr<IStorage> first;
+        ASSERT_EQ(S_OK,
+                  StgOpenStorage(paths.ResultStorePath.c_str(), nullptr, kMode, nullptr, 0, root.Put()));
+        ASSERT_EQ(S_OK, root->OpenStorage(L"1@0", nullptr, kMode, nullptr, 0, first.Put()));
+        ASSERT_EQ(S_OK, first->DestroyElement(L"vg1@0"));
+    }
+    ASSERT_EQ(S_OK, Start());
+    EXPECT_TRUE(Results().empty());
+    // The second test finds no file, which is nothing to trace.
+    EXPECT_EQ(1u, trace.Count("CDiagMgr::LoadResult:LoadResult failed"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::LoadResult:LoadResult failed, hr = <80041001>"));
+    EXPECT_FALSE(std::filesystem::exists(paths.ResultStorePath));
+}
+
 TEST_F(DiagMgrStartTest, AnAdapterInOtherCaseIsTheSame)
 {
     agent->AddAdapter(L"{aaa}", {1});

@@ -114,6 +114,22 @@ TEST_F(ResultsStoreTest, OtherVersionDropsTheFile)
     EXPECT_EQ(STG_E_FILENOTFOUND, Load(*loaded));
 }
 
+// As a start-up does: one session for all loads.
+TEST_F(ResultsStoreTest, LaterLoadsOfTheSessionThatDroppedTheFileFindNone)
+{
+    for (const wchar_t* id : {L"A@0", L"B@0", L"C@0"})
+        ASSERT_EQ(S_OK, Store(*SomeResult(), id));
+    Spoil(L"vgB@0", TextBytes(L"{00000000-0000-0000-0000-000000000000}"), L"B@0");
+    CStoreSession session(PlatformStoreFiles(), path, CStoreSession::Purpose::Read);
+    const auto load = [&](const wchar_t* id)
+    { return CResultsStore(session).LoadResult(CBstr(id), CBstr(L"K1"), *EmptyResult()); };
+    EXPECT_EQ(S_OK, load(L"A@0"));
+    EXPECT_EQ(wmi::Failed, load(L"B@0"));
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(STG_E_FILENOTFOUND, load(L"C@0"));
+    EXPECT_EQ(STG_E_FILENOTFOUND, load(L"A@0"));
+}
+
 TEST_F(ResultsStoreTest, ResultOfAnotherAdapterIsRemoved)
 {
     ASSERT_EQ(S_OK, Store(*SomeResult()));
@@ -213,13 +229,25 @@ const Damage kDamages[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Streams, DamageTest, testing::ValuesIn(kDamages), NameOf<Damage>);
 
-TEST_F(ResultsStoreTest, MissingVersionCostsOnlyItsResult)
+TEST_F(ResultsStoreTest, WithoutAVersionTheFileIsOfAnotherOne)
 {
     ASSERT_EQ(S_OK, Store(*SomeResult()));
-    ASSERT_EQ(S_OK, Store(*SomeResult(L"1@K1"), L"1@0"));
     Remove(L"vgA@0");
     auto loaded = EmptyResult();
     EXPECT_EQ(wmi::Failed, Load(*loaded));
+    ExpectSame(EmptyResult()->Data(), loaded->Data());
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(ResultsStoreTest, WithoutAnAdapterTheResultIsOfAnotherOne)
+{
+    ASSERT_EQ(S_OK, Store(*SomeResult()));
+    ASSERT_EQ(S_OK, Store(*SomeResult(L"1@K1"), L"1@0"));
+    Remove(L"agA@0");
+    auto loaded = EmptyResult();
+    EXPECT_EQ(wmi::Failed, Load(*loaded));
+    ExpectSame(EmptyResult()->Data(), loaded->Data());
+    EXPECT_EQ(STG_E_FILENOTFOUND, Load(*loaded));
     EXPECT_EQ(S_OK, Load(*EmptyResult(L"1@K1"), L"1@0"));
 }
 
