@@ -1,6 +1,7 @@
 #include "CDM/src/ZebString.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "Common/src/com/Text.h"
 
 #include <new>
 #include <string_view>
@@ -19,17 +20,6 @@ UINT CodePageOf(LCID locale) noexcept
         GetLocaleInfoA(locale, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
                        reinterpret_cast<char*>(&codePage), sizeof(codePage));
     return codePage;
-}
-
-std::string Narrow(std::wstring_view text, UINT codePage)
-{
-    const int length = static_cast<int>(text.size());
-    if (length == 0)
-        return {};
-    const int size = WideCharToMultiByte(codePage, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(codePage, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
-    return narrow;
 }
 
 std::string LoadThroughSystem(HMODULE library, UINT id)
@@ -76,7 +66,7 @@ std::string LoadFromBlock(HMODULE library, UINT id, UINT codePage)
         at += 1 + *at;
     if (at >= end || *at > end - at - 1)
         return {};
-    return Narrow({at + 1, *at}, codePage);
+    return NarrowText({at + 1, *at}, codePage);
 }
 } // namespace
 

@@ -4,17 +4,6 @@
 
 namespace
 {
-std::string ToCodePage(UINT codePage, std::wstring_view text)
-{
-    const int length = static_cast<int>(text.size());
-    if (length == 0)
-        return {};
-    const int size = WideCharToMultiByte(codePage, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(codePage, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
-    return narrow;
-}
-
 std::wstring FromCodePage(UINT codePage, std::string_view text)
 {
     const int length = static_cast<int>(text.size());
@@ -32,9 +21,20 @@ wchar_t FoldAscii(wchar_t c) noexcept
 }
 } // namespace
 
+std::string NarrowText(std::wstring_view text, unsigned codePage)
+{
+    const int length = static_cast<int>(text.size());
+    if (length == 0)
+        return {};
+    const int size = WideCharToMultiByte(codePage, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(codePage, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+    return narrow;
+}
+
 std::string NarrowText(std::wstring_view text)
 {
-    return ToCodePage(CP_ACP, text);
+    return NarrowText(text, CP_ACP);
 }
 
 std::wstring WidenText(std::string_view text)
@@ -44,7 +44,7 @@ std::wstring WidenText(std::string_view text)
 
 std::string Utf8Text(std::wstring_view text)
 {
-    return ToCodePage(CP_UTF8, text);
+    return NarrowText(text, CP_UTF8);
 }
 
 std::wstring WidenUtf8(std::string_view text)

@@ -6,6 +6,7 @@
 
 // Characters that the code page lacks become its default character. Throw std::bad_alloc only.
 std::string NarrowText(std::wstring_view text);
+std::string NarrowText(std::wstring_view text, unsigned codePage);
 std::wstring WidenText(std::string_view text);
 // UTF-8 is used by files and consoles, never by the management interface.
 std::string Utf8Text(std::wstring_view text);
