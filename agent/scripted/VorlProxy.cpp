@@ -1,6 +1,7 @@
 // VorlProxy.exe: the scripted agent behind a local server of the real agent's class, so that every call to it
 // is marshalled. COM starts it; it ends by itself once nobody holds an object of it any more.
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/StubHold.h"
 #include "agent/VorlIds.h"
 #include "agent/scripted/ScriptSource.h"
 #include "agent/scripted/ScriptedAgent.h"
@@ -24,6 +25,8 @@ constexpr CAgentClass kAgent = {
 
 HRESULT Serve()
 {
+    HoldActivationStubs();
+    HoldStubs({__uuidof(IVormRoot), __uuidof(IVormDiag)});
     ComPtr<IUnknown> factory;
     HRESULT hr = GetAgentFactory(kAgent, __uuidof(IUnknown), factory.PutVoid());
     DWORD cookie = 0;

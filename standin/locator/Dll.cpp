@@ -2,9 +2,12 @@
 // by-value objects, in whatever process asks COM for them.
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ComObject.h"
+#include "Common/src/com/StubHold.h"
 #include "standin/locator/DllRegistration.h"
 #include "standin/locator/Locator.h"
 #include "standin/object/Objects.h"
+
+#include <mutex>
 
 // The generated proxy/stub's own entry points.
 extern "C" BOOL WINAPI ProxyDllMain(HINSTANCE instance, DWORD reason, void* reserved);
@@ -17,6 +20,18 @@ namespace
 {
 HINSTANCE g_instance = nullptr;
 std::atomic<long> g_locks{0};
+
+// The service calls the client's sinks. What holds their stubs needs this library.
+void HoldSinkStubs()
+{
+    static std::once_flag once;
+    std::call_once(once,
+                   []
+                   {
+                       ++g_locks;
+                       HoldClientStubs({__uuidof(IWbemObjectSink)});
+                   });
+}
 
 class CLocatorFactory : public CComObject<IClassFactory>
 {
@@ -31,6 +46,7 @@ class CLocatorFactory : public CComObject<IClassFactory>
                 *out = nullptr;
                 if (outer)
                     return CLASS_E_NOAGGREGATION;
+                HoldSinkStubs();
                 return MakeCom<standin::CLocator>()->QueryInterface(riid, out);
             });
     }

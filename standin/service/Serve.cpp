@@ -1,9 +1,10 @@
 #include "standin/service/Serve.h"
 
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/StubHold.h"
 #include "standin/locator/ServiceIds.h"
 #include "standin/object/Objects.h"
-#include "standin/service/ActivationHold.h"
+#include "standin/proxy/WmiStandin.h"
 #include "standin/service/ConnectServer.h"
 #include "standin/service/Service.h"
 #include "standin/service/Settings.h"
@@ -70,8 +71,6 @@ class CServiceClass
     CServiceClass(const CServiceClass&) = delete;
     CServiceClass& operator=(const CServiceClass&) = delete;
 
-    // Once, before the first offer.
-    HRESULT Prepare() { return HoldActivationInterfaces(m_factory.Get()); }
     HRESULT Offer()
     {
         Withdraw();
@@ -137,9 +136,9 @@ int Serve()
             const DWORD idleTime = ReadIdleTime();
             CService service;
             LoadRepository(service.Repository());
+            HoldActivationStubs();
+            HoldStubs({__uuidof(IWmiStandin), __uuidof(IWbemServices), __uuidof(IWbemObjectSink)});
             CServiceClass serviceClass(service);
-            if (const HRESULT hr = serviceClass.Prepare(); FAILED(hr))
-                return hr;
             DWORD patience = kFirstClient;
             do
             {

@@ -6,6 +6,7 @@
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/StubHold.h"
 
 #include <objbase.h>
 
@@ -27,6 +28,7 @@ void WaitForLastProvider() noexcept
 HRESULT Serve(CServerModule& module) noexcept
 {
     module.StartMonitor();
+    HoldActivationStubs();
     const HRESULT hr =
         module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
     if (FAILED(hr))

@@ -1,0 +1,22 @@
+// Keeps Wine from locking up a process that others call.
+//
+// When the last stub of an interface goes, Wine waits for the calls on that interface that are still under
+// way, misses the end of one that ends at that very moment, and then waits for ever, with a lock held that
+// the next activation needs. A client that calls and at once lets go is enough, and COM's own activation does
+// just that with the class factory. An interface of which one stub stays is never waited for. Elsewhere this
+// does nothing that can be noticed.
+#pragma once
+
+#include <initializer_list>
+#include <windows.h>
+
+// Keeps one stub of each interface in the calling thread's apartment until that ends; there is no way back.
+// The stubs stand for an object that nobody can reach. Fails where an interface cannot be marshalled.
+HRESULT HoldStubs(std::initializer_list<IID> interfaces) noexcept;
+
+// The same for what activation uses.
+HRESULT HoldActivationStubs() noexcept;
+
+// The same for a client, in the process's multithreaded apartment, which is then kept until the process ends:
+// the interfaces of the objects that it hands out, such as sinks. Once per process.
+HRESULT HoldClientStubs(std::initializer_list<IID> interfaces) noexcept;
