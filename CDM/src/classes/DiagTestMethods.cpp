@@ -4,10 +4,13 @@
 #include "CDM/src/classes/DiagTest.h"
 #include "CDM/src/classes/ReadKey.h"
 #include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/References.h"
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
+
+#include <utility>
 
 namespace
 {
@@ -50,9 +53,9 @@ HRESULT SetTestingStopped(CWomClassObject& out)
     return hr;
 }
 
-HRESULT SetOutParams(CWomClassObject& out, const CBstr& resultReference)
+HRESULT SetOutParams(CWomClassObject& out, const wchar_t* resultReference)
 {
-    const HRESULT hr = out.SetProperty(L"Result", resultReference.Text());
+    const HRESULT hr = out.SetProperty(L"Result", resultReference);
     if (FAILED(hr))
     {
         ZebDebug().Write("CTolva_DiagTest::SetOutParams: SetProperty (Result)failed hr = <%x>", hr);
@@ -64,7 +67,7 @@ HRESULT SetOutParams(CWomClassObject& out, const CBstr& resultReference)
 // Most failures of RunTest hand an empty result to the caller and return their own status.
 HRESULT WithEmptyResult(CWomClassObject& out, HRESULT status)
 {
-    (void)SetOutParams(out, CBstr(L""));
+    (void)SetOutParams(out, L"");
     return status;
 }
 
@@ -104,10 +107,33 @@ HRESULT CheckSetting(CDiagMgr& manager, const CBstr& setting, const CBstr& testI
     return S_OK;
 }
 
+// The lock of a test, given up on every way out.
+class CTestLock
+{
+  public:
+    CTestLock(CDiagMgr& manager, const CBstr& testName)
+        : m_manager(manager), m_testName(testName), m_held(manager.LockTest(testName.Get()) == S_OK)
+    {
+    }
+    ~CTestLock() { Unlock(); }
+    CTestLock(const CTestLock&) = delete;
+    CTestLock& operator=(const CTestLock&) = delete;
+
+    bool Held() const noexcept { return m_held; }
+    // False where the manager refuses; it is asked once.
+    bool Unlock() { return std::exchange(m_held, false) && m_manager.UnlockTest(m_testName.Get()) == S_OK; }
+
+  private:
+    CDiagMgr& m_manager;
+    const CBstr& m_testName;
+    bool m_held;
+};
+
 // Locks the test, runs it and unlocks it. A run that fails is no failure of the method: its result tells.
 HRESULT RunLocked(CDiagMgr& manager, const CBstr& testName, bool useGivenSetting, CWomClassObject& out)
 {
-    if (manager.LockTest(testName.Get()) != S_OK)
+    CTestLock lock(manager, testName);
+    if (!lock.Held())
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest - Cannot lock Test");
         return WithEmptyResult(out, engine::AlreadyLocked);
@@ -117,20 +143,20 @@ HRESULT RunLocked(CDiagMgr& manager, const CBstr& testName, bool useGivenSetting
     if (FAILED(hr))
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: RunTest failed hr = <%x>", hr);
-        (void)SetOutParams(out, CBstr(L""));
+        (void)SetOutParams(out, L"");
     }
-    if (manager.UnlockTest(testName.Get()) != S_OK)
+    if (!lock.Unlock())
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest - Cannot unlock Test");
         return WithEmptyResult(out, engine::NotLocked);
     }
-    const CBstr reference = CreateResultReference(std::move(resultId));
+    const CBstr reference = TryMakeText([&] { return CreateResultReference(std::move(resultId)); });
     if (!reference)
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: CreateResultReference failed");
         return WithEmptyResult(out, wmi::OutOfMemory);
     }
-    return SetOutParams(out, reference);
+    return SetOutParams(out, reference.Text());
 }
 } // namespace
 
@@ -176,7 +202,7 @@ HRESULT CTolva_DiagTest::RunTest(CWomContext& context, const CParsedObjectPath& 
     if (FAILED(hr))
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: GetProperty for SystemElement failed, hr = <%x>", hr);
-        return SetOutParams(out, CBstr(L""));
+        return SetOutParams(out, L"");
     }
     const CBstr testName = ReadTestName(path);
     if (!testName)
@@ -200,7 +226,7 @@ HRESULT CTolva_DiagTest::RunTest(CWomContext& context, const CParsedObjectPath& 
     if (FAILED(hr))
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: GetProperty for Setting failed hr = <%x>", hr);
-        return SetOutParams(out, CBstr(L""));
+        return SetOutParams(out, L"");
     }
     // The setting of another test is passed over: the test then runs as without one.
     bool useGivenSetting = false;

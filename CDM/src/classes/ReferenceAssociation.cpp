@@ -4,6 +4,7 @@
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/engine/DiagMgr.h"
+#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/References.h"
 #include "Common/src/com/WmiStatus.h"
 
@@ -25,7 +26,7 @@ HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr
     CBstr adapterKey;
     if (m_row.adapterKeyFailed)
     {
-        adapterKey = ParseForAdapterKey(identifier);
+        adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier); });
         if (!adapterKey)
         {
             ZebDebug().Write(m_row.adapterKeyFailed);
@@ -35,7 +36,7 @@ HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr
     for (const CReferenceRow& row : m_row.references)
     {
         const CBstr& key = row.madeFrom == MadeFrom::AdapterKey ? adapterKey : identifier;
-        const CBstr reference = row.create(key, sender.Context().CimKeyMode());
+        const CBstr reference = TryMakeText([&] { return row.create(key, sender.Context().CimKeyMode()); });
         if (!reference)
         {
             ZebDebug().Write(row.createFailed);
@@ -85,7 +86,7 @@ HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWo
         return hr;
     if (m_row.other.adapterKeyFailed)
     {
-        const CBstr adapterKey = ParseForAdapterKey(identifier);
+        const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier); });
         if (!adapterKey)
         {
             ZebDebug().Write(m_row.other.adapterKeyFailed);

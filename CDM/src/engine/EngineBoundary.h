@@ -1,6 +1,7 @@
-// How the manager's operations report that memory ran out.
+// How the engine reports that memory ran out.
 #pragma once
 
+#include "Common/src/com/Bstr.h"
 #include "Common/src/com/WmiStatus.h"
 
 #include <memory>
@@ -16,6 +17,20 @@ HRESULT WithinMemory(Body&& body)
     catch (const std::bad_alloc&)
     {
         return wmi::OutOfMemory;
+    }
+}
+
+// A text; a null BSTR where memory ran out.
+template <class Make>
+CBstr TryMakeText(Make&& make)
+{
+    try
+    {
+        return make();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return CBstr();
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 inline constexpr wchar_t kTest[] = L"Tolva_DiagTest.Name=\\\"1@A\\\"";
 inline constexpr wchar_t kResult[] = L"Tolva_DiagResult.DiagnosticName=\\\"1@A\\\",ExecutionID=\\\"A\\\"";
@@ -41,6 +42,7 @@ struct Association
     const wchar_t* enumerates;
     const char* enumFailed;
     const char* createInstanceEnum;
+    std::vector<const char*> unbuilt; // what is traced for a reference that cannot be made
     // The properties of the instance with the reduced key set.
     const wchar_t* properties[2];
     std::wstring reduced[2];
@@ -72,6 +74,9 @@ inline const Association& TestForMSE()
         L"EnumTests",
         "Tolva_DiagTestMSEAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <80004003>",
         "CTolva_DiagTestMSEAssoc::CreateInstanceEnumAsync",
+        {"CTolva_DiagTestMSEAssoc::SendInstance: ParseForAdapterKey failed",
+         "CTolva_DiagTestMSEAssoc::SendInstance: CreateTestReference failed",
+         "CTolva_DiagTestMSEAssoc::SendInstance:CreateSysElemReference failed"},
         {L"Antecedent", L"Dependent"},
         {kTestReduced, kAdapterReduced},
         {kTestReduced + SystemKeys(L"Tolva_DiagTest"),
@@ -95,6 +100,9 @@ inline const Association& ResultForMSE()
         L"EnumResults",
         "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <80004003>",
         "CTolva_DiagResultMSEAssoc::CreateInstanceEnumAsync",
+        {"CTolva_DiagResultMSEAssoc::SendInstance:ParseForAdapterKey failed",
+         "CTolva_DiagResultMSEAssoc::SendInstance:CreateResultReference failed",
+         "CTolva_DiagResultMSEAssoc::SendInstance:CreateSysElemReference failed"},
         {L"Result", L"SystemElement"},
         {ResultReference(L"1@A", L"A"), kAdapterReduced},
         {ResultReference(L"1@A", L"A"), kAdapterReduced + SystemKeys(L"Tolva_EthernetAdapter")}};
@@ -117,6 +125,8 @@ inline const Association& ResultForTest()
         L"EnumResults",
         "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync:EnumResults failed, hr = <80004003>",
         "CTolva_DiagResultTestAssoc::CreateInstanceEnumAsync",
+        {"CTolva_DiagResultTestAssoc::SendInstance:CreateTestReference failed",
+         "CTolva_DiagResultTestAssoc::SendInstance:CreateResultReference failed"},
         {L"DiagnosticTest", L"DiagnosticResult"},
         {kTestReduced, ResultReference(L"1@A", L"A")},
         {kTestReduced + SystemKeys(L"Tolva_DiagTest"), ResultReference(L"1@A", L"A")}};
@@ -140,6 +150,8 @@ inline const Association& SettingForTest()
         L"EnumTests",
         "Tolva_DiagSettingTestAssoc::CreateInstanceEnumAsync:EnumTests failed, hr = <80004003>",
         "CTolva_DiagSettingTestAssoc::CreateInstanceEnumAsync",
+        {"CTolva_DiagSettingTestAssoc::SendInstance:CreateTestReference failed",
+         "CTolva_DiagSettingTestAssoc::SendInstance:CreateSettingReference failed"},
         {L"Element", L"Setting"},
         {kTestReduced, setting},
         {kTestReduced + SystemKeys(L"Tolva_DiagTest"), setting}};

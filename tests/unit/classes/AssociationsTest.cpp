@@ -1,5 +1,6 @@
 #include "tests/unit/classes/AssociationRows.h"
 #include "tests/unit/classes/HandlerTest.h"
+#include "tests/unit/classes/TextFault.h"
 
 namespace
 {
@@ -132,6 +133,44 @@ TEST_P(AssociationTest, StatusOfAPutIsNotExamined)
         EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath), S_OK);
         EXPECT_EQ(Indicated().size(), 1u);
     }
+}
+
+TEST_P(AssociationTest, AReferenceThatMemoryRunsOutForIsTracedAndEndsTheEnumeration)
+{
+    for (const wchar_t* key : {L"2@A", L"9@B"})
+    {
+        m_manager.Tests.erase(key);
+        m_manager.Results.erase(key);
+    }
+    EXPECT_EQ(Enumerate(), S_OK); // what is made once is there
+    std::set<std::string> seen;
+    bool happened = true;
+    for (int n = 1; happened; ++n)
+    {
+        m_sink = MakeCom<CFakeSink>();
+        const CTraceCapture trace;
+        HRESULT hr = S_OK;
+        {
+            const CTextFault fault(n);
+            try
+            {
+                hr = Enumerate();
+            }
+            catch (...)
+            {
+                hr = E_OUTOFMEMORY; // the provider's own barrier has a code for it
+            }
+            happened = fault.Happened();
+        }
+        for (const char* line : Row().unbuilt)
+            if (trace.Has(line))
+            {
+                seen.insert(line);
+                EXPECT_EQ(hr, wmi::OutOfMemory) << line;
+                EXPECT_TRUE(m_sink->Indications().empty()) << line;
+            }
+    }
+    EXPECT_EQ(seen.size(), Row().unbuilt.size());
 }
 
 TEST_P(AssociationTest, NothingIsLeftBehind)

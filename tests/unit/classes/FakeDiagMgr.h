@@ -6,6 +6,7 @@
 #include "Common/src/VormArray.h"
 #include "Common/src/WomClassObject.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -23,6 +24,8 @@ class CFakeDiagMgr final : public CDiagMgr
     std::map<std::wstring, HRESULT> Answers;
     // What became of the state, in order: "LockTest 1@A" and the like.
     std::vector<std::wstring> Calls;
+    // Called with each of them.
+    std::function<void(const std::wstring&)> OnCall;
     // What RunTest gives as the key of the result; the test's own key where it is empty.
     std::wstring ResultKey;
     // Called in the middle of UpdateSetting.
@@ -77,6 +80,8 @@ class CFakeDiagMgr final : public CDiagMgr
     HRESULT Do(const std::wstring& operation, BSTR key)
     {
         Calls.push_back(operation + L" " + Text(key));
+        if (OnCall)
+            OnCall(Calls.back());
         return Answer(operation, key);
     }
     template <class Map>

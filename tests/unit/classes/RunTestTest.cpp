@@ -1,4 +1,5 @@
 #include "tests/unit/classes/MethodsTest.h"
+#include "tests/unit/classes/TextFault.h"
 
 namespace
 {
@@ -250,6 +251,46 @@ TEST_F(RunTestTest, ResultThatCannotBeReferredTo)
     EXPECT_EQ(Call(L"RunTest", kOrdinary), wmi::OutOfMemory);
     EXPECT_EQ(trace.Count("CTolva_DiagTest::RunTest: CreateResultReference failed"), 1u);
     EXPECT_EQ(Result(), L"");
+}
+
+TEST_F(RunTestTest, WhereverMemoryRunsOutTheTestIsUnlocked)
+{
+    In(L"SystemElement", kAdapterA);
+    const CTraceCapture trace;
+    bool happened = true;
+    bool unbuilt = false;
+    for (int n = 1; happened; ++n)
+    {
+        std::optional<CTextFault> fault;
+        m_manager.OnCall = [&](const std::wstring& call)
+        {
+            if (call == L"LockTest 1@A")
+                fault.emplace(n);
+        };
+        m_manager.Calls.clear();
+        HRESULT hr = S_OK;
+        try
+        {
+            hr = Call(L"RunTest", kOrdinary);
+        }
+        catch (const std::bad_alloc&)
+        {
+            hr = E_OUTOFMEMORY; // the provider's own barrier has a code for it
+        }
+        ASSERT_TRUE(fault) << n;
+        happened = fault->Happened();
+        fault.reset();
+        EXPECT_EQ(m_manager.Calls.front(), L"LockTest 1@A") << n;
+        EXPECT_EQ(m_manager.Calls.back(), L"UnlockTest 1@A") << n;
+        if (hr == wmi::OutOfMemory)
+        {
+            unbuilt = true;
+            EXPECT_EQ(Result(), L"") << n;
+        }
+    }
+    EXPECT_TRUE(unbuilt);
+    EXPECT_TRUE(trace.Has("CTolva_DiagTest::RunTest: CreateResultReference failed"));
+    EXPECT_EQ(Result(), ResultReference(L"1@A", L"A"));
 }
 
 TEST_F(RunTestTest, OutParametersThatCannotBeSet)
