@@ -42,12 +42,9 @@ CDiagMgr::CDiagMgr(const CHostPaths& paths, const CEngineSeams& seams)
 
 CDiagMgr::~CDiagMgr()
 {
-    const HRESULT hr = AtComBoundary(
-        [&]
-        {
-            m_state->EndRuns();
-            return m_state->StoreResults();
-        });
+    if (FAILED(AtComBoundary([&] { return m_state->EndRuns(); })))
+        ZebDebug().Write("CDiagMgr::~CDiagMgr: a run could not be ended");
+    const HRESULT hr = AtComBoundary([&] { return m_state->StoreResults(); });
     if (FAILED(hr))
         ZebDebug().Write("CDiagMgr::~CDiagMgr:StoreResults failed, hr = <%x>", hr);
 }
@@ -64,8 +61,13 @@ HRESULT CDiagMgr::EnumSettings(CVormArray<BSTR>& keys)
 
 HRESULT CDiagMgr::EnumResults(CVormArray<BSTR>& keys)
 {
+    return m_state->EnumResults(keys);
+}
+
+HRESULT CDiagMgr::CState::EnumResults(CVormArray<BSTR>& keys) const
+{
     const CZebTrace trace("CDiagMgr::EnumResults");
-    return Enumerate(m_state->results, keys, "CDiagMgr::EnumResults:EnumObj failed, hr = <%x>");
+    return Enumerate(results, keys, "CDiagMgr::EnumResults:EnumObj failed, hr = <%x>");
 }
 
 HRESULT CDiagMgr::GetTestData(BSTR testKey, CTestData* data)

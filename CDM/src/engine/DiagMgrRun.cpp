@@ -71,13 +71,11 @@ HRESULT CDiagMgr::CState::RunTest(BSTR testKey, BSTR resultKey, ULONG mode)
     const HRESULT status =
         WithinMemory([&] { return test->StartTest(agent, *result, mode, testKey, environment); });
 
-    // Somebody may have cleared the result in the moment before the run began.
-    if (std::shared_ptr<CDiagResult> filed; FAILED(results.GetObj(resultKey, filed)))
-        results.AddObj(resultKey, result);
+    FileAgain(resultKey, result);
     if (FAILED(status) && status != engine::Stopped)
         return FailRun(status, *test, *result);
     hr = EndRun(status, *test, *result, environment.ProcessMilliseconds() - started);
-    if (SUCCEEDED(hr) && log.Enabled() && FAILED(LogResults(resultKey)))
+    if (SUCCEEDED(hr) && log.Enabled() && FAILED(WithinMemory([&] { return LogResults(resultKey); })))
         ZebDebug().Write("CDiagMgr::RunTest:LogResults failed.");
     return hr;
 }
@@ -104,6 +102,18 @@ HRESULT CDiagMgr::CState::PrepareResult(const CDiagTest& test, BSTR resultKey,
     if (FAILED(hr))
         ZebDebug().Write("CDiagMgr::RunTest:AddObj for Result failed, hr = <%x>", hr);
     return hr;
+}
+
+// Somebody may have cleared the result in the moment before the run began. Where it cannot be filed any more,
+// the run ends as it does all the same.
+void CDiagMgr::CState::FileAgain(BSTR resultKey, const std::shared_ptr<CDiagResult>& result)
+{
+    (void)WithinMemory(
+        [&]
+        {
+            std::shared_ptr<CDiagResult> filed;
+            return FAILED(results.GetObj(resultKey, filed)) ? results.AddObj(resultKey, result) : S_OK;
+        });
 }
 
 HRESULT CDiagMgr::CState::BeginRun(BSTR testKey, CDiagResult& result)
@@ -240,29 +250,33 @@ HRESULT CDiagMgr::CState::LogResults(BSTR resultKey)
 // Lets no run begin any more and stops those that are going on. The request is repeated, because a run may be
 // about to wait, and because a stop signal can be taken by another manager's run. A run that the agent does
 // not end goes on without the manager.
-void CDiagMgr::CState::EndRuns()
+HRESULT CDiagMgr::CState::EndRuns()
 {
     runs.Close();
-    for (int attempt = 0; attempt < kEndAttempts; ++attempt)
+    HRESULT hr = S_FALSE;
+    for (int attempt = 0; attempt < kEndAttempts && hr != S_OK; ++attempt)
+        hr = WithinMemory([&] { return TryEndRuns(); });
+    return hr == S_OK ? S_OK : E_FAIL;
+}
+
+// S_FALSE where a run still goes on.
+HRESULT CDiagMgr::CState::TryEndRuns()
+{
+    const auto running = runs.Running();
+    if (running.empty())
+        return S_OK;
+    for (const std::shared_ptr<CDiagTest>& test : running)
     {
-        const auto running = runs.Running();
-        if (running.empty())
-            return;
-        for (const std::shared_ptr<CDiagTest>& test : running)
-        {
-            if (test->Event())
-                SetEvent(test->Event());
-            else
-                test->StopTest(agent.get(), test->Key().Get());
-        }
-        if (environment.Wait(runs.Idle(), kEndWait) == WAIT_OBJECT_0)
-        {
-            // A signal that came too late to be taken must not end somebody's next run.
-            for (const std::shared_ptr<CDiagTest>& test : running)
-                if (test->Event())
-                    ResetEvent(test->Event());
-            return;
-        }
+        if (test->Event())
+            SetEvent(test->Event());
+        else
+            test->StopTest(agent.get(), test->Key().Get());
     }
-    ZebDebug().Write("CDiagMgr::~CDiagMgr: a run could not be ended");
+    if (environment.Wait(runs.Idle(), kEndWait) != WAIT_OBJECT_0)
+        return S_FALSE;
+    // A signal that came too late to be taken must not end somebody's next run.
+    for (const std::shared_ptr<CDiagTest>& test : running)
+        if (test->Event())
+            ResetEvent(test->Event());
+    return S_OK;
 }

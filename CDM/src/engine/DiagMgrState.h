@@ -27,6 +27,7 @@ struct CDiagMgr::CState
                             CStoreSession& session);
     HRESULT ReadConfiguration();
 
+    HRESULT EnumResults(CVormArray<BSTR>& keys) const;
     HRESULT GetSettingData(BSTR testKey, CSettingData& data) const;
     HRESULT GetResultData(BSTR testKey, CResultData& data) const;
     HRESULT LogResults(BSTR resultKey);
@@ -34,14 +35,18 @@ struct CDiagMgr::CState
     HRESULT RunTest(BSTR testKey, BSTR resultKey, ULONG mode);
     HRESULT PrepareResult(const CDiagTest& test, BSTR resultKey, std::shared_ptr<CDiagResult>& result);
     HRESULT BeginRun(BSTR testKey, CDiagResult& result);
+    void FileAgain(BSTR resultKey, const std::shared_ptr<CDiagResult>& result);
     HRESULT EndRun(HRESULT status, const CDiagTest& test, CDiagResult& result, ULONGLONG elapsed);
     HRESULT FailRun(HRESULT status, const CDiagTest& test, CDiagResult& result);
-    void EndRuns();
+    // Fails where a run goes on without the manager.
+    HRESULT EndRuns();
+    HRESULT TryEndRuns();
 
     HRESULT LoadResult(CStoreSession& session, const CBstr& resultId, const CBstr& adapterKey,
                        CDiagResult& result) const;
     HRESULT StoreResults();
     HRESULT StoreEach(CStoreSession& session);
+    HRESULT StoreOne(CStoreSession& session, BSTR key, ULONG iteration);
     HRESULT ClearResults(BSTR resultKey);
 
     // In the reverse order of their release.

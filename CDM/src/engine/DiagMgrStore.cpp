@@ -19,49 +19,49 @@ HRESULT CDiagMgr::CState::StoreResults()
 HRESULT CDiagMgr::CState::StoreEach(CStoreSession& session)
 {
     CVormArray<BSTR> keys;
-    HRESULT hr = WithinMemory([&] { return results.EnumObj(keys); });
+    HRESULT hr = EnumResults(keys);
     if (FAILED(hr))
     {
         ZebDebug().Write("CDiagMgr::StoreResults:EnumResults failed, hr = <%x>", hr);
         return hr;
     }
-    for (ULONG i = 0; i < keys.Count(); ++i)
+    for (ULONG i = 0; i < keys.Count() && SUCCEEDED(hr); ++i)
+        hr = WithinMemory([&] { return StoreOne(session, keys.Items()[i], i); });
+    return hr;
+}
+
+HRESULT CDiagMgr::CState::StoreOne(CStoreSession& session, BSTR key, ULONG iteration)
+{
+    std::shared_ptr<CDiagResult> result;
+    HRESULT hr = WithinMemory([&] { return results.GetObj(key, result); });
+    if (FAILED(hr))
     {
-        const BSTR key = keys.Items()[i];
-        std::shared_ptr<CDiagResult> result;
-        hr = results.GetObj(key, result);
-        if (FAILED(hr))
-        {
-            ZebDebug().Write("CDiagMgr::StoreResults:GetObj for <%d> iteration failed <%x>", i, hr);
-            return hr;
-        }
-        CBstr testName = ParseForTestName(CBstr(key));
-        if (!testName)
-        {
-            ZebDebug().Write("CDiagMgr::StoreResults:ParseForTestName failed");
-            return wmi::OutOfMemory;
-        }
-        const CBstr adapterKey = ParseForAdapterKey(CBstr(key));
-        if (!adapterKey)
-        {
-            ZebDebug().Write("CDiagMgr::StoreResults:ParseForAdapterKey failed");
-            return wmi::OutOfMemory;
-        }
-        CBstr index = indexes.GetIndexFromMap(adapterKey.Get());
-        if (!index)
-        {
-            ZebDebug().Write("CDiagMgr::StoreResults:GetIndexFromMap failed");
-            return wmi::OutOfMemory;
-        }
-        const CBstr resultId = JoinKey(std::move(testName), std::move(index));
-        hr = CResultsStore(session).StoreResult(resultId, adapterKey, *result);
-        if (FAILED(hr))
-        {
-            ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
-            return hr;
-        }
+        ZebDebug().Write("CDiagMgr::StoreResults:GetObj for <%d> iteration failed <%x>", iteration, hr);
+        return hr;
     }
-    return S_OK;
+    CBstr testName = TryMakeText([&] { return ParseForTestName(CBstr(key)); });
+    if (!testName)
+    {
+        ZebDebug().Write("CDiagMgr::StoreResults:ParseForTestName failed");
+        return wmi::OutOfMemory;
+    }
+    const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(CBstr(key)); });
+    if (!adapterKey)
+    {
+        ZebDebug().Write("CDiagMgr::StoreResults:ParseForAdapterKey failed");
+        return wmi::OutOfMemory;
+    }
+    CBstr index = TryMakeText([&] { return indexes.GetIndexFromMap(adapterKey.Get()); });
+    if (!index)
+    {
+        ZebDebug().Write("CDiagMgr::StoreResults:GetIndexFromMap failed");
+        return wmi::OutOfMemory;
+    }
+    const CBstr resultId = JoinKey(std::move(testName), std::move(index));
+    hr = WithinMemory([&] { return CResultsStore(session).StoreResult(resultId, adapterKey, *result); });
+    if (FAILED(hr))
+        ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
+    return hr;
 }
 
 HRESULT CDiagMgr::ClearResults(BSTR resultKey)

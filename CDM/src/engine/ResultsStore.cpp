@@ -3,6 +3,7 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebLock.h"
 #include "CDM/src/ZebTrace.h"
+#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/ResultFields.h"
 #include "CDM/src/engine/StoreStream.h"
 #include "Common/src/com/WmiStatus.h"
@@ -75,7 +76,7 @@ HRESULT CResultsStore::StoreResult(const CBstr& resultId, const CBstr& adapterKe
     if (SUCCEEDED(hr))
         hr = m_root->CreateStorage(kUnfinished, kReadWrite, 0, 0, m_sub.Put());
     if (SUCCEEDED(hr))
-        hr = WriteValues(result.Data());
+        hr = WithinMemory([&] { return WriteValues(result.Data()); });
     m_sub.Reset();
     if (SUCCEEDED(hr))
         hr = PutInPlace();

@@ -4,7 +4,10 @@
 #include "tests/unit/engine/EngineFixture.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <new>
+#include <optional>
+#include <thread>
 
 namespace
 {
@@ -66,9 +69,14 @@ class AllocationTest : public CEngineTest
     AllocationTest() { agent->AddAdapter(L"{aaa}", {1, 2, 9}); }
 
     // Runs `operation` with the first, second, ... allocation failing, until it gets by without a failure.
-    // `before` puts things in place each time.
+    // `before` puts things in place each time; `after` sees what has become of them.
     template <class Before, class Operation>
     void FailEach(Before&& before, Operation&& operation)
+    {
+        FailEach(before, operation, [](HRESULT) {});
+    }
+    template <class Before, class Operation, class After>
+    void FailEach(Before&& before, Operation&& operation, After&& after)
     {
         int failures = 0;
         for (int n = 1; n < 5000; ++n)
@@ -84,6 +92,7 @@ class AllocationTest : public CEngineTest
             EXPECT_TRUE(hr == S_OK || hr == wmi::OutOfMemory || hr == E_OUTOFMEMORY)
                 << "allocation " << n << ": " << hr;
             EXPECT_EQ(live, g_liveComObjects) << n;
+            after(hr);
             if (!s_failed)
             {
                 EXPECT_EQ(S_OK, hr);
@@ -139,12 +148,22 @@ TEST_F(AllocationTest, OfARun)
     registry.SetNumber(kDiagKey, "Enable", 1);
     ASSERT_EQ(S_OK, Start());
     ASSERT_EQ(S_OK, Run(L"2@{aaa}")); // what only a first run allocates is there
-    FailEach([] {},
+    int runs = 0;
+    FailEach([&] { runs = agent->Count(CFakeAgent::Method::RunDiagTest); },
              [&]
              {
                  CBstr resultKey = key;
                  return manager->RunTest(key.Get(), resultKey, 0);
+             },
+             [&](HRESULT hr)
+             {
+                 // Once the agent has run the test, the outcome counts, whatever fails afterwards.
+                 if (agent->Count(CFakeAgent::Method::RunDiagTest) == runs)
+                     return;
+                 const ULONG state = hr == S_OK ? TestStatePassed : TestStateFailed;
+                 EXPECT_EQ(state, ResultData(L"1@{aaa}").TestState);
              });
+    EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:LogResults failed."));
     EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:AddObj for Result failed, hr = <80041006>"));
     EXPECT_TRUE(trace.Has("CDiagMgr::RunTest:Cannot allocate memory for SettingData"));
     EXPECT_EQ(2u, ResultData(L"1@{aaa}").TestState);
@@ -159,6 +178,27 @@ TEST_F(AllocationTest, OfASenderResponderRun)
              {
                  CBstr resultKey(L"9@{aaa}");
                  return manager->RunTest(CBstr(L"9@{aaa}").Get(), resultKey, 0);
+             });
+    EXPECT_EQ(2u, ResultData(L"9@{aaa}").TestState);
+}
+
+// A client clears the result while the test runs, which has not been locked.
+TEST_F(AllocationTest, OfARunThatFilesItsResultAnew)
+{
+    agent->BlockRuns();
+    ASSERT_EQ(S_OK, Start());
+    environment.OnWait([&] { manager->ClearResults(CBstr(L"9@{aaa}").Get()); });
+    int stops = 0;
+    FailEach([&] { stops = agent->Count(CFakeAgent::Method::StopTest); },
+             [&]
+             {
+                 CBstr resultKey(L"9@{aaa}");
+                 return manager->RunTest(CBstr(L"9@{aaa}").Get(), resultKey, 0);
+             },
+             [&](HRESULT hr)
+             {
+                 // The agent has ended the test: whatever fails afterwards, the run has passed.
+                 EXPECT_TRUE(hr == S_OK || agent->Count(CFakeAgent::Method::StopTest) == stops) << hr;
              });
     EXPECT_EQ(2u, ResultData(L"9@{aaa}").TestState);
 }
@@ -186,6 +226,66 @@ TEST_F(AllocationTest, OfTheEnd)
                  manager.reset();
                  return s_failed ? wmi::OutOfMemory : S_OK;
              });
+    ASSERT_EQ(S_OK, Start());
+    EXPECT_EQ(1u, Results().size());
+}
+
+TEST_F(AllocationTest, OfTheEndWithSeveralResults)
+{
+    std::optional<CTraceCapture> own;
+    int storedFirst = 0;
+    FailEach(
+        [&]
+        {
+            own.reset();
+            std::filesystem::remove(paths.ResultStorePath);
+            ASSERT_EQ(S_OK, Start());
+            ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+            ASSERT_EQ(S_OK, Run(L"2@{aaa}"));
+            own.emplace();
+        },
+        [&]
+        {
+            manager.reset();
+            return s_failed ? wmi::OutOfMemory : S_OK;
+        },
+        [&](HRESULT)
+        {
+            if (own->Count("{ --> CResultsStore::StoreResult") < 2 ||
+                !own->Has("CDiagMgr::StoreResults:StoreResult failed, hr = <80041006>"))
+                return;
+            ++storedFirst;
+            ASSERT_EQ(S_OK, Start());
+            EXPECT_EQ((std::vector<std::wstring>{L"1@{AAA}"}), Results());
+        });
+    EXPECT_GT(storedFirst, 0);
+    EXPECT_TRUE(trace.Has("CDiagMgr::EnumResults:EnumObj failed, hr = <80041006>"));
+    EXPECT_TRUE(trace.Has("CDiagMgr::StoreResults:EnumResults failed, hr = <80041006>"));
+}
+
+TEST_F(AllocationTest, OfTheEndOfARunThatIsGoingOn)
+{
+    agent->BlockRuns();
+    ASSERT_EQ(S_OK, Start());
+    CDiagMgr* const served = manager.get();
+    HRESULT result = E_PENDING;
+    std::thread client(
+        [&]
+        {
+            CBstr resultKey = key;
+            result = served->RunTest(key.Get(), resultKey, 0);
+        });
+    WaitForSingleObject(agent->Blocked(), INFINITE);
+    {
+        const CFailingAllocation failing(1);
+        manager.reset();
+        EXPECT_TRUE(s_failed);
+    }
+    EXPECT_EQ(1, agent->Count(CFakeAgent::Method::StopTest));
+    agent->EndRuns();
+    client.join();
+    EXPECT_EQ(S_OK, result);
+    EXPECT_FALSE(trace.Has("CDiagMgr::~CDiagMgr"));
     ASSERT_EQ(S_OK, Start());
     EXPECT_EQ(1u, Results().size());
 }
