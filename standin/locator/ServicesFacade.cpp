@@ -5,6 +5,7 @@
 #include "standin/locator/CallResult.h"
 #include "standin/locator/Enumerator.h"
 #include "standin/locator/ErrorObject.h"
+#include "standin/locator/RemoteFailure.h"
 
 namespace standin
 {
@@ -39,7 +40,7 @@ HRESULT CServicesFacade::Call(long flags, IWbemClassObject** object, IWbemCallRe
                 return wmi::InvalidParameter;
 
             const ComPtr<CCallSink> sink = MakeCom<CCallSink>(m_process);
-            const HRESULT started = start(sink.Get());
+            const HRESULT started = CallProcess([&] { return start(sink.Get()); });
             if (FAILED(started))
                 return started;
             HRESULT outcome = wmi::NoError;
@@ -67,7 +68,7 @@ HRESULT CServicesFacade::Enumerate(long flags, IEnumWbemClassObject** objects, S
                 return wmi::InvalidParameter;
             *objects = nullptr;
             const ComPtr<CCallSink> sink = MakeCom<CCallSink>(m_process);
-            const HRESULT started = start(sink.Get());
+            const HRESULT started = CallProcess([&] { return start(sink.Get()); });
             if (FAILED(started))
                 return started;
             const ComPtr<CEnumerator> enumerator =
@@ -98,8 +99,11 @@ STDMETHODIMP CServicesFacade::OpenNamespace(const BSTR nameSpace, long flags, IW
             if (result)
                 *result = nullptr;
             ComPtr<IWbemServices> service;
-            const HRESULT hr =
-                m_service->OpenNamespace(nameSpace, AsyncFlags(flags), context, service.Put(), nullptr);
+            const HRESULT hr = CallProcess(
+                [&] {
+                    return m_service->OpenNamespace(nameSpace, AsyncFlags(flags), context, service.Put(),
+                                                    nullptr);
+                });
             if (FAILED(hr))
                 return hr;
             const ComPtr<IWbemServices> facade = MakeCom<CServicesFacade>(service, m_process);

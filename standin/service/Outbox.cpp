@@ -1,6 +1,7 @@
 #include "standin/service/Outbox.h"
 
 #include "Common/src/com/WmiStatus.h"
+#include "standin/locator/RemoteFailure.h"
 #include "standin/service/Worker.h"
 
 #include <algorithm>
@@ -86,8 +87,12 @@ void COutbox::Deliver()
             continue;
         if (outcome->Object)
             Send({outcome->Object});
-        m_client->SetStatus(WBEM_STATUS_COMPLETE, outcome->Result, outcome->Text.Get(),
-                            outcome->Status.Get());
+        CallProcess(
+            [&]
+            {
+                return m_client->SetStatus(WBEM_STATUS_COMPLETE, outcome->Result, outcome->Text.Get(),
+                                           outcome->Status.Get());
+            });
         return;
     }
 }
@@ -100,7 +105,8 @@ void COutbox::Send(const std::vector<ComPtr<IWbemClassObject>>& objects)
         std::vector<IWbemClassObject*> batch;
         for (size_t i = first; i < end; ++i)
             batch.push_back(objects[i].Get());
-        if (SUCCEEDED(m_client->Indicate(static_cast<long>(batch.size()), batch.data())))
+        if (SUCCEEDED(CallProcess(
+                [&] { return m_client->Indicate(static_cast<long>(batch.size()), batch.data()); })))
             continue;
         const std::lock_guard lock(m_mutex);
         m_broken = true;

@@ -54,8 +54,12 @@ HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemService
     const ComPtr<CInitSink> sink = MakeCom<CInitSink>();
     std::wstring nameSpaceText = nameSpace;
     // No user and no locale: those are for providers that are initialised once for each.
-    hr = init->Initialize(nullptr, 0, nameSpaceText.data(), nullptr, nameSpaceServices, MakeContext().Get(),
-                          sink.Get());
+    hr = CallProcess(
+        [&]
+        {
+            return init->Initialize(nullptr, 0, nameSpaceText.data(), nullptr, nameSpaceServices,
+                                    MakeContext().Get(), sink.Get());
+        });
     if (FAILED(hr))
         return hr;
     ComPtr<IWbemServices> services;
@@ -92,6 +96,6 @@ HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstri
 bool IsProviderAlive(IWbemServices* provider)
 {
     // There is no such call. What the provider says to that does not matter; that it says something does.
-    return !IsServerGone(provider->CancelAsyncCall(nullptr));
+    return !IsServerGone(CallProcess([&] { return provider->CancelAsyncCall(nullptr); }));
 }
 } // namespace standin

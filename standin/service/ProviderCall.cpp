@@ -62,7 +62,7 @@ COutcome CallProvider(CProviderPool& pool, const std::wstring& nameSpace,
     HRESULT result = wmi::NoError;
     {
         const CProviderScope scope(request, lease.Shared(), sink);
-        result = start(*lease.Provider(), sink.Get());
+        result = CallProcess([&] { return start(*lease.Provider(), sink.Get()); });
         if (SUCCEEDED(result))
             result = AwaitStatus(*lease.Provider(), *sink, request);
     }

@@ -9,6 +9,8 @@
 #include "standin/service/Service.h"
 #include "standin/service/Settings.h"
 
+#include <wbemprov.h>
+
 namespace standin
 {
 namespace
@@ -137,7 +139,8 @@ int Serve()
             CService service;
             LoadRepository(service.Repository());
             HoldActivationStubs();
-            HoldStubs({__uuidof(IWmiStandin), __uuidof(IWbemServices), __uuidof(IWbemObjectSink)});
+            HoldStubs({__uuidof(IWmiStandin), __uuidof(IWbemServices), __uuidof(IWbemObjectSink),
+                       __uuidof(IWbemProviderInitSink)});
             CServiceClass serviceClass(service);
             DWORD patience = kFirstClient;
             do
