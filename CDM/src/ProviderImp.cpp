@@ -38,6 +38,7 @@ struct CAnswer
 
 namespace
 {
+// The two texts that name the router are known so to support and to clients.
 constexpr CRequestTexts kGetObject = {
     "CProviderImp::GetObjectAsync",       L"GetObjectAsync",
     "CProviderImp::GetObjectAsync catch", "CWomClassRouter::GetObjectAsync unhandled exception",
@@ -184,6 +185,7 @@ STDMETHODIMP CProviderImp::PutInstanceAsync(IWbemClassObject* instance, long fla
         [&]
         {
             const CZebTrace trace(kPutInstance.name);
+            // Without the colon that the other requests' lines have: support knows it so.
             ZebDebug().Write("PutInstanceAsync <%x>", flags);
             return Serve(kPutInstance, flags, caller, sink,
                          [&](CWomContext& context)

@@ -104,6 +104,7 @@ STDMETHODIMP CProviderImp::Initialize(wchar_t* user, long, wchar_t*, wchar_t* lo
     ZebDebug().Write(FAILED(hr) ? "Sending FAILED" : "Sending INITIALIZED");
     if (sink)
         sink->SetStatus(FAILED(hr) ? wmi::Failed : static_cast<HRESULT>(WBEM_S_INITIALIZED), 0);
+    // Nothing was impersonated; it is done for its lines, which show support the identity of the start.
     m_security.RevertToSelf();
     return wmi::NoError;
 }

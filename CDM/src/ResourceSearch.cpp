@@ -16,6 +16,7 @@ std::string LanguageOf(LCID locale)
     return name;
 }
 
+// Two of the steps show the path of the library that they loaded and two its bare name: support knows it so.
 HMODULE LoadOverride(const std::string& file)
 {
     ZebDebug().Write("Check for override");

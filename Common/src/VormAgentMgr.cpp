@@ -45,6 +45,7 @@ HRESULT CVormAgentMgr::Initialize(ULONG flags, const CLSID& agentClass)
     CZebTrace trace("CVormAgentMgr::Initialize");
     if (const HRESULT hr = CreateAgent(agentClass, m_root); FAILED(hr))
     {
+        // Support knows the line numbers, this one and the next.
         ZebDebug().Error(kSourceFile, 307, "Failed to load Vorl 0x%x", static_cast<unsigned>(hr));
         ZebDebug().SystemError(static_cast<DWORD>(hr));
         return hr;

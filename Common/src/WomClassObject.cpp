@@ -39,6 +39,7 @@ HRESULT CWomClassObject::CreateClass(const wchar_t* className)
     CZebTrace trace("CWomClassObject::CreateClass");
     const LCID locale = m_context->Locale();
     const ComPtr<IWbemServices> services(m_context->Namespace());
+    // The wrapper's own lock keeps nobody out; it is there for its lines in the trace. The cache has its own.
     CZebLock lock(m_section);
     const auto entry = WomClassCache::Find(className, locale, services.Get());
     CLockScope fetchOnce(entry->section);

@@ -28,7 +28,7 @@ void TraceUserName() noexcept
 void TraceImpersonationLevel() noexcept
 {
     // A thread that does not impersonate has no token of its own, so that outside a request and after a
-    // revert the trace shows this error.
+    // revert the trace shows this error. The other two end in an empty line: support knows them so.
     CHandle token;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.Put()))
     {

@@ -17,6 +17,7 @@ namespace
 // Success and failure reach the caller through the call's status alone.
 constexpr long kReturnValue = 0;
 
+// The second and the fourth text differ by the full stop alone; support tells them apart by it.
 constexpr CAdapterReferenceTexts kRunTestAdapter = {
     "CTolva_DiagTest::RunTest: Parsing for SystemElement failed",
     "CTolva_DiagTest::RunTest: Invalid SystemElement",
@@ -58,13 +59,15 @@ HRESULT SetOutParams(CWomClassObject& out, const wchar_t* resultReference)
     const HRESULT hr = out.SetProperty(L"Result", resultReference);
     if (FAILED(hr))
     {
+        // Without a blank before "failed": support knows it so.
         ZebDebug().Write("CTolva_DiagTest::SetOutParams: SetProperty (Result)failed hr = <%x>", hr);
         return hr;
     }
     return SetReturnValue(out);
 }
 
-// Most failures of RunTest hand an empty result to the caller and return their own status.
+// Most failures of RunTest hand an empty result to the caller and return their own status. A parameter that
+// cannot be read is none of them: clients get success and the empty result.
 HRESULT WithEmptyResult(CWomClassObject& out, HRESULT status)
 {
     (void)SetOutParams(out, L"");

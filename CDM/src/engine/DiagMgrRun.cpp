@@ -23,7 +23,8 @@ bool IsEmpty(BSTR key) noexcept
 }
 
 // How far a stopped run came. A run that went on for much longer than its planned length shows the most that
-// the property holds.
+// the property holds: where a poll passes over such a value, a stop that a client asked for must not fail by
+// it.
 LONGLONG StoppedPercent(ULONGLONG elapsedMilliseconds, DWORD plannedSeconds) noexcept
 {
     if (plannedSeconds == 0)
@@ -197,6 +198,7 @@ HRESULT CDiagMgr::CState::FailRun(HRESULT status, const CDiagTest& test, CDiagRe
     const HRESULT hr = result.SetTestState(TestStateFailed);
     if (FAILED(hr))
     {
+        // The step that the text names is another one: support knows it so.
         ZebDebug().Write("CDiagMgr::RunTest:SetStatus failed.");
         return hr;
     }

@@ -35,7 +35,7 @@ HRESULT CDiagMgr::Initialize(const CVormAgentMgr* agents)
             if (FAILED(hr))
             {
                 ZebDebug().Write("CDiagMgr::Initialize:Vorl QueryInterface failed, hr = <%x>", hr);
-                return static_cast<HRESULT>(E_NOINTERFACE);
+                return static_cast<HRESULT>(E_NOINTERFACE); // whatever the cause: callers know no other
             }
             hr = state.CreateMaps();
             if (FAILED(hr))
@@ -197,6 +197,7 @@ HRESULT CDiagMgr::CState::ReadConfiguration()
     ReadRegistryNumber(kZebDiagKey, "FileAppend", configured.Append);
     if (configured.Append > 1)
     {
+        // The value is FileAppend; support knows the text so.
         ZebDebug().Write("CDiagMgr::Initialize:\"Append\" should be a BOOLEAN!!");
         return wmi::Failed;
     }

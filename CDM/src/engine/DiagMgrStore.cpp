@@ -109,6 +109,7 @@ HRESULT CDiagMgr::CState::ClearResults(BSTR resultKey)
         ZebDebug().Write("CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>", hr);
         return hr;
     }
+    // Failures of the store have the text of the map's: support knows it so.
     CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
     hr = CResultsStore(session).RemoveResult(resultId);
     if (FAILED(hr) && hr != STG_E_FILENOTFOUND)

@@ -84,6 +84,7 @@ HRESULT CSenderResponderRun::Execute(BSTR testKey, BSTR adapterKey, const CRunPa
         if (woken == kWorker)
         {
             const HRESULT status = m_worker.Status();
+            // Written for a test that has ended well, too: support knows it so.
             ZebDebug().Write("CDiagTest::StartTest:RunDiagTest failed, threadParameters.hrTestStatus = <%x>.",
                              status);
             return status;
@@ -140,6 +141,7 @@ HRESULT CSenderResponderRun::Stop(BSTR testKey, bool requested)
     }
     if (FAILED(hr))
         return GiveUp(hr);
+    // This line and those of GiveUp name CDiagMgr::RunTest: support knows them so.
     if (m_environment.Wait(m_worker.Thread(), INFINITE) == WAIT_FAILED)
         ZebDebug().Write("CDiagMgr::RunTest:WaitForSingleObject failed");
     m_test.DropWorker();
@@ -154,6 +156,7 @@ HRESULT CSenderResponderRun::GiveUp(HRESULT stopStatus)
     CResultMessages messages;
     messages.Add(kStatusMessage, stopStatus);
     m_result.SetMessages(std::move(messages));
+    // The step that the text names is another one: support knows it so.
     if (FAILED(m_result.SetTestState(TestStateFailed)))
         ZebDebug().Write("CDiagMgr::RunTest:SetStatus failed.");
     const SYSTEMTIME now = m_environment.LocalTime();
