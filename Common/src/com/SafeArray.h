@@ -5,6 +5,7 @@
 
 #include <oleauto.h>
 #include <span>
+#include <utility>
 
 struct SafeArrayTraits
 {
@@ -14,8 +15,9 @@ struct SafeArrayTraits
 };
 using CSafeArray = COwned<SafeArrayTraits>;
 
-// Holds the data of a one-dimensional array of `T` for reading. Where the array is null, has another
-// element type or more dimensions, the view is empty and Valid() is false.
+// Holds the data of a one-dimensional array of `T` for reading. Where the array is null, has another element
+// type, more dimensions, bounds that contradict each other or no data, the view is empty and Valid() is
+// false.
 template <class T>
 class CSafeArrayView
 {
@@ -29,24 +31,30 @@ class CSafeArrayView
             type != expected || FAILED(SafeArrayGetLBound(array, 1, &lower)) ||
             FAILED(SafeArrayGetUBound(array, 1, &upper)))
             return;
+        const LONGLONG count = LONGLONG{upper} - lower + 1;
         void* data = nullptr;
-        if (FAILED(SafeArrayAccessData(array, &data)))
+        if (count < 0 || FAILED(SafeArrayAccessData(array, &data)))
             return;
         m_array = array;
-        m_items = {static_cast<T*>(data), static_cast<size_t>(upper - lower + 1)};
+        if (data)
+            m_items = {static_cast<T*>(data), static_cast<size_t>(count)};
+        else if (count > 0)
+            Unaccess();
     }
     CSafeArrayView(const CSafeArrayView&) = delete;
     CSafeArrayView& operator=(const CSafeArrayView&) = delete;
-    ~CSafeArrayView()
-    {
-        if (m_array)
-            SafeArrayUnaccessData(m_array);
-    }
+    ~CSafeArrayView() { Unaccess(); }
 
     bool Valid() const noexcept { return m_array != nullptr; }
     std::span<T> Items() const noexcept { return m_items; }
 
   private:
+    void Unaccess() noexcept
+    {
+        if (m_array)
+            SafeArrayUnaccessData(std::exchange(m_array, nullptr));
+    }
+
     SAFEARRAY* m_array = nullptr;
     std::span<T> m_items;
 };

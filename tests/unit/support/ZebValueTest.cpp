@@ -43,6 +43,17 @@ CVariant ArrayOf(VARTYPE element, const std::vector<T>& items, LONG lower = 0)
     return CVariant::FromArray(array, element);
 }
 
+// A descriptor that came damaged from somewhere: its elements do not exist.
+CVariant ArrayWithoutData(ULONG elements, LONG lower)
+{
+    SAFEARRAY* array = nullptr;
+    if (FAILED(SafeArrayAllocDescriptorEx(VT_I4, 1, &array)))
+        return {};
+    array->cbElements = sizeof(LONG);
+    array->rgsabound[0] = {elements, lower};
+    return CVariant::FromArray(array, VT_I4);
+}
+
 // A null pointer gives a null element.
 CVariant TextArray(const std::vector<const wchar_t*>& texts)
 {
@@ -172,6 +183,13 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"TextEmpty", [] { return TextArray({}); }, 0x2008, "ARRAY BSTR <empty array>"},
         Case{"TextOfScalarCimType", [] { return TextArray({L"1"}); }, CIM_SINT64, "ARRAY BSTR \"1\""},
         Case{"Missing", [] { return CVariant::FromArray(nullptr, VT_I4); }, 0x2003, "ARRAY I4 "},
+        Case{"UpperBoundFarBelowTheLower", [] { return ArrayWithoutData(0xFFFFFFFB, 0); }, 0x2003,
+             "ARRAY I4 "},
+        Case{"UpperBoundTwoBelowTheLower", [] { return ArrayWithoutData(0xFFFFFFFF, 7); }, 0x2003,
+             "ARRAY I4 "},
+        Case{"BoundsThatSpanMoreThanANumber", [] { return ArrayWithoutData(0xFFFFFFFF, LONG_MIN); }, 0x2003,
+             "ARRAY I4 "},
+        Case{"ElementsThatAreNotThere", [] { return ArrayWithoutData(3, 0); }, 0x2003, "ARRAY I4 "},
         Case{"OfAnotherElementType",
              []
              {
