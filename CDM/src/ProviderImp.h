@@ -36,9 +36,10 @@ std::span<const CHandlerRow> ServedHandlers() noexcept;
 class CProviderImp : public CUnsupportedServices
 {
   public:
-    // `server` outlives the object. Tests put handlers of their own among the served ones.
+    // `server` outlives the object. Tests put handlers of their own among the served ones, and replace what
+    // the engine takes from the system.
     CProviderImp(const CHostPaths& paths, IServerLock& server,
-                 std::span<const CHandlerRow> handlers = ServedHandlers());
+                 std::span<const CHandlerRow> handlers = ServedHandlers(), const CEngineSeams& seams = {});
 
     // Always WBEM_S_NO_ERROR: the init sink learns the outcome. Only the first call does anything.
     STDMETHODIMP Initialize(wchar_t* user, long flags, wchar_t* nameSpace, wchar_t* locale,

@@ -60,8 +60,8 @@ std::span<const CHandlerRow> ServedHandlers() noexcept
 }
 
 CProviderImp::CProviderImp(const CHostPaths& paths, IServerLock& server,
-                           std::span<const CHandlerRow> handlers)
-    : m_manager(paths), m_rows(handlers), m_lock(server)
+                           std::span<const CHandlerRow> handlers, const CEngineSeams& seams)
+    : m_manager(paths, seams), m_rows(handlers), m_lock(server)
 {
 }
 

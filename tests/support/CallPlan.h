@@ -33,6 +33,13 @@ class CCallPlan
         m_call = call;
         m_failIn = n;
         m_code = code;
+        m_failed = false;
+    }
+    // Whether the planned failure has come true.
+    bool Failed()
+    {
+        CLockScope lock(m_section);
+        return m_failed;
     }
     // From now on every Get of that property answers this value in place of the object's own.
     void Answer(const wchar_t* property, CVariant value)
@@ -51,6 +58,12 @@ class CCallPlan
     };
     const CPut& LastPut() const { return m_lastPut; }
     const std::vector<std::wstring>& Puts() const { return m_puts; }
+    void ForgetPuts()
+    {
+        CLockScope lock(m_section);
+        m_lastPut = {};
+        m_puts.clear();
+    }
 
     // Called when an object has given the names of its properties.
     std::function<void()> AfterNames;
@@ -60,7 +73,10 @@ class CCallPlan
     {
         CLockScope lock(m_section);
         ++m_counts[call];
-        return call == m_call && m_failIn > 0 && --m_failIn == 0 ? m_code : S_OK;
+        if (call != m_call || m_failIn == 0 || --m_failIn > 0)
+            return S_OK;
+        m_failed = true;
+        return m_code;
     }
     bool Answered(const wchar_t* property, VARIANT* value)
     {
@@ -91,6 +107,7 @@ class CCallPlan
     Call m_call = Call::Get;
     int m_failIn = 0;
     HRESULT m_code = S_OK;
+    bool m_failed = false;
 };
 
 using CallPlan = std::shared_ptr<CCallPlan>;

@@ -2,6 +2,7 @@
 // spawned from it, its method signatures and qualifier sets follow the same plan.
 #pragma once
 
+#include "tests/support/Allocations.h"
 #include "tests/support/CallPlan.h"
 
 #include "Common/src/com/ComObject.h"
@@ -18,6 +19,7 @@ class CFailingQualifiers final : public CComObject<IWbemQualifierSet>
 
     STDMETHODIMP Get(LPCWSTR name, LONG flags, VARIANT* value, LONG* flavor) override
     {
+        const CSparedAllocations spared;
         const HRESULT planned = m_plan->Next(CCallPlan::Call::GetQualifier);
         return planned == S_OK ? m_inner->Get(name, flags, value, flavor) : planned;
     }
@@ -52,12 +54,14 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     STDMETHODIMP GetQualifierSet(IWbemQualifierSet** set) override { return m_inner->GetQualifierSet(set); }
     STDMETHODIMP Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override
     {
+        const CSparedAllocations spared;
         if (const HRESULT planned = m_plan->Next(Call::Get); planned != S_OK)
             return planned;
         return m_plan->Answered(name, value) ? S_OK : m_inner->Get(name, flags, value, type, flavor);
     }
     STDMETHODIMP Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override
     {
+        const CSparedAllocations spared;
         m_plan->Record(name, flags, *value, type);
         const HRESULT planned = m_plan->Next(Call::Put);
         return planned == S_OK ? m_inner->Put(name, flags, value, type) : planned;
@@ -65,6 +69,7 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     STDMETHODIMP Delete(LPCWSTR name) override { return m_inner->Delete(name); }
     STDMETHODIMP GetNames(LPCWSTR qualifier, LONG flags, VARIANT* value, SAFEARRAY** names) override
     {
+        const CSparedAllocations spared;
         if (const HRESULT planned = m_plan->Next(Call::GetNames); planned != S_OK)
             return planned;
         const HRESULT hr = m_inner->GetNames(qualifier, flags, value, names);
@@ -80,6 +85,7 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     STDMETHODIMP EndEnumeration() override { return m_inner->EndEnumeration(); }
     STDMETHODIMP GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** set) override
     {
+        const CSparedAllocations spared;
         if (const HRESULT planned = m_plan->Next(Call::GetPropertyQualifierSet); planned != S_OK)
             return planned;
         ComPtr<IWbemQualifierSet> inner;
@@ -102,6 +108,7 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     }
     STDMETHODIMP SpawnInstance(LONG flags, IWbemClassObject** instance) override
     {
+        const CSparedAllocations spared;
         if (const HRESULT planned = m_plan->Next(Call::SpawnInstance); planned != S_OK)
             return planned;
         return Follow(instance, [&](IWbemClassObject** out) { return m_inner->SpawnInstance(flags, out); });
@@ -117,6 +124,7 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
     STDMETHODIMP InheritsFrom(LPCWSTR ancestor) override { return m_inner->InheritsFrom(ancestor); }
     STDMETHODIMP GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, IWbemClassObject** out) override
     {
+        const CSparedAllocations spared;
         if (const HRESULT planned = m_plan->Next(Call::GetMethod); planned != S_OK)
             return planned;
         if (!out)

@@ -1,6 +1,7 @@
 #include "tests/support/FakeAgent.h"
 
 #include "Common/src/com/Bstr.h"
+#include "tests/support/Allocations.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -30,10 +31,12 @@ void CFakeAgent::SetStatistics(const VormTestStatistics& statistics)
     m_statistics = statistics;
 }
 
-void CFakeAgent::BlockRuns()
+void CFakeAgent::BlockRuns(bool block)
 {
     const CLockScope held(m_section);
-    m_blocks = true;
+    m_blocks = block;
+    ResetEvent(m_end.Get());
+    ResetEvent(m_blocked.Get());
 }
 
 void CFakeAgent::SetStopEndsRuns(bool ends)
@@ -50,6 +53,7 @@ void CFakeAgent::Fail(Method method, int n, HRESULT code, int times)
     m_failTimes = times;
     m_failure = code;
     m_throws = false;
+    m_failed = false;
 }
 
 void CFakeAgent::Throw(Method method, int n, int times)
@@ -57,6 +61,12 @@ void CFakeAgent::Throw(Method method, int n, int times)
     Fail(method, n, S_OK, times);
     const CLockScope held(m_section);
     m_throws = true;
+}
+
+bool CFakeAgent::Failed() const
+{
+    const CLockScope held(m_section);
+    return m_failed;
 }
 
 std::vector<CFakeAgent::CCall> CFakeAgent::Calls() const
@@ -72,8 +82,15 @@ int CFakeAgent::Count(Method method) const
                                           [&](const CCall& call) { return call.What == method; }));
 }
 
+void CFakeAgent::Forget()
+{
+    const CLockScope held(m_section);
+    m_calls.clear();
+}
+
 HRESULT CFakeAgent::Begin(Method method, BSTR adapterKey, ULONG testId)
 {
+    const CSparedAllocations spared;
     const CLockScope held(m_section);
     m_calls.push_back({method, adapterKey ? adapterKey : L"", testId});
     if (method != m_failing || m_failIn == 0)
@@ -85,6 +102,7 @@ HRESULT CFakeAgent::Begin(Method method, BSTR adapterKey, ULONG testId)
     }
     if (--m_failTimes == 0)
         m_failIn = 0;
+    m_failed = true;
     if (m_throws)
         throw std::runtime_error("the agent throws");
     return m_failure;
@@ -99,6 +117,7 @@ CFakeAgent::CAdapter* CFakeAgent::Find(const std::wstring& key)
 
 HRESULT CFakeAgent::NextOutcome(ULONG testId)
 {
+    const CSparedAllocations spared;
     const CLockScope held(m_section);
     std::vector<HRESULT>& outcomes = m_outcomes[testId];
     if (outcomes.empty())
@@ -138,6 +157,7 @@ HRESULT CFakeAgent::EnumAdapters(ULONG* count, BSTR** adapterKeys)
 {
     if (const HRESULT hr = Begin(Method::EnumAdapters); FAILED(hr))
         return hr;
+    const CSparedAllocations spared;
     *count = static_cast<ULONG>(m_adapters.size());
     *adapterKeys = static_cast<BSTR*>(CoTaskMemAlloc(sizeof(BSTR) * std::max<size_t>(1, m_adapters.size())));
     for (size_t i = 0; i < m_adapters.size(); ++i)
@@ -152,6 +172,7 @@ HRESULT CFakeAgent::EnumDiagTests(BSTR adapterKey, ULONG* count, VormTestDescrip
     const CAdapter* const adapter = Find(adapterKey);
     if (!adapter)
         return E_INVALIDARG;
+    const CSparedAllocations spared;
     const size_t size = adapter->Tests.size();
     *count = static_cast<ULONG>(size);
     *tests = static_cast<VormTestDescriptor*>(

@@ -43,8 +43,8 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     // How runs of a test end, in turn; the last one stands for all later runs. Without any: S_OK.
     void SetOutcomes(ULONG testId, std::vector<HRESULT> outcomes);
     void SetStatistics(const VormTestStatistics& statistics);
-    // From now on a run blocks until StopTest or EndRuns; the blocked run then ends with its outcome.
-    void BlockRuns();
+    // Whether a run from now on blocks until StopTest or EndRuns; the blocked run then ends with its outcome.
+    void BlockRuns(bool block = true);
     // Whether StopTest ends a blocked run (it does unless told otherwise).
     void SetStopEndsRuns(bool ends);
     void EndRuns() { SetEvent(m_end.Get()); }
@@ -55,11 +55,15 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     // `times` in all.
     void Fail(Method method, int n, HRESULT code, int times = 1);
     void Throw(Method method, int n, int times = 1);
+    // Whether a planned failure has come true, once or more.
+    bool Failed() const;
     // The next Release of anybody's does.
     void ThrowWhenReleased() { m_throwOnRelease = true; }
 
     std::vector<CCall> Calls() const;
     int Count(Method method) const;
+    // Of the calls so far.
+    void Forget();
 
     STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
     STDMETHODIMP_(ULONG) Release() override;
@@ -97,5 +101,6 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     int m_failTimes = 0;
     HRESULT m_failure = S_OK;
     bool m_throws = false;
+    bool m_failed = false;
     bool m_throwOnRelease = false;
 };

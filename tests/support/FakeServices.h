@@ -5,6 +5,7 @@
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/WmiStatus.h"
+#include "tests/support/Allocations.h"
 
 #include <functional>
 #include <string>
@@ -31,6 +32,19 @@ class CFakeServices : public CComObject<IWbemServices>
         CLockScope lock(m_section);
         m_failIn = n;
         m_failure = code;
+        m_failed = false;
+    }
+    // Whether the planned failure has come true.
+    bool Failed() const
+    {
+        CLockScope lock(m_section);
+        return m_failed;
+    }
+    // Of the calls so far.
+    void Forget()
+    {
+        CLockScope lock(m_section);
+        m_calls.clear();
     }
     std::vector<CGetCall> GetCalls() const
     {
@@ -41,12 +55,16 @@ class CFakeServices : public CComObject<IWbemServices>
     STDMETHODIMP GetObject(const BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
                            IWbemCallResult**) override
     {
+        const CSparedAllocations spared;
         const std::wstring name = path ? path : L"";
         {
             CLockScope lock(m_section);
             m_calls.push_back({name, flags, context});
             if (m_failIn > 0 && --m_failIn == 0)
+            {
+                m_failed = true;
                 return m_failure;
+            }
         }
         *object = m_source(name).Detach();
         return *object ? wmi::NoError : wmi::NotFound;
@@ -146,4 +164,5 @@ class CFakeServices : public CComObject<IWbemServices>
     std::vector<CGetCall> m_calls;
     int m_failIn = 0;
     HRESULT m_failure = S_OK;
+    bool m_failed = false;
 };

@@ -4,9 +4,11 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/CriticalSection.h"
+#include "tests/support/Allocations.h"
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 #include <wbemcli.h>
 
@@ -28,6 +30,12 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
         m_failIn = n;
         m_failure = code;
     }
+    // The next SetStatus answers `code`; what it was given is kept all the same.
+    void FailSetStatus(HRESULT code)
+    {
+        CLockScope lock(m_section);
+        m_statusFailure = code;
+    }
     std::vector<ComPtr<IWbemClassObject>> Objects() const
     {
         CLockScope lock(m_section);
@@ -47,6 +55,7 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
 
     STDMETHODIMP Indicate(LONG count, IWbemClassObject** objects) override
     {
+        const CSparedAllocations spared;
         CLockScope lock(m_section);
         m_indications.push_back(count);
         if (m_failIn > 0 && --m_failIn == 0)
@@ -57,11 +66,12 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
     }
     STDMETHODIMP SetStatus(LONG flags, HRESULT result, BSTR parameter, IWbemClassObject* object) override
     {
+        const CSparedAllocations spared;
         CLockScope lock(m_section);
         m_statuses.push_back({flags, result,
                               parameter ? std::optional<std::wstring>(parameter) : std::nullopt,
                               ComPtr<IWbemClassObject>(object)});
-        return WBEM_S_NO_ERROR;
+        return std::exchange(m_statusFailure, static_cast<HRESULT>(WBEM_S_NO_ERROR));
     }
 
   private:
@@ -71,4 +81,5 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
     std::vector<CStatus> m_statuses;
     int m_failIn = 0;
     HRESULT m_failure = S_OK;
+    HRESULT m_statusFailure = WBEM_S_NO_ERROR;
 };

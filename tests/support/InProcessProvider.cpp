@@ -39,12 +39,24 @@ CAgentScope::~CAgentScope()
     CoRevokeClassObject(m_registration);
 }
 
-CInProcessProvider::CInProcessProvider(std::span<const CHandlerRow> handlers)
+CInProcessProvider::CInProcessProvider(std::span<const CHandlerRow> handlers, const CEngineSeams& seams)
+    : CInProcessProvider(handlers, seams, nullptr)
+{
+}
+
+CInProcessProvider::CInProcessProvider(IUnknown* agent, const CEngineSeams& seams)
+    : CInProcessProvider(ServedHandlers(), seams, agent)
+{
+}
+
+CInProcessProvider::CInProcessProvider(std::span<const CHandlerRow> handlers, const CEngineSeams& seams,
+                                       IUnknown* agent)
+    : m_handlers(handlers), m_seams(seams), m_agentScope(agent ? agent : static_cast<IVormRoot*>(Agent.Get()))
 {
     Registry.SetNumber(kProvidersKey, "TestVorl", kTestAgent);
     m_paths.InstallDir = Folder.Path().string() + "\\";
     m_paths.ResultStorePath = (Folder.Path() / L"ZebDiag.bin").wstring();
-    Provider = MakeCom<CProviderImp>(m_paths, Lock, handlers);
+    Provider = MakeCom<CProviderImp>(m_paths, Lock, m_handlers, m_seams);
 }
 
 CInProcessProvider::~CInProcessProvider()
@@ -69,5 +81,6 @@ LONG CInProcessProvider::Initialize(IWbemContext* context)
 void CInProcessProvider::Restart(std::span<const CHandlerRow> handlers)
 {
     Release();
-    Provider = MakeCom<CProviderImp>(m_paths, Lock, handlers);
+    m_handlers = handlers;
+    Provider = MakeCom<CProviderImp>(m_paths, Lock, m_handlers, m_seams);
 }

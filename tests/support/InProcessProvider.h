@@ -3,6 +3,7 @@
 #pragma once
 
 #include "CDM/src/ProviderImp.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/FakeAgent.h"
 #include "tests/support/FakeSink.h"
 #include "tests/support/RegistryScope.h"
@@ -31,6 +32,7 @@ class CInitSink final : public CComObject<IWbemProviderInitSink>
 
     STDMETHODIMP SetStatus(LONG status, LONG flags) override
     {
+        const CSparedAllocations spared;
         Statuses.push_back(status);
         m_flags |= flags;
         return S_OK;
@@ -57,7 +59,11 @@ class CAgentScope
 class CInProcessProvider
 {
   public:
-    explicit CInProcessProvider(std::span<const CHandlerRow> handlers = ServedHandlers());
+    // The engine works with the seams for as long as the object lives.
+    explicit CInProcessProvider(std::span<const CHandlerRow> handlers = ServedHandlers(),
+                                const CEngineSeams& seams = {});
+    // With an agent of the test's own in place of the fake one.
+    CInProcessProvider(IUnknown* agent, const CEngineSeams& seams);
     CInProcessProvider(const CInProcessProvider&) = delete;
     CInProcessProvider& operator=(const CInProcessProvider&) = delete;
     ~CInProcessProvider();
@@ -67,7 +73,8 @@ class CInProcessProvider
     // Ends the provider object, as the management service does when it is no longer used.
     void Release() { Provider.Reset(); }
     // A new provider object, as after the process's next start.
-    void Restart(std::span<const CHandlerRow> handlers = ServedHandlers());
+    void Restart() { Restart(m_handlers); }
+    void Restart(std::span<const CHandlerRow> handlers);
 
     CRegistryScope Registry;
     CTempFolder Folder;
@@ -78,8 +85,12 @@ class CInProcessProvider
     ComPtr<CProviderImp> Provider;
 
   private:
+    CInProcessProvider(std::span<const CHandlerRow> handlers, const CEngineSeams& seams, IUnknown* agent);
+
+    std::span<const CHandlerRow> m_handlers;
+    const CEngineSeams m_seams;
     CHostPaths m_paths;
-    CAgentScope m_agentScope{static_cast<IVormRoot*>(Agent.Get())};
+    CAgentScope m_agentScope;
 };
 
 // A BSTR for the length of a call.

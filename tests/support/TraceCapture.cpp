@@ -36,9 +36,15 @@ class CTraceFile
         ZebDebug().Close();
         DeleteFileA(m_path.c_str());
     }
-    std::string Text() const
+    size_t Size() const
+    {
+        std::ifstream file(m_path, std::ios::binary | std::ios::ate);
+        return static_cast<size_t>(file.tellg());
+    }
+    std::string TextFrom(size_t start) const
     {
         std::ifstream file(m_path, std::ios::binary);
+        file.seekg(static_cast<std::streamoff>(start));
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
@@ -66,14 +72,19 @@ std::string WithoutPrefix(const std::string& line)
 CTraceCapture::CTraceCapture()
 {
     TraceFile().Open();
-    m_start = TraceFile().Text().size();
+    m_start = TraceFile().Size();
+}
+
+std::string CTraceCapture::Text() const
+{
+    return TraceFile().TextFrom(m_start);
 }
 
 std::vector<std::string> CTraceCapture::Lines() const
 {
-    const std::string text = TraceFile().Text();
+    const std::string text = Text();
     std::vector<std::string> lines;
-    for (size_t at = m_start; at < text.size();)
+    for (size_t at = 0; at < text.size();)
     {
         const size_t end = std::min(text.find("\r\n", at), text.size());
         if (end > at)

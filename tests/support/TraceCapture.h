@@ -12,6 +12,8 @@ class CTraceCapture
   public:
     CTraceCapture();
 
+    // As it stands in the file.
+    std::string Text() const;
     // The messages, without the "[thread] time " in front of them but with their indentation.
     std::vector<std::string> Lines() const;
     // How many lines contain the text, and whether any does.

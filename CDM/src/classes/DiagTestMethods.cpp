@@ -3,6 +3,7 @@
 #include "CDM/src/classes/AdapterReference.h"
 #include "CDM/src/classes/DiagTest.h"
 #include "CDM/src/classes/ReadKey.h"
+#include "CDM/src/engine/DiagKeys.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
@@ -133,8 +134,10 @@ class CTestLock
 };
 
 // Locks the test, runs it and unlocks it. A run that fails is no failure of the method: its result tells.
-HRESULT RunLocked(CDiagMgr& manager, const CBstr& testName, bool useGivenSetting, CWomClassObject& out)
+HRESULT RunLocked(CDiagMgr& manager, const CBstr& givenName, bool useGivenSetting, CWomClassObject& out)
 {
+    // As the manager files it, so that unlocking needs no memory.
+    const CBstr testName = FoldedKey(givenName.Get());
     CTestLock lock(manager, testName);
     if (!lock.Held())
     {

@@ -140,7 +140,7 @@ HRESULT CDiagMgr::CState::BeginRun(BSTR testKey, CDiagResult& result)
         ZebDebug().Write("CDiagMgr::RunTest:SetPercentComplete failed.");
         return hr;
     }
-    hr = GetSettingData(testKey, *setting);
+    hr = WithinMemory([&] { return GetSettingData(testKey, *setting); });
     if (FAILED(hr))
     {
         ZebDebug().Write("CDiagMgr::RunTest:GetSettingData failed, hr = <%x>", hr);

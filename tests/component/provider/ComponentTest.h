@@ -17,7 +17,7 @@ class ComponentTest : public testing::Test
 {
   protected:
     // Two adapters: A with two ordinary tests, B with one and with the sender.
-    ComponentTest()
+    explicit ComponentTest(const CEngineSeams& seams = {}) : m_host(ServedHandlers(), seams)
     {
         m_host.Agent->AddAdapter(L"A", {1, 2});
         m_host.Agent->AddAdapter(L"B", {1, 9});
@@ -41,14 +41,15 @@ class ComponentTest : public testing::Test
 
     CAnswer Enumerate(const wchar_t* className)
     {
-        return Ask(
-            [&](IWbemObjectSink* sink)
-            { return m_host.Provider->CreateInstanceEnumAsync(Bstr(className).Get(), 0, nullptr, sink); });
+        const CBstr name(className);
+        return Ask([&](IWbemObjectSink* sink)
+                   { return m_host.Provider->CreateInstanceEnumAsync(name.Get(), 0, nullptr, sink); });
     }
     CAnswer Get(const std::wstring& path)
     {
+        const CBstr text(path.c_str());
         return Ask([&](IWbemObjectSink* sink)
-                   { return m_host.Provider->GetObjectAsync(Bstr(path.c_str()).Get(), 0, nullptr, sink); });
+                   { return m_host.Provider->GetObjectAsync(text.Get(), 0, nullptr, sink); });
     }
     CAnswer Put(const Instance& instance)
     {
@@ -71,11 +72,12 @@ class ComponentTest : public testing::Test
             CVariant value = CVariant::FromText(text.c_str());
             EXPECT_EQ(inParams->Put(name.c_str(), 0, &value, 0), S_OK);
         }
+        const CBstr path(test.c_str());
+        const CBstr name(method);
         return Ask(
-            [&](IWbemObjectSink* sink)
-            {
-                return m_host.Provider->ExecMethodAsync(Bstr(test.c_str()).Get(), Bstr(method).Get(), 0,
-                                                        nullptr, inParams.Get(), sink);
+            [&](IWbemObjectSink* sink) {
+                return m_host.Provider->ExecMethodAsync(path.Get(), name.Get(), 0, nullptr, inParams.Get(),
+                                                        sink);
             });
     }
     CAnswer RunTest(const wchar_t* name)
@@ -147,15 +149,16 @@ class ComponentTest : public testing::Test
         return texts;
     }
 
-    CInProcessProvider m_host;
+    // The sink of each request, and the request itself.
+    virtual ComPtr<CFakeSink> MakeSink() { return MakeCom<CFakeSink>(); }
+    virtual HRESULT Make(const std::function<HRESULT()>& request) { return request(); }
 
-  private:
     template <class Request>
     CAnswer Ask(Request&& request)
     {
-        const auto sink = MakeCom<CFakeSink>();
+        const auto sink = MakeSink();
         CAnswer answer;
-        answer.Returned = request(sink.Get());
+        answer.Returned = Make([&] { return request(sink.Get()); });
         answer.Objects = sink->Objects();
         for (const CFakeSink::CStatus& status : sink->Statuses())
         {
@@ -165,4 +168,6 @@ class ComponentTest : public testing::Test
         }
         return answer;
     }
+
+    CInProcessProvider m_host;
 };

@@ -1,10 +1,8 @@
 // The provider process from activation to its end: one trace, no unbalanced mark, nothing left behind.
+#include "tests/support/TraceMarks.h"
 #include "tests/system/provider/ProviderFixture.h"
 
-#include <gtest/gtest.h>
-#include <map>
-#include <regex>
-#include <sstream>
+#include <gmock/gmock.h>
 
 namespace
 {
@@ -21,39 +19,6 @@ TEST(Life, EndsByItselfAfterTheLastClient)
     EXPECT_TRUE(machine.WaitUntilAllEnded());
 }
 
-// Follows each thread's entry and exit marks; every exit must close the entry that was opened last, at the
-// indentation of its depth.
-void ExpectBalancedMarks(const std::string& log)
-{
-    const std::regex mark(R"(^\[([0-9a-f]+)\] \d\d:\d\d:\d\d\.\d\d\d ( *) (\{ -->|\} <--) (.*)$)");
-    std::map<std::string, std::vector<std::string>> open;
-    std::istringstream lines(log);
-    size_t marks = 0;
-    for (std::string line; std::getline(lines, line);)
-    {
-        if (line.ends_with('\r'))
-            line.pop_back();
-        std::smatch part;
-        if (!std::regex_match(line, part, mark))
-            continue;
-        ++marks;
-        std::vector<std::string>& thread = open[part[1]];
-        if (part[3] == "{ -->")
-        {
-            EXPECT_EQ(thread.size() * 4, part[2].length()) << line;
-            thread.push_back(part[4]);
-            continue;
-        }
-        ASSERT_FALSE(thread.empty()) << line;
-        EXPECT_EQ(thread.back(), part[4]);
-        thread.pop_back();
-        EXPECT_EQ(thread.size() * 4, part[2].length()) << line;
-    }
-    EXPECT_GT(marks, 100u);
-    for (const auto& [thread, names] : open)
-        EXPECT_TRUE(names.empty()) << "thread " << thread << " never left " << names.back();
-}
-
 TEST(Life, TraceShowsNestedMarksWithNoUnbalancedPair)
 {
     const CProviderMachine machine;
@@ -67,7 +32,9 @@ TEST(Life, TraceShowsNestedMarksWithNoUnbalancedPair)
     EXPECT_NE(std::string::npos, log.find(" { --> CProviderImp::Initialize"));
     EXPECT_NE(std::string::npos, log.find("Sending INITIALIZED"));
     EXPECT_NE(std::string::npos, log.find(" { --> CTolva_DiagTest::CreateInstanceEnumAsync"));
-    ExpectBalancedMarks(log);
+    const CTraceFindings findings = CheckTrace(log);
+    EXPECT_GT(findings.Marks, 100u);
+    EXPECT_THAT(findings.Faults, testing::IsEmpty());
 }
 
 TEST(Life, KilledProviderIsReplacedForTheNextRequest)

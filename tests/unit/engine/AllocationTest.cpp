@@ -1,65 +1,12 @@
 // The n-th allocation of an operation fails, for every n: the operation ends in the out-of-memory status or,
 // where the failure can be lived with, goes on; nothing leaks and the manager serves on.
 #include "Common/src/com/ComObject.h"
+#include "tests/support/Allocations.h"
 #include "tests/unit/engine/EngineFixture.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <thread>
-
-namespace
-{
-// Counts down on the thread under test alone.
-thread_local int s_failIn = 0;
-thread_local bool s_failed = false;
-
-void* Allocate(size_t size)
-{
-    if (s_failIn > 0 && --s_failIn == 0)
-    {
-        s_failed = true;
-        return nullptr;
-    }
-    return std::malloc(size ? size : 1);
-}
-
-// Makes the n-th allocation from now on fail, until the scope ends.
-class CFailingAllocation
-{
-  public:
-    explicit CFailingAllocation(int n)
-    {
-        s_failed = false;
-        s_failIn = n;
-    }
-    ~CFailingAllocation() { s_failIn = 0; }
-};
-} // namespace
-
-void* operator new(size_t size)
-{
-    if (void* memory = Allocate(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void* operator new(size_t size, const std::nothrow_t&) noexcept
-{
-    return Allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
 
 namespace
 {
@@ -93,7 +40,7 @@ class AllocationTest : public CEngineTest
                 << "allocation " << n << ": " << hr;
             EXPECT_EQ(live, g_liveComObjects) << n;
             after(hr);
-            if (!s_failed)
+            if (!CFailingAllocation::Failed())
             {
                 EXPECT_EQ(S_OK, hr);
                 EXPECT_GT(failures, 0);
@@ -224,7 +171,7 @@ TEST_F(AllocationTest, OfTheEnd)
              [&]
              {
                  manager.reset();
-                 return s_failed ? wmi::OutOfMemory : S_OK;
+                 return CFailingAllocation::Failed() ? wmi::OutOfMemory : S_OK;
              });
     ASSERT_EQ(S_OK, Start());
     EXPECT_EQ(1u, Results().size());
@@ -247,7 +194,7 @@ TEST_F(AllocationTest, OfTheEndWithSeveralResults)
         [&]
         {
             manager.reset();
-            return s_failed ? wmi::OutOfMemory : S_OK;
+            return CFailingAllocation::Failed() ? wmi::OutOfMemory : S_OK;
         },
         [&](HRESULT)
         {
@@ -279,7 +226,7 @@ TEST_F(AllocationTest, OfTheEndOfARunThatIsGoingOn)
     {
         const CFailingAllocation failing(1);
         manager.reset();
-        EXPECT_TRUE(s_failed);
+        EXPECT_TRUE(CFailingAllocation::Failed());
     }
     EXPECT_EQ(1, agent->Count(CFakeAgent::Method::StopTest));
     agent->EndRuns();

@@ -1,7 +1,7 @@
 #include "CDM/src/engine/StoreSession.h"
 #include "tests/support/CaseName.h"
+#include "tests/support/FaultStore.h"
 #include "tests/unit/engine/EngineFixture.h"
-#include "tests/unit/engine/FaultStore.h"
 
 #include <thread>
 

@@ -10,10 +10,10 @@
 #include "Common/src/VormArray.h"
 #include "Common/src/com/WmiStatus.h"
 #include "tests/support/FakeAgent.h"
+#include "tests/support/FakeRunEnvironment.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/TraceCapture.h"
-#include "tests/unit/engine/FakeRunEnvironment.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What becomes of stored results when storing fails, or ends, at any of its calls.
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/Owned.h"
-#include "tests/unit/engine/FaultStore.h"
+#include "tests/support/FaultStore.h"
 #include "tests/unit/engine/StoreFixture.h"
 
 #include <algorithm>

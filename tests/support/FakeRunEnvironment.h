@@ -32,6 +32,7 @@ class CFakeRunEnvironment : public IRunEnvironment
     void OnWait(std::function<void()> action) { m_onWait = std::move(action); }
     // The time-outs that the waits asked for.
     std::vector<DWORD> TimeOuts() const { return m_timeOuts; }
+    void ForgetTimeOuts() { m_timeOuts.clear(); }
 
     SYSTEMTIME LocalTime() override
     {

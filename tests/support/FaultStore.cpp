@@ -1,4 +1,4 @@
-#include "tests/unit/engine/FaultStore.h"
+#include "tests/support/FaultStore.h"
 
 #include "Common/src/com/ComObject.h"
 
