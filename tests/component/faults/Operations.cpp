@@ -129,6 +129,8 @@ std::vector<Operation> MakeOperations()
         Fetch("GetSettingForTest",
               AssociationPath(L"Tolva_DiagSettingForTest", L"Element", test, L"Setting", setting)),
         Method("RunOrdinary", L"1@A", L"RunTest"),
+        // Keys have no letter case, but the test and its adapter must agree.
+        Method("RunByOtherCase", L"2@a", L"RunTest"),
         SenderRun(),
         Stop("StopOrdinary", L"1@A"),
         Stop("StopSender", L"9@B"),

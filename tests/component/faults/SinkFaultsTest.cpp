@@ -33,6 +33,7 @@ const CSinkRow kRows[] = {
     {"GetResultForTest", 1, "CTolva_DiagResultTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>"},
     {"GetSettingForTest", 1, "CTolva_DiagSettingTestAssoc::GetObjectAsync::SendInstance failed, hr = <%x>"},
     {"RunOrdinary", 1},
+    {"RunByOtherCase", 1},
     {"RunSender", 1},
     {"StopOrdinary", 1},
     {"StopSender", 1},
