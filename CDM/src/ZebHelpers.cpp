@@ -60,11 +60,10 @@ const wchar_t* CComputerName::Get() noexcept
         CZebLock lock(m_lock);
         if (!m_name[0])
         {
-            char name[MAX_COMPUTERNAME_LENGTH + 1] = {};
-            DWORD size = sizeof(name);
-            if (m_ask(name, &size))
-                MultiByteToWideChar(CP_ACP, 0, name, -1, m_name, static_cast<int>(std::size(m_name)));
-            else
+            char name[MAX_COMPUTERNAME_LENGTH + 2] = {}; // ends in a NUL, whatever the answer
+            DWORD size = MAX_COMPUTERNAME_LENGTH + 1;
+            if (!m_ask(name, &size) ||
+                !MultiByteToWideChar(CP_ACP, 0, name, -1, m_name, static_cast<int>(std::size(m_name))))
             {
                 ZebDebug().Write("Get computer name failed with %d", GetLastError());
                 std::wcscpy(m_name, L"error");

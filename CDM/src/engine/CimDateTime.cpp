@@ -73,6 +73,8 @@ DWORD WINAPI ReadTimeZone(TIME_ZONE_INFORMATION* zone) noexcept
         }
     }
     const DWORD result = GetTimeZoneInformation(zone);
+    if (result == TIME_ZONE_ID_INVALID)
+        return result;
     const CWriteScope held(s_known.Lock);
     s_known.Known = true;
     s_known.ReadAt = now;

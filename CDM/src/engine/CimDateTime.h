@@ -8,8 +8,8 @@
 // How the time zone is asked for; tests put their own in.
 using TimeZoneReader = DWORD(WINAPI*)(TIME_ZONE_INFORMATION*);
 
-// GetTimeZoneInformation, with an answer that may be a second old: an enumeration asks for each of its times,
-// and the system takes longer over that than all else about an instance takes.
+// GetTimeZoneInformation, with a good answer that may be a second old: an enumeration asks for each of its
+// times, and the system takes longer over that than all else about an instance takes.
 DWORD WINAPI ReadTimeZone(TIME_ZONE_INFORMATION* zone) noexcept;
 
 // "yyyymmddHHMMSS.000000" and the zone's offset. False with a null text for a null time; false with `text`

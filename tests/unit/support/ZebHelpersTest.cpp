@@ -144,6 +144,24 @@ TEST(ComputerName, IsErrorWhereTheSystemWillNotTellAndIsNotAskedForAgain)
     EXPECT_EQ(2u, trace.Count("Computer name is error"));
 }
 
+BOOL WINAPI AnswerWithoutEnd(char* buffer, DWORD* size)
+{
+    ++g_asked;
+    memset(buffer, 'x', *size);
+    return TRUE;
+}
+
+TEST(ComputerName, IsErrorWhereTheAnswerCannotBeUsed)
+{
+    g_asked = 0;
+    CComputerName name(AnswerWithoutEnd);
+    const CTraceCapture trace;
+    EXPECT_STREQ(L"error", name.Get());
+    EXPECT_STREQ(L"error", name.Get());
+    EXPECT_EQ(1, g_asked);
+    EXPECT_EQ(1u, trace.Count("Get computer name failed with 122"));
+}
+
 TEST(ComputerName, ConcurrentFirstCallersAskOnce)
 {
     g_asked = 0;
