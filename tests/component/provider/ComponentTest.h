@@ -22,6 +22,8 @@ class ComponentTest : public testing::Test
         m_host.Agent->AddAdapter(L"A", {1, 2});
         m_host.Agent->AddAdapter(L"B", {1, 9});
     }
+    // With an agent of the test's own.
+    ComponentTest(IUnknown* agent, const CEngineSeams& seams) : m_host(agent, seams) {}
 
     void Start() { ASSERT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED); }
     // As after an end of the process and its next start.
