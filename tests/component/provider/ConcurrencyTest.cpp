@@ -5,12 +5,10 @@
 #include "Common/src/com/Text.h"
 #include "tests/component/provider/ComponentTest.h"
 #include "tests/component/provider/StressAgent.h"
+#include "tests/support/Answers.h"
 #include "tests/support/TraceMarks.h"
 
-#include <atomic>
 #include <gmock/gmock.h>
-#include <mutex>
-#include <set>
 #include <thread>
 
 namespace
@@ -66,30 +64,6 @@ struct CStressWorld
     CHurriedEnvironment m_environment;
 };
 
-// What each operation has answered, told by many threads.
-class CAnswers
-{
-  public:
-    void Add(const char* operation, std::optional<HRESULT> status)
-    {
-        const std::lock_guard lock(m_mutex);
-        // No status at all is no answer that any of them can have.
-        m_answers[operation].insert(status.value_or(E_PENDING));
-    }
-    void AddFault(const std::string& what)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_faults.insert(what);
-    }
-    std::map<std::string, std::set<HRESULT>> All() const { return m_answers; }
-    std::set<std::string> Faults() const { return m_faults; }
-
-  private:
-    std::mutex m_mutex;
-    std::map<std::string, std::set<HRESULT>> m_answers;
-    std::set<std::string> m_faults;
-};
-
 class ConcurrencyTest : private CStressWorld, public ComponentTest
 {
   public:
@@ -101,6 +75,11 @@ class ConcurrencyTest : private CStressWorld, public ComponentTest
     }
 
     std::span<CStressTest> Tests() { return m_tests; }
+    // No status at all is no answer that any of them can have.
+    void Note(const char* operation, const CAnswer& answer)
+    {
+        m_answers.Add(operation, answer.Status.value_or(E_PENDING));
+    }
     static const CRow& RowOf(int number) { return kRows[static_cast<size_t>(number) % std::size(kRows)]; }
     static std::wstring AdapterOf(const CRow& row) { return AdapterPath(wcschr(row.key, L'@') + 1); }
 
@@ -111,23 +90,21 @@ class ConcurrencyTest : private CStressWorld, public ComponentTest
         if (round % 2)
             in[L"Setting"] = SettingPath(row.key);
         const CAnswer answer = Invoke(TestPath(row.key), L"RunTest", in);
-        m_answers.Add("RunTest", answer.Status);
+        Note("RunTest", answer);
         if (answer.Objects.size() != 1)
             m_answers.AddFault("a run without out-parameters");
     }
     void Stop(int round)
     {
         const CRow& row = RowOf(round);
-        m_answers.Add(
-            "DiscontinueTest",
-            Invoke(TestPath(row.key), L"DiscontinueTest", {{L"SystemElement", AdapterOf(row)}}).Status);
+        Note("DiscontinueTest",
+             Invoke(TestPath(row.key), L"DiscontinueTest", {{L"SystemElement", AdapterOf(row)}}));
     }
     void Clear(int round)
     {
         const CRow& row = RowOf(round);
-        m_answers.Add(
-            "ClearResults",
-            Invoke(TestPath(row.key), L"ClearResults", {{L"SystemElement", AdapterOf(row)}}).Status);
+        Note("ClearResults",
+             Invoke(TestPath(row.key), L"ClearResults", {{L"SystemElement", AdapterOf(row)}}));
     }
     void Write(int round)
     {
@@ -140,7 +117,7 @@ class ConcurrencyTest : private CStressWorld, public ComponentTest
             put(name, CVariant::FromBool(round % 2 == 0));
         put(L"TestWarningLevel", CVariant::FromLong(round));
         put(L"PercentOfTestCoverage", CVariant::FromByte(static_cast<BYTE>(50 + round % 50)));
-        m_answers.Add("Put", Put(setting).Status);
+        Note("Put", Put(setting));
     }
     void List(int)
     {
@@ -148,30 +125,28 @@ class ConcurrencyTest : private CStressWorld, public ComponentTest
              {L"Tolva_DiagTest", L"Tolva_DiagSetting", L"Tolva_DiagTestForMSE", L"Tolva_DiagSettingForTest"})
         {
             const CAnswer answer = Enumerate(className);
-            m_answers.Add("EnumerateFixed", answer.Status);
+            Note("EnumerateFixed", answer);
             if (answer.Objects.size() != std::size(kRows))
                 m_answers.AddFault("an enumeration that lacks a test");
         }
         for (const wchar_t* className : {L"Tolva_DiagResultForMSE", L"Tolva_DiagResultForTest"})
-            m_answers.Add("EnumerateResultAssociations", Enumerate(className).Status);
+            Note("EnumerateResultAssociations", Enumerate(className));
         const CAnswer results = Enumerate(L"Tolva_DiagResult");
-        m_answers.Add("EnumerateResults", results.Status);
+        Note("EnumerateResults", results);
         for (const Instance& result : results.Objects)
             Look(result);
     }
     void Fetch(int round)
     {
         const CRow& row = RowOf(round);
-        m_answers.Add("GetTest", Get(TestPath(row.key)).Status);
-        m_answers.Add("GetSetting", Get(SettingPath(row.key)).Status);
+        Note("GetTest", Get(TestPath(row.key)));
+        Note("GetSetting", Get(SettingPath(row.key)));
         const CAnswer result = Get(ResultPath(row.key));
-        m_answers.Add("GetResult", result.Status);
+        Note("GetResult", result);
         for (const Instance& object : result.Objects)
             Look(object);
-        m_answers.Add("GetResultAssociation",
-                      Get(L"Tolva_DiagResultForMSE.Result=" + Quoted(ResultPath(row.key)) +
-                          L",SystemElement=" + Quoted(AdapterOf(row)))
-                          .Status);
+        Note("GetResultAssociation", Get(L"Tolva_DiagResultForMSE.Result=" + Quoted(ResultPath(row.key)) +
+                                         L",SystemElement=" + Quoted(AdapterOf(row))));
     }
     // A result as a client finds it, whatever happens to it meanwhile.
     void Look(const Instance& result)

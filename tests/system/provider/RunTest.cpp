@@ -98,21 +98,6 @@ TEST(Stop, SecondRunOfARunningTestIsBusy)
     EXPECT_EQ(2u, run.Finish().ExitCode);
 }
 
-TEST(Stop, RunOfAVanishedClientEndsAndItsResultIsStored)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    ShortPolls(machine);
-    machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 3);
-    {
-        CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
-        ASSERT_TRUE(run.WaitForOutput("%"));
-        KillProcess(run.Id());
-    }
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-    EXPECT_EQ("passed", StateOf(ZebdiagJson(L"results"), "9@ALPHA"));
-}
-
 TEST(Kill, ProviderKilledDuringARunKeepsWhatWasStoredBefore)
 {
     const CProviderMachine machine;
