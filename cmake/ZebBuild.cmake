@@ -12,9 +12,11 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_SHARED_LIBRARY_PREFIX "")
 
-# Tests run under Wine in the build folder's own prefix.
-set(ZEB_WINE_PREFIX "${CMAKE_BINARY_DIR}/prefix")
-set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_SOURCE_DIR}/scripts/wine-run;${ZEB_WINE_PREFIX}")
+# Tests run under Wine, in prefixes of the build folder's own: those of the registered product where that is
+# registered, all others beside them in a prefix where nothing is.
+set(ZEB_WINE_RUN "${CMAKE_SOURCE_DIR}/scripts/wine-run")
+set(ZEB_PRODUCT_PREFIX "${CMAKE_BINARY_DIR}/prefix")
+set(CMAKE_CROSSCOMPILING_EMULATOR "${ZEB_WINE_RUN};${CMAKE_BINARY_DIR}/prefix-tests")
 
 find_program(ZEB_CCACHE ccache)
 if(ZEB_CCACHE)
@@ -53,17 +55,24 @@ function(zeb_library name)
   target_precompile_headers(${name} REUSE_FROM zeb_precompiled)
 endfunction()
 
-# zeb_test(name SOURCES a.cpp ... [LIBS b ...] [LABELS l ...]): a GoogleTest program, run by ctest
-# as one test.
+# zeb_test(name SOURCES a.cpp ... [LIBS b ...] [LABELS l ...] [REGISTERED]): a GoogleTest program, run by ctest
+# as one test. REGISTERED: it needs the product's registration; one such program runs at a time.
 function(zeb_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "REGISTERED" "" "SOURCES;LIBS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} zeb_test_support gmock zeb_warnings)
   target_precompile_headers(${name} REUSE_FROM zeb_test_precompiled)
   # The tests' own code is compiled for speed of compilation.
   target_compile_options(${name} PRIVATE -O0)
-  add_test(NAME ${name} COMMAND ${name})
+  set(command ${name})
+  if(ARG_REGISTERED)
+    set(command "${ZEB_WINE_RUN}" "${ZEB_PRODUCT_PREFIX}" $<TARGET_FILE:${name}>)
+  endif()
+  add_test(NAME ${name} COMMAND ${command})
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 240)
+  if(ARG_REGISTERED)
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK product_prefix)
+  endif()
 endfunction()
 
 # Header-only libraries of the build machine: CLI11 (command lines), nlohmann-json (JSON), PEGTL (parsing).
