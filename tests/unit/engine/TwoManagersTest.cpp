@@ -1,7 +1,7 @@
 // Two managers of one process on one store file: the management service may make a new provider object while
 // the old one still writes its results.
-#include "tests/unit/engine/EngineFixture.h"
 #include "tests/support/FaultStore.h"
+#include "tests/unit/engine/EngineFixture.h"
 
 #include <optional>
 #include <thread>
