@@ -26,7 +26,8 @@ CDiagTest::CDiagTest(BSTR key, const VormTestDescriptor& descriptor)
     m_characteristics.push_back(kCharacteristicOfPairedTest);
     // One name means one event: every sender/responder test of the session shares it, and where it exists
     // already it is opened as it stands. A stop signal that comes while two of them run ends whichever run
-    // sees it first (or both), and a signal that no run has taken ends the next run at its first wait.
+    // sees it first (or both). One that no run has taken ends the next run at its first wait, unless it came
+    // before the last run had ended.
     m_event.Reset(CreateEventW(nullptr, TRUE, FALSE, L"SenderResponderEvent"));
     if (!m_event)
         ZebDebug().Write("CDiagTest::CDiagTest:CreateEvent failed.");
