@@ -22,13 +22,13 @@ class CTraceFile
         DeleteFileA(m_path.c_str());
     }
     // Also again after a test that closed the trace.
-    void Open() const
+    void Open(long level = 2) const
     {
-        if (ZebDebug().Level() == 2)
+        if (ZebDebug().Level() >= 2)
             return;
         // An empty registry: the machine's own settings would move the file.
         const CRegistryScope registry;
-        if (ZebDebug().Configure("test", m_path.c_str(), 2, 0, true, 0) != 0)
+        if (ZebDebug().Configure("test", m_path.c_str(), level, 0, true, 0) != 0)
             throw std::runtime_error("the trace of the test could not be opened: " + m_path);
     }
     ~CTraceFile()
@@ -73,6 +73,12 @@ CTraceCapture::CTraceCapture()
 {
     TraceFile().Open();
     m_start = TraceFile().Size();
+}
+
+void CTraceCapture::SetLevel(long level)
+{
+    ZebDebug().Close();
+    TraceFile().Open(level);
 }
 
 std::string CTraceCapture::Text() const

@@ -12,6 +12,10 @@ class CTraceCapture
   public:
     CTraceCapture();
 
+    // From level 3 on everything is written but the dumps of objects, which cost the most. 2 is what the
+    // trace is opened with.
+    static void SetLevel(long level);
+
     // As it stands in the file.
     std::string Text() const;
     // The messages, without the "[thread] time " in front of them but with their indentation.

@@ -213,6 +213,8 @@ TEST_P(AgentFaultsTest, TheResultTellsAndTheProviderServesOn)
 INSTANTIATE_TEST_SUITE_P(Operations, AgentFaultsTest, testing::ValuesIn(FaultFixture::Operations()),
                          [](const auto& info) { return info.param.name; });
 
+using AgentEndTest = FaultFixture;
+
 // Start-up: what the initialisation reports, and what the provider serves then.
 struct CStartRow
 {
@@ -323,4 +325,18 @@ INSTANTIATE_TEST_SUITE_P(Calls, AgentStartTest, testing::Combine(testing::Values
                              return std::string(std::get<0>(info.param).name) +
                                     (std::get<1>(info.param) ? "Throws" : "Fails");
                          });
+
+TEST_F(AgentEndTest, AgentThatThrowsWhileItIsReleasedCostsNoResult)
+{
+    StartWithStoredResults();
+    m_host.Agent->SetOutcomes(1, {E_FAIL});
+    EXPECT_EQ(RunTest(L"1@A").Status, S_OK);
+    const CTraceCapture trace;
+    m_host.Agent->ThrowWhenReleased();
+    m_host.Release();
+    EXPECT_TRUE(trace.Has("CDiagAgent::~CDiagAgent: the agent failed in Release"));
+    RestartClean();
+    EXPECT_EQ(Number(ResultOf(L"1@A"), L"TestState"), kFailed);
+    ExpectStoredResult();
+}
 } // namespace
