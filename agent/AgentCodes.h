@@ -17,10 +17,13 @@ constexpr HRESULT NoSuchAdapter = AgentCode(0x0301); // never listed, or gone si
 constexpr HRESULT NoSuchTest = AgentCode(0x0302);
 constexpr HRESULT AlreadyRunning = AgentCode(0x0303);
 constexpr HRESULT NotRunning = AgentCode(0x0304);
-constexpr HRESULT Stopped = AgentCode(0x0305);
 constexpr HRESULT NoStatistics = AgentCode(0x0306);
 constexpr HRESULT NotInitialized = AgentCode(0x0307);
 constexpr HRESULT FactsUnavailable = AgentCode(0x0308);
+
+// What a run of an ordinary test returns that StopTest has ended. It is the provider's own status, by which
+// alone the provider tells a stopped run from a failed one.
+constexpr HRESULT Stopped = AgentCode(0x2002);
 
 namespace link
 {

@@ -32,7 +32,7 @@ class CHostRun
     DWORD m_sampling;
 };
 
-// S_OK: passed. Every failure is a code of agent/AgentCodes.h.
+// S_OK: passed; vorl::Stopped: stopped before it was done. Every failure is a code of agent/AgentCodes.h.
 HRESULT RunLinkTest(const CHostRun& run);
 HRESULT RunSpeedTest(const CHostRun& run);
 HRESULT RunErrorsTest(const CHostRun& run);

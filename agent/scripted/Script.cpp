@@ -101,7 +101,7 @@ CScriptedTest ReadTest(const CScriptValue& value)
     CScriptedTest test;
     test.Descriptor.TestID = value.Member("TestID").Number();
     test.Descriptor.NameStringID = 3500 + (test.Descriptor.TestID & 15);
-    if (test.Descriptor.TestID == 9 || test.Descriptor.TestID == 10)
+    if (test.IsSenderResponder())
     {
         test.Duration.reset();
         test.GrowingStatistics = true;

@@ -43,6 +43,9 @@ struct CScriptedTest
     std::vector<VormTestStatistics> Statistics; // one per poll, the last one for all further polls
     bool GrowingStatistics = false;             // counters that grow with every poll instead
     CFaults Faults;
+
+    // To be stopped is how runs of these two tests end.
+    bool IsSenderResponder() const noexcept { return Descriptor.TestID == 9 || Descriptor.TestID == 10; }
 };
 
 struct CScriptedAdapter

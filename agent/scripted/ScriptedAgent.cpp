@@ -154,7 +154,7 @@ STDMETHODIMP CScriptedAgent::RunDiagTest(BSTR adapterKey, ULONG testId)
                            return vorl::AlreadyRunning;
                        const HRESULT outcome = play.BeginRun(*test);
                        const bool stopped = run->WaitForStop(test->Duration.value_or(INFINITE));
-                       return stopped && test->Duration ? vorl::Stopped : outcome;
+                       return stopped && !test->IsSenderResponder() ? vorl::Stopped : outcome;
                    });
 }
 

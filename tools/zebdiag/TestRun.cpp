@@ -208,7 +208,7 @@ class CTestRun
                 outcome.Message = L"The test had ended before it could be stopped.";
             break;
         case TestState::Failed:
-            // An ordinary test that is aborted ends as failed, with the abortion as its reason.
+            // Agents that have no word for it let a stopped run end as failed, with the stop as its reason.
             outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::Failed;
             break;
         case TestState::Stopped:

@@ -85,10 +85,13 @@ HRESULT RunAndStop(CScriptedAgent& agent, ULONG testId)
     return run.get();
 }
 
-TEST(ScriptedAgent, StoppedRunOfAnOrdinaryTestHasItsCode)
+// The status is the one that the provider takes for a stopped run.
+TEST(ScriptedAgent, StoppedRunOfAnOrdinaryTestEndsAsStopped)
 {
-    const auto agent = StartedAgent(WithTests(R"({"TestID": 1, "Duration": 4000000000})"));
-    EXPECT_EQ(vorl::Stopped, RunAndStop(*agent, 1));
+    const auto agent = StartedAgent(WithTests(
+        R"({"TestID": 1, "Duration": 4000000000}, {"TestID": 2, "Duration": "until stopped", "Outcome": "0x80040321"})"));
+    EXPECT_EQ(static_cast<HRESULT>(0x80042002), RunAndStop(*agent, 1));
+    EXPECT_EQ(static_cast<HRESULT>(0x80042002), RunAndStop(*agent, 2));
     EXPECT_EQ(vorl::NotRunning, agent->StopTest(kKey.Get(), 1));
 }
 
