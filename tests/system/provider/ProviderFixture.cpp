@@ -6,12 +6,37 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
+namespace
+{
+constexpr char kCountsFile[] = "counts.json";
+} // namespace
+
 const char kScriptOfTwoAdapters[] = R"({
   "Adapters": [
     { "Key": "ALPHA", "Tests": [ { "TestID": 1 }, { "TestID": 2, "Outcome": "0x80040321" }, { "TestID": 9 } ] },
     { "Key": "BETA", "Tests": [ { "TestID": 1 }, { "TestID": 15 } ] }
   ]
 })";
+
+void SetCountedScript(const CProviderMachine& machine, const std::string& adapters)
+{
+    const nlohmann::json counts = NarrowText(machine.Folder()) + kCountsFile;
+    machine.SetScript("{ \"CountsFile\": " + counts.dump() + ", \"Adapters\": " + adapters + " }");
+}
+
+bool WaitForCalls(const CProviderMachine& machine, const char* test, const char* call, unsigned count)
+{
+    return machine.WaitForFile(WidenText(kCountsFile),
+                               [&](const std::string& text)
+                               {
+                                   const nlohmann::json counts = nlohmann::json::parse(text, nullptr, false);
+                                   if (counts.is_discarded())
+                                       return false; // not there yet
+                                   const nlohmann::json calls =
+                                       counts.at("Tests").value(test, nlohmann::json());
+                                   return calls.is_object() && calls.value(call, 0u) >= count;
+                               });
+}
 
 std::wstring ZebdiagCommand(const std::wstring& arguments)
 {
@@ -30,6 +55,14 @@ nlohmann::json ZebdiagJson(const std::wstring& arguments, DWORD expectedExitCode
     nlohmann::json document = nlohmann::json::parse(result.Output, nullptr, false);
     EXPECT_FALSE(document.is_discarded()) << result.Output;
     return document;
+}
+
+std::string StateOf(const nlohmann::json& results, const std::string& key)
+{
+    for (const auto& result : results.at("results"))
+        if (result.at("test").at("key") == key)
+            return result.at("state");
+    return "none";
 }
 
 std::vector<std::string> RunScript(const wchar_t* file, const std::wstring& arguments)
@@ -57,6 +90,35 @@ std::vector<std::string> TestKeys(const nlohmann::json& list)
             keys.push_back(test.at("key").get<std::string>());
     std::sort(keys.begin(), keys.end());
     return keys;
+}
+
+CResultTexts AllResults(const CWmiClient& client)
+{
+    CResultTexts results;
+    for (const auto& result : client.Instances(L"Tolva_DiagResult"))
+        results.emplace(PropertyText(result.Get(), L"DiagnosticName").value(),
+                        AllPropertyTexts(result.Get()));
+    return results;
+}
+
+void ShortPolls(const CProviderMachine& machine)
+{
+    machine.SetNumber(L"ZebDiag", L"CheckTime", 1);
+    machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 100);
+    machine.SetNumber(L"ZebDiag", L"MaxPktsRcvd", 1000000);
+}
+
+HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_t* method,
+                 ComPtr<IWbemClassObject>& out)
+{
+    return client.Exec(TestPath(key), method,
+                       {{L"SystemElement", AdapterPath(key.substr(key.find(L'@') + 1))}}, out);
+}
+
+HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_t* method)
+{
+    ComPtr<IWbemClassObject> out;
+    return CallTest(client, key, method, out);
 }
 
 std::wstring TestPath(const std::wstring& key)

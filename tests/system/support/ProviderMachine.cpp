@@ -10,6 +10,8 @@
 namespace
 {
 constexpr wchar_t kProductKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB";
+constexpr wchar_t kServiceKey[] = L"SOFTWARE\\WMI stand-in";
+constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
 
 // Every process that may serve a client of the provider.
 const wchar_t* const kServers[] = {L"WmiStandin.exe", L"Drevok.EXE", L"VorlProxy.exe"};
@@ -45,6 +47,13 @@ void RemoveFolder(const std::wstring& folder)
     RemoveDirectoryW(folder.c_str());
 }
 
+struct ChangesTraits
+{
+    using Type = HANDLE;
+    static Type Empty() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Close(Type h) noexcept { FindCloseChangeNotification(h); }
+};
+
 void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void* data, size_t size)
 {
     CRegKey key;
@@ -61,6 +70,7 @@ CProviderMachine::CProviderMachine(Agent agent) : m_folder(MakeTestFolder())
 {
     if (!WaitUntilAllEnded())
         throw std::runtime_error("a server of an earlier test still runs");
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     SetText(L"ZebDiag", L"InstalledDir", m_folder);
     SetText(L"ZebDiag", L"DebugFileName", m_folder + L"ZebDiagDbg.log");
@@ -72,6 +82,7 @@ CProviderMachine::~CProviderMachine()
 {
     // That they end by themselves is a test of its own; waiting for it here would cost each test ten seconds.
     KillServers({std::begin(kServers), std::end(kServers)});
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     RemoveFolder(m_folder);
 }
@@ -99,8 +110,16 @@ void CProviderMachine::SetBinary(const wchar_t* subkey, const wchar_t* name, con
 
 std::string CProviderMachine::ReadFileBytes(const std::wstring& name) const
 {
-    std::ifstream file((m_folder + name).c_str(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    // Whoever writes the file must not notice that it is being read.
+    const CFileHandle file(CreateFileW((m_folder + name).c_str(), GENERIC_READ,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::string bytes;
+    char buffer[65536];
+    DWORD size = 0;
+    while (file && ReadFile(file.Get(), buffer, sizeof buffer, &size, nullptr) && size > 0)
+        bytes.append(buffer, size);
+    return bytes;
 }
 
 void CProviderMachine::WriteFileBytes(const std::wstring& name, const std::string& bytes) const
@@ -114,6 +133,33 @@ void CProviderMachine::WriteFileBytes(const std::wstring& name, const std::strin
 bool CProviderMachine::HasFile(const std::wstring& name) const
 {
     return GetFileAttributesW((m_folder + name).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool CProviderMachine::WaitForFile(const std::wstring& name,
+                                   const std::function<bool(const std::string&)>& wanted) const
+{
+    constexpr ULONGLONG kLongest = 60000;
+    const COwned<ChangesTraits> changes(FindFirstChangeNotificationW(
+        m_folder.c_str(), FALSE,
+        FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_SIZE | FILE_NOTIFY_CHANGE_LAST_WRITE));
+    if (!changes)
+        throw std::runtime_error("the folder of a test cannot be watched");
+    const ULONGLONG end = GetTickCount64() + kLongest;
+    while (!wanted(ReadFileBytes(name)))
+    {
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end || WaitForSingleObject(changes.Get(), static_cast<DWORD>(end - now)) != WAIT_OBJECT_0)
+            return false;
+        FindNextChangeNotification(changes.Get());
+    }
+    return true;
+}
+
+void CProviderMachine::SetIdleTime(DWORD milliseconds) const
+{
+    if (RegSetKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime, REG_DWORD, &milliseconds,
+                        sizeof milliseconds) != ERROR_SUCCESS)
+        throw std::runtime_error("the idle time of the management service could not be set");
 }
 
 bool CProviderMachine::WaitUntilAllEnded() const

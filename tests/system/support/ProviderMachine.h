@@ -2,6 +2,7 @@
 // all files stand in a folder of the test's own, and at the end processes, keys and files are gone.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <windows.h>
 
@@ -34,6 +35,12 @@ class CProviderMachine
     std::string ReadFileBytes(const std::wstring& name) const;
     void WriteFileBytes(const std::wstring& name, const std::string& bytes) const;
     bool HasFile(const std::wstring& name) const;
+    // Waits until the bytes of a file of the folder are as wanted; false after a minute.
+    bool WaitForFile(const std::wstring& name, const std::function<bool(const std::string&)>& wanted) const;
+
+    // How long the management service holds on to the provider after the last request. For a service that is
+    // started from now on.
+    void SetIdleTime(DWORD milliseconds) const;
 
     // Waits until the provider, the management service and the agents have ended by themselves.
     bool WaitUntilAllEnded() const;

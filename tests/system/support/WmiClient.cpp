@@ -141,6 +141,18 @@ std::optional<std::wstring> PropertyText(IWbemClassObject* object, const wchar_t
     }
 }
 
+CPropertyTexts AllPropertyTexts(IWbemClassObject* object)
+{
+    CSafeArray names;
+    Check(object->GetNames(nullptr, WBEM_FLAG_ALWAYS | WBEM_FLAG_NONSYSTEM_ONLY, nullptr, names.Put()),
+          "GetNames");
+    CPropertyTexts texts;
+    const CSafeArrayView<BSTR> view(names.Get(), VT_BSTR);
+    for (const BSTR name : view.Items())
+        texts.emplace(name, PropertyText(object, name));
+    return texts;
+}
+
 std::vector<std::wstring> PropertyTexts(const std::vector<ComPtr<IWbemClassObject>>& objects,
                                         const wchar_t* name)
 {

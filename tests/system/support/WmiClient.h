@@ -5,6 +5,7 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComPtr.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,10 @@ class CWmiClient
 // A property as text: strings as they are, numbers in decimal, booleans as TRUE or FALSE, arrays joined by
 // commas; nothing for null. Throws where there is no such property.
 std::optional<std::wstring> PropertyText(IWbemClassObject* object, const wchar_t* name);
+
+// PropertyText of every property of the object's class, by name; the system's own are left out.
+using CPropertyTexts = std::map<std::wstring, std::optional<std::wstring>>;
+CPropertyTexts AllPropertyTexts(IWbemClassObject* object);
 
 // PropertyText of every object, sorted; null values are left out.
 std::vector<std::wstring> PropertyTexts(const std::vector<ComPtr<IWbemClassObject>>& objects,

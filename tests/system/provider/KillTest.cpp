@@ -1,0 +1,203 @@
+// Providers that are killed while they run tests and while they store results: what was stored before is
+// there when the next one starts.
+#include "tests/system/provider/ProviderFixture.h"
+
+#include "Common/src/com/Owned.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <optional>
+#include <thread>
+
+namespace
+{
+TEST(Kill, DuringARunKeepsWhatWasStoredBefore)
+{
+    const CProviderMachine machine;
+    machine.SetScript(kScriptOfTwoAdapters);
+    ShortPolls(machine);
+    Zebdiag(L"run --adapter BETA --test 1");
+    ASSERT_TRUE(machine.WaitUntilAllEnded());
+
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
+    ASSERT_TRUE(run.WaitForOutput("%"));
+    for (const DWORD provider : ProcessesOf(L"Drevok.EXE"))
+        KillProcess(provider);
+    const CRunResult killed = run.Finish();
+    EXPECT_EQ(3u, killed.ExitCode) << killed.Output;
+    KillServers({L"WmiStandin.exe"});
+
+    const nlohmann::json results = ZebdiagJson(L"results");
+    EXPECT_EQ("passed", StateOf(results, "1@BETA"));
+    EXPECT_EQ("none", StateOf(results, "9@ALPHA"));
+}
+
+constexpr wchar_t kProvider[] = L"Drevok.EXE";
+constexpr wchar_t kTrace[] = L"ZebDiagDbg.log";
+constexpr char kStoringBegins[] = "{ --> CDiagMgr::StoreResults";
+constexpr char kStoringEnds[] = "} <-- CDiagMgr::StoreResults";
+constexpr char kClearingBegins[] = "{ --> CDiagMgr::ClearResults";
+
+constexpr unsigned kTests = 30; // so many results that storing them takes some time
+
+std::wstring KeyOf(unsigned test)
+{
+    wchar_t key[20] = {};
+    _snwprintf(key, 19, L"%X@ALPHA", test + 16); // past the sender's and the responder's numbers
+    return key;
+}
+
+std::string ManyInstantTests()
+{
+    std::string tests;
+    for (unsigned test = 0; test < kTests; ++test)
+        tests += std::string(test == 0 ? "" : ", ") + "{ \"TestID\": " + std::to_string(test + 16) + " }";
+    return R"({ "Adapters": [ { "Key": "ALPHA", "Tests": [ )" + tests + " ] } ] }";
+}
+
+size_t CountOf(const std::string& text, const char* mark)
+{
+    size_t count = 0;
+    for (size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1))
+        ++count;
+    return count;
+}
+
+size_t MarksIn(const CProviderMachine& machine, const char* mark)
+{
+    return CountOf(machine.ReadFileBytes(kTrace), mark);
+}
+
+bool WaitForMarks(const CProviderMachine& machine, const char* mark, size_t count)
+{
+    return machine.WaitForFile(kTrace, [&](const std::string& text) { return CountOf(text, mark) >= count; });
+}
+
+ULONGLONG Microseconds()
+{
+    LARGE_INTEGER now, frequency;
+    QueryPerformanceCounter(&now);
+    QueryPerformanceFrequency(&frequency);
+    return static_cast<ULONGLONG>(now.QuadPart) * 1000000 / static_cast<ULONGLONG>(frequency.QuadPart);
+}
+
+// A machine whose management service lets an idle provider go at once, and with it store its results.
+class KilledWhileStoring : public testing::Test
+{
+  protected:
+    KilledWhileStoring()
+    {
+        m_machine.SetIdleTime(100);
+        m_machine.SetScript(ManyInstantTests());
+        m_client.emplace(); // starts the management service
+    }
+
+    void RunTests(unsigned first, unsigned count)
+    {
+        for (unsigned i = first; i < first + count; ++i)
+            EXPECT_EQ(S_OK, CallTest(*m_client, KeyOf(i % kTests), L"RunTest"));
+    }
+    CResultTexts Results() { return AllResults(*m_client); }
+
+    // Runs some tests and waits until the provider begins to store. Gives the results to be stored.
+    CResultTexts RunUntilStoringBegins(unsigned first, unsigned count)
+    {
+        RunTests(first, count);
+        const size_t before = MarksIn(m_machine, kStoringBegins);
+        CResultTexts results = Results();
+        EXPECT_TRUE(WaitForMarks(m_machine, kStoringBegins, before + 1));
+        return results;
+    }
+
+    const CProviderMachine m_machine;
+    std::optional<CWmiClient> m_client;
+};
+
+TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
+{
+    constexpr unsigned kKills = 10;
+    constexpr unsigned kRunsEach = 3;
+
+    CResultTexts stored = RunUntilStoringBegins(0, kTests);
+    const ULONGLONG begin = Microseconds();
+    ASSERT_EQ(kTests, stored.size());
+    ASSERT_TRUE(WaitForMarks(m_machine, kStoringEnds, 1));
+    const ULONGLONG length = Microseconds() - begin;
+
+    // From the first moment of storing to a little after the last, in equal steps.
+    unsigned interrupted = 0;
+    for (unsigned kill = 0; kill < kKills; ++kill)
+    {
+        const CResultTexts changed = RunUntilStoringBegins(kill * kRunsEach, kRunsEach);
+        const std::vector<DWORD> providers = ProcessesOf(kProvider);
+        ASSERT_EQ(1u, providers.size());
+        const CHandle provider(OpenProcess(SYNCHRONIZE, FALSE, providers[0]));
+        WaitForSingleObject(provider.Get(), static_cast<DWORD>(length * kill / (kKills - 2) / 1000));
+        KillServers({kProvider});
+        const std::string trace = m_machine.ReadFileBytes(kTrace); // of this provider alone
+        const bool whole = CountOf(trace, kStoringBegins) == CountOf(trace, kStoringEnds);
+        interrupted += !whole;
+
+        const CResultTexts after = Results();
+        EXPECT_EQ(stored.size(), after.size()) << "kill " << kill;
+        for (const auto& [key, properties] : after)
+            EXPECT_TRUE(properties == changed.at(key) || (!whole && properties == stored.at(key)))
+                << "kill " << kill;
+        stored = after;
+    }
+    std::cout << interrupted << " of " << kKills << " kills came while results were being stored\n";
+    EXPECT_GT(interrupted, 0u);
+}
+
+// A client that runs and clears one test in turn until it is told to end, whatever becomes of its calls.
+class CRunAndClearLoop
+{
+  public:
+    explicit CRunAndClearLoop(std::wstring key) : m_thread([this, key = std::move(key)] { Perform(key); }) {}
+    ~CRunAndClearLoop()
+    {
+        End();
+        m_thread.join();
+    }
+    void End() { m_ended = true; }
+
+  private:
+    void Perform(const std::wstring& key) const
+    {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        {
+            const CWmiClient client;
+            for (bool run = true; !m_ended; run = !run)
+                CallTest(client, key, run ? L"RunTest" : L"ClearResults");
+        }
+        CoUninitialize();
+    }
+
+    std::atomic<bool> m_ended{false};
+    std::thread m_thread;
+};
+
+TEST_F(KilledWhileStoring, OfAClearingCostsNoOtherResult)
+{
+    constexpr unsigned kKills = 4;
+
+    const CResultTexts stored = RunUntilStoringBegins(0, kTests);
+    ASSERT_TRUE(WaitForMarks(m_machine, kStoringEnds, 1));
+    for (unsigned kill = 0; kill < kKills; ++kill)
+    {
+        const size_t cleared = MarksIn(m_machine, kClearingBegins);
+        {
+            CRunAndClearLoop loop(KeyOf(0));
+            ASSERT_TRUE(WaitForMarks(m_machine, kClearingBegins, cleared + 1 + kill));
+            loop.End();
+            KillServers({kProvider});
+        }
+        CResultTexts after = Results();
+        after.erase(KeyOf(0));
+        EXPECT_EQ(kTests - 1, after.size()) << "kill " << kill;
+        for (const auto& [key, properties] : after)
+            EXPECT_TRUE(stored.at(key) == properties) << "kill " << kill;
+    }
+}
+} // namespace
