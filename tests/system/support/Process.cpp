@@ -1,5 +1,6 @@
 #include "tests/system/support/Process.h"
 
+#include "Common/src/com/ComPtr.h"
 #include "Common/src/com/Text.h"
 
 #include <algorithm>
@@ -29,10 +30,16 @@ void RestartService(const wchar_t* name, const wchar_t* image)
     const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const CServiceHandle service(OpenServiceW(manager.Get(), name, SERVICE_STOP | SERVICE_START));
     SERVICE_STATUS status = {};
-    if (!service || !ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) ||
-        !WaitForNoProcess(image) ||
+    const bool stopped = service && (ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) ||
+                                     GetLastError() == ERROR_SERVICE_NOT_ACTIVE);
+    if (!stopped || !WaitForNoProcess(image) ||
         (!StartServiceW(service.Get(), 0, nullptr) && GetLastError() != ERROR_SERVICE_ALREADY_RUNNING))
         throw std::runtime_error("COM's own service could not be restarted");
+}
+
+void RestartComService()
+{
+    RestartService(L"RpcSs", L"rpcss.exe");
 }
 
 CPipe MakeOutputPipe()
@@ -170,5 +177,19 @@ void KillServers(const std::vector<std::wstring>& images)
             killed = true;
         }
     if (killed)
-        RestartService(L"RpcSs", L"rpcss.exe");
+        RestartComService();
+}
+
+void BecomeFirstClientOfCom()
+{
+    static const bool done = []
+    {
+        RestartComService();
+        // Nobody serves this class; the question alone brings the number.
+        ComPtr<IUnknown> nobody;
+        CoGetClassObject(GUID{}, CLSCTX_LOCAL_SERVER, nullptr, IID_IUnknown, nobody.PutVoid());
+        RestartComService();
+        return true;
+    }();
+    static_cast<void>(done);
 }

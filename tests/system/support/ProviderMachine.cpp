@@ -70,6 +70,7 @@ CProviderMachine::CProviderMachine(Agent agent) : m_folder(MakeTestFolder())
 {
     if (!WaitUntilAllEnded())
         throw std::runtime_error("a server of an earlier test still runs");
+    BecomeFirstClientOfCom();
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     SetText(L"ZebDiag", L"InstalledDir", m_folder);
