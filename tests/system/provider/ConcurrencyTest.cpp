@@ -37,7 +37,7 @@ struct CRow
 };
 
 const CRow kOrdinary[] = {
-    {L"1@ALPHA", L"ALPHA", {L"2"}}, {L"2@ALPHA", L"ALPHA", {L"3"}}, {L"3@ALPHA", L"ALPHA", {L"2", L"3"}},
+    {L"1@ALPHA", L"ALPHA", {L"2"}}, {L"2@ALPHA", L"ALPHA", {L"3"}}, {L"3@ALPHA", L"ALPHA", {L"2", L"5"}},
     {L"1@BETA", L"BETA", {L"2"}},   {L"F@BETA", L"BETA", {L"2"}},
 };
 const CRow kSender = {L"9@ALPHA", L"ALPHA", {L"2", L"5"}};
