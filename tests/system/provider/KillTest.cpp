@@ -39,7 +39,7 @@ constexpr char kStoringBegins[] = "{ --> CDiagMgr::StoreResults";
 constexpr char kStoringEnds[] = "} <-- CDiagMgr::StoreResults";
 constexpr char kClearingBegins[] = "{ --> CDiagMgr::ClearResults";
 
-constexpr unsigned kTests = 30; // so many results that storing them takes some time
+constexpr unsigned kTests = 50; // so many results that storing them takes some time
 
 std::wstring KeyOf(unsigned test)
 {
@@ -100,10 +100,13 @@ class KilledWhileStoring : public testing::Test
     }
     CResultTexts Results() { return AllResults(*m_client); }
 
-    // Runs some tests and waits until the provider begins to store. Gives the results to be stored.
+    // Runs some tests and waits until the provider, which is then m_provider, begins to store. Gives the
+    // results to be stored.
     CResultTexts RunUntilStoringBegins(unsigned first, unsigned count)
     {
         RunTests(first, count);
+        for (const DWORD id : ProcessesOf(kProvider))
+            m_provider.Reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, id));
         const size_t before = MarksIn(m_machine, kStoringBegins);
         CResultTexts results = Results();
         EXPECT_TRUE(WaitForMarks(m_machine, kStoringBegins, before + 1));
@@ -112,11 +115,12 @@ class KilledWhileStoring : public testing::Test
 
     const CProviderMachine m_machine;
     std::optional<CWmiClient> m_client;
+    CHandle m_provider;
 };
 
 TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
 {
-    constexpr unsigned kKills = 10;
+    constexpr unsigned kKills = 9;
     constexpr unsigned kRunsEach = 3;
 
     CResultTexts stored = RunUntilStoringBegins(0, kTests);
@@ -125,19 +129,21 @@ TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
     ASSERT_TRUE(WaitForMarks(m_machine, kStoringEnds, 1));
     const ULONGLONG length = Microseconds() - begin;
 
-    // From the first moment of storing to a little after the last, in equal steps.
+    // Later and later, and earlier again once the file had been replaced: the kills gather about that moment.
+    ULONGLONG delay = 0;
     unsigned interrupted = 0;
     for (unsigned kill = 0; kill < kKills; ++kill)
     {
         const CResultTexts changed = RunUntilStoringBegins(kill * kRunsEach, kRunsEach);
-        const std::vector<DWORD> providers = ProcessesOf(kProvider);
-        ASSERT_EQ(1u, providers.size());
-        const CHandle provider(OpenProcess(SYNCHRONIZE, FALSE, providers[0]));
-        WaitForSingleObject(provider.Get(), static_cast<DWORD>(length * kill / (kKills - 2) / 1000));
-        KillServers({kProvider});
+        for (const ULONGLONG seen = Microseconds(); Microseconds() - seen < delay;)
+            YieldProcessor();
+        TerminateProcess(m_provider.Get(), 9);
+        WaitForSingleObject(m_provider.Get(), INFINITE);
+        RestartComService();
         const std::string trace = m_machine.ReadFileBytes(kTrace); // of this provider alone
         const bool whole = CountOf(trace, kStoringBegins) == CountOf(trace, kStoringEnds);
         interrupted += !whole;
+        delay = whole ? delay / 2 : delay + length / 8;
 
         const CResultTexts after = Results();
         EXPECT_EQ(stored.size(), after.size()) << "kill " << kill;

@@ -123,7 +123,7 @@ TEST(StoredResults, OfEveryStateReadTheSameAfterARestart)
         machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 100);
         RunAndStop(machine, client, L"run --adapter ALPHA --test 3", "3@ALPHA", kStopped);
         RunAndStop(machine, client, L"run --adapter ALPHA --test A", "A@ALPHA", kResponderStopped);
-        RunUntilTerminated(machine, client); // leaves a stop signal behind, so it comes last
+        RunUntilTerminated(machine, client);
 
         before = AllResults(client);
         EXPECT_EQ(std::size(kAll), before.size());

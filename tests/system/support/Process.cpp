@@ -37,11 +37,6 @@ void RestartService(const wchar_t* name, const wchar_t* image)
         throw std::runtime_error("COM's own service could not be restarted");
 }
 
-void RestartComService()
-{
-    RestartService(L"RpcSs", L"rpcss.exe");
-}
-
 CPipe MakeOutputPipe()
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -165,6 +160,11 @@ void KillProcess(DWORD id)
     const CHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
     if (process && TerminateProcess(process.Get(), 9))
         WaitForSingleObject(process.Get(), kLongest);
+}
+
+void RestartComService()
+{
+    RestartService(L"RpcSs", L"rpcss.exe");
 }
 
 void KillServers(const std::vector<std::wstring>& images)

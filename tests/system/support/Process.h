@@ -59,12 +59,14 @@ bool WaitForNoProcess(const std::wstring& image);
 // Ends a process at once, without any clean-up in it. For a COM server, KillServers is needed.
 void KillProcess(DWORD id);
 
+// Makes COM forget who serves: Wine's service for it would go on sending clients to servers that were killed.
+void RestartComService();
+
 // For a test program that will kill servers and is a client of COM itself; to be called before it is, while
 // nothing that uses COM runs. Wine's service for COM numbers its clients. A client that outlives the service
 // comes back with its old number, and is turned away for as long as the new service has not given out so
 // many: only the first number can be relied on.
 void BecomeFirstClientOfCom();
 
-// Ends all processes of an image at once and makes COM forget that they served: Wine's service control
-// manager for COM would go on sending clients to them, and is restarted.
+// Ends all processes of an image at once and makes COM forget that they served.
 void KillServers(const std::vector<std::wstring>& images);
