@@ -13,8 +13,8 @@ struct CServiceConnection
     SharedHandle Process;           // the service process, to notice its end; may be null
 };
 
-// Has COM start the service process where none runs, and opens a namespace there. A service that ends just
-// then is started anew. The namespace has the form root\cimv2, the locale the form MS_409.
+// Starts the service process where none runs, and opens a namespace there. A service that ends just then is
+// started anew. The namespace has the form root\cimv2, the locale the form MS_409.
 HRESULT ConnectService(const std::wstring& nameSpace, const std::wstring& locale,
                        CServiceConnection& connection);
 } // namespace standin

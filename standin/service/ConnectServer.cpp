@@ -17,7 +17,7 @@ std::wstring Text(BSTR text)
 class CConnectServer : public CComObject<IWmiStandin>
 {
   public:
-    explicit CConnectServer(CService& service) : m_service(service), m_use(service.Life()) {}
+    explicit CConnectServer(CService& service) noexcept : m_service(service) {}
 
     STDMETHODIMP Connect(BSTR nameSpace, BSTR locale, ULONG clientProcess, ULONG* serviceProcess, REFIID riid,
                          IUnknown** connection) override
@@ -25,6 +25,7 @@ class CConnectServer : public CComObject<IWmiStandin>
         return AtComBoundary(
             [&]() -> HRESULT
             {
+                const CServiceLife::CUse use(m_service.Life());
                 if (!serviceProcess || !connection)
                     return E_POINTER;
                 *serviceProcess = GetCurrentProcessId();
@@ -43,36 +44,12 @@ class CConnectServer : public CComObject<IWmiStandin>
 
   private:
     CService& m_service;
-    const CServiceLife::CUse m_use;
 };
 
-class CServiceFactory : public CComObject<IClassFactory>
-{
-  public:
-    explicit CServiceFactory(CService& service) noexcept : m_service(service) {}
-
-    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** out) override
-    {
-        return AtComBoundary(
-            [&]() -> HRESULT
-            {
-                if (!out)
-                    return E_POINTER;
-                *out = nullptr;
-                if (outer)
-                    return CLASS_E_NOAGGREGATION;
-                return MakeCom<CConnectServer>(m_service)->QueryInterface(riid, out);
-            });
-    }
-    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
-
-  private:
-    CService& m_service;
-};
 } // namespace
 
-ComPtr<IClassFactory> MakeServiceFactory(CService& service)
+ComPtr<IWmiStandin> MakeConnectServer(CService& service)
 {
-    return MakeCom<CServiceFactory>(service);
+    return MakeCom<CConnectServer>(service);
 }
 } // namespace standin

@@ -1,12 +1,13 @@
-// The class that clients' locators create in the service process, and its factory.
+// What clients' locators find in the service process.
 #pragma once
 
 #include "Common/src/com/ComObject.h"
+#include "standin/proxy/WmiStandin.h"
 
 namespace standin
 {
 class CService;
 
-// `service` outlives the class object and everything made by it.
-ComPtr<IClassFactory> MakeServiceFactory(CService& service);
+// `service` outlives the object and everything made by it.
+ComPtr<IWmiStandin> MakeConnectServer(CService& service);
 } // namespace standin

@@ -1,7 +1,7 @@
 // WmiStandin.exe: the service process of the WMI stand-in, and the commands that set it up.
+#include "standin/service/Activation.h"
 #include "standin/service/CompileMof.h"
 #include "standin/service/Serve.h"
-#include "standin/service/ServiceRegistration.h"
 #include "standin/service/Settings.h"
 
 #include "Common/src/com/Text.h"
@@ -33,14 +33,14 @@ struct SwitchRow
 };
 
 constexpr SwitchRow kSwitches[] = {
-    {L"Embedding", [](const Arguments&) { return standin::Serve(); }, "serve; this is how COM starts it"},
-    {L"RegServer", [](const Arguments&) { return standin::RegisterService() ? 0 : 1; }, "register with COM"},
-    {L"UnregServer",
-     [](const Arguments&) { return standin::UnregisterService() && standin::ForgetSettings() ? 0 : 1; },
-     "undo the registration and forget the MOF files"},
+    {L"serve", [](const Arguments&) { return standin::Serve(); }, "serve; this is how the locator starts it"},
+    {L"activate", standin::ActivateForAnother,
+     "CLASS INTERFACE NAME  start a local server for the process that serves"},
     {L"compile", [](const Arguments& files) { return standin::CompileMof(files); },
      "FILE ...  check MOF files and remember them for the repository"},
     {L"idle", SetIdleTime, "MILLISECONDS  how long to hold on to what nobody uses"},
+    {L"forget", [](const Arguments&) { return standin::ForgetSettings() ? 0 : 1; },
+     "forget the MOF files and the idle time"},
 };
 
 int ShowUsage()

@@ -5,9 +5,9 @@
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/Activation.h"
 #include "standin/locator/RemoteFailure.h"
 #include "standin/object/Objects.h"
+#include "standin/service/Activation.h"
 
 #include <wbemprov.h>
 

@@ -1,92 +1,12 @@
 #include "tests/system/standin/StandinFixture.h"
 
-#include "tests/system/standin/TestProviderIds.h"
-#include "tests/system/support/Process.h"
-
 namespace
 {
-constexpr wchar_t kSettings[] = L"SOFTWARE\\WMI stand-in";
-
-std::wstring Quoted(const std::wstring& path)
-{
-    return L"\"" + path + L"\"";
-}
-
-void RunOrFail(const std::wstring& commandLine)
-{
-    const CRunResult result = RunProgram(commandLine);
-    ASSERT_EQ(0u, result.ExitCode) << result.Output;
-}
-
-std::wstring ServerKey(const CLSID& clsid)
-{
-    wchar_t text[40] = {};
-    StringFromGUID2(clsid, text, 40);
-    return std::wstring(L"SOFTWARE\\Classes\\CLSID\\") + text;
-}
-
-void RegisterProvider(const CLSID& clsid)
-{
-    const std::wstring server = Quoted(BinFolder() + L"StandinTestProvider.exe");
-    CRegKey key;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, (ServerKey(clsid) + L"\\LocalServer32").c_str(), 0, nullptr, 0,
-                    KEY_ALL_ACCESS, nullptr, key.Put(), nullptr);
-    RegSetValueExW(key.Get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(server.c_str()),
-                   static_cast<DWORD>((server.size() + 1) * sizeof(wchar_t)));
-}
-
-// The service's settings as they were before this program, to be put back after it.
-std::vector<BYTE> g_mofFiles;
-
-std::vector<BYTE> ReadMofFiles()
-{
-    DWORD size = 0;
-    RegGetValueW(HKEY_LOCAL_MACHINE, kSettings, L"MofFiles", RRF_RT_REG_MULTI_SZ, nullptr, nullptr, &size);
-    std::vector<BYTE> files(size);
-    RegGetValueW(HKEY_LOCAL_MACHINE, kSettings, L"MofFiles", RRF_RT_REG_MULTI_SZ, nullptr, files.data(),
-                 &size);
-    return files;
-}
-
-void RestoreSettings()
-{
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kSettings, L"IdleMilliseconds");
-    if (g_mofFiles.empty())
-        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kSettings, L"MofFiles");
-    else
-        RegSetKeyValueW(HKEY_LOCAL_MACHINE, kSettings, L"MofFiles", REG_MULTI_SZ, g_mofFiles.data(),
-                        static_cast<DWORD>(g_mofFiles.size()));
-}
-
 HANDLE NewEvent()
 {
     return CreateEventW(nullptr, TRUE, FALSE, nullptr);
 }
 } // namespace
-
-void CStandinTest::SetUpTestSuite()
-{
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    const std::wstring service = Quoted(BinFolder() + L"WmiStandin.exe");
-    g_mofFiles = ReadMofFiles();
-    RunOrFail(L"regsvr32.exe /s " + Quoted(BinFolder() + L"WmiStandin.dll"));
-    RunOrFail(service + L" /RegServer");
-    RunOrFail(service + L" /compile " + Quoted(BinFolder() + L"standin-test\\system.mof") + L" " +
-              Quoted(BinFolder() + L"standin-test\\StandinTest.mof"));
-    RunOrFail(service + L" /idle 300");
-    RegisterProvider(kTestProvider);
-    RegisterProvider(kBrokenProvider);
-}
-
-void CStandinTest::TearDownTestSuite()
-{
-    EXPECT_TRUE(WaitForNoProcess(L"WmiStandin.exe"));
-    EXPECT_TRUE(WaitForNoProcess(L"StandinTestProvider.exe"));
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ServerKey(kTestProvider).c_str());
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ServerKey(kBrokenProvider).c_str());
-    RestoreSettings();
-    CoUninitialize();
-}
 
 void CStandinTest::SetUp()
 {

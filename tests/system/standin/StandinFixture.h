@@ -1,5 +1,4 @@
-// The stand-in with the classes of StandinTest.mof, registered for the time of this program, and clients of
-// it.
+// Clients of the stand-in, which has the classes of StandinTest.mof for the time of this program.
 #pragma once
 
 #include "Common/src/com/Bstr.h"
@@ -17,9 +16,6 @@ using Objects = std::vector<ComPtr<IWbemClassObject>>;
 class CStandinTest : public testing::Test
 {
   protected:
-    static void SetUpTestSuite();
-    // Waits until service and provider have ended by themselves.
-    static void TearDownTestSuite();
     void SetUp() override;
     void TearDown() override;
 

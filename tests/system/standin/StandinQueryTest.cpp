@@ -33,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(
                     QueryCase{"TextNotEqual", ITEMS L"Name <> 'n2'", {L"n1", L"n3"}},
                     QueryCase{"TextGreater", ITEMS L"Name > 'n1'", {L"n2", L"n3"}},
                     QueryCase{"NumberLess", ITEMS L"Number<3", {L"n1", L"n2"}},
-                    QueryCase{"NumberInHex", ITEMS L"Number = 3", {L"n3"}},
+                    QueryCase{"NumberEqual", ITEMS L"Number = 3", {L"n3"}},
                     QueryCase{"LiteralFirst", ITEMS L"2 <= Number", {L"n2", L"n3"}},
                     QueryCase{"Big", ITEMS L"Big >= 10000000000", {L"n2", L"n3"}},
                     QueryCase{"Boolean", ITEMS L"Even = TRUE", {L"n2"}},

@@ -75,17 +75,17 @@ CRunningProgram::~CRunningProgram()
 
 // The end of the output is the end of the program: what the system started on the program's behalf, such as
 // its desktop, can inherit the pipe and hold it open for long.
-bool CRunningProgram::ReadMore()
+bool CRunningProgram::ReadMore(ULONGLONG deadline)
 {
     constexpr DWORD kBetweenLooks = 20;
     for (;;)
     {
+        if (GetTickCount64() > deadline)
+            throw std::runtime_error("a program did not end: " + m_text);
         const bool ended = WaitForSingleObject(m_process.Get(), 0) == WAIT_OBJECT_0;
         char buffer[4096];
         DWORD size = 0;
-        if (!PeekNamedPipe(m_output.Get(), nullptr, 0, nullptr, &size, nullptr))
-            return false;
-        if (size > 0 &&
+        if (PeekNamedPipe(m_output.Get(), nullptr, 0, nullptr, &size, nullptr) && size > 0 &&
             ReadFile(m_output.Get(), buffer, std::min<DWORD>(size, sizeof buffer), &size, nullptr))
         {
             m_text.append(buffer, size);
@@ -99,20 +99,20 @@ bool CRunningProgram::ReadMore()
 
 bool CRunningProgram::WaitForOutput(const std::string& text)
 {
+    const ULONGLONG deadline = GetTickCount64() + kLongest;
     while (m_text.find(text) == std::string::npos)
-        if (!ReadMore())
+        if (!ReadMore(deadline))
             return false;
     return true;
 }
 
 CRunResult CRunningProgram::Finish()
 {
-    while (ReadMore())
+    const ULONGLONG deadline = GetTickCount64() + kLongest;
+    while (ReadMore(deadline))
     {
     }
     CRunResult result;
-    if (WaitForSingleObject(m_process.Get(), kLongest) != WAIT_OBJECT_0)
-        throw std::runtime_error("a program did not end: " + m_text);
     GetExitCodeProcess(m_process.Get(), &result.ExitCode);
     result.Output = std::move(m_text);
     return result;

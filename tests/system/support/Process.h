@@ -23,7 +23,8 @@ enum class Errors
 // throws where it runs longer than two minutes, which no program of a test does.
 CRunResult RunProgram(const std::wstring& commandLine, Errors errors = Errors::WithOutput);
 
-// A program that runs beside the test. Ended by the destructor where it still runs.
+// A program that runs beside the test. Ended by the destructor where it still runs. Waiting for longer than
+// two minutes throws std::runtime_error.
 class CRunningProgram
 {
   public:
@@ -39,7 +40,7 @@ class CRunningProgram
     bool WaitForOutput(const std::string& text);
 
   private:
-    bool ReadMore();
+    bool ReadMore(ULONGLONG deadline);
 
     CHandle m_process;
     CHandle m_output;

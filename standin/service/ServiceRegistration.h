@@ -1,8 +1,0 @@
-// The service process's own COM registration.
-#pragma once
-
-namespace standin
-{
-bool RegisterService();
-bool UnregisterService();
-} // namespace standin
