@@ -77,6 +77,6 @@ HRESULT ConnectService(const std::wstring& nameSpace, const std::wstring& locale
         if (SUCCEEDED(hr))
             hr = ConnectOnce(nameSpaceText, localeText, connection);
     }
-    return hr;
+    return IsServerGone(hr) ? CO_E_SERVER_EXEC_FAILURE : hr;
 }
 } // namespace standin

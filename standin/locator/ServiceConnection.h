@@ -14,7 +14,8 @@ struct CServiceConnection
 };
 
 // Starts the service process where none runs, and opens a namespace there. A service that ends just then is
-// started anew. The namespace has the form root\cimv2, the locale the form MS_409.
+// started anew; CO_E_SERVER_EXEC_FAILURE where it cannot be. The namespace has the form root\cimv2, the
+// locale the form MS_409.
 HRESULT ConnectService(const std::wstring& nameSpace, const std::wstring& locale,
                        CServiceConnection& connection);
 } // namespace standin

@@ -2,6 +2,8 @@
 
 #include "Common/src/com/ComBoundary.h"
 
+#include <objbase.h>
+
 namespace standin
 {
 namespace
@@ -30,7 +32,7 @@ HRESULT StartServiceProgram(const std::wstring& arguments, CHandle& process) noe
             PROCESS_INFORMATION started = {};
             if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS,
                                 nullptr, nullptr, &start, &started))
-                return HRESULT_FROM_WIN32(GetLastError());
+                return CO_E_SERVER_EXEC_FAILURE; // as COM calls it
             CloseHandle(started.hThread);
             process.Reset(started.hProcess);
             return S_OK;

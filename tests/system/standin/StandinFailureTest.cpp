@@ -141,6 +141,33 @@ TEST_F(CStandinFailure, OfTheServiceIsSeenByAWaitingClient)
         KillProcess(id);
 }
 
+TEST_F(CStandinFailure, OfTheServiceEndsWithTheNextConnection)
+{
+    const std::vector<DWORD> before = ProcessesOf(L"WmiStandin.exe");
+    ASSERT_EQ(1u, before.size());
+    KillProcess(before[0]);
+    ComPtr<IWbemClassObject> item;
+    EXPECT_TRUE(FAILED(Get(L"StandinTest_Item.Name=\"n1\"", item)));
+    ASSERT_EQ(WBEM_S_NO_ERROR, Connect(L"root\\cimv2", nullptr, m_services));
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+}
+
+// COM's service forgets every server that runs, and who has met it cannot use the next one.
+TEST_F(CStandinFailure, OfTheComServiceGoesUnnoticed)
+{
+    for (int round = 0; round < 3; ++round)
+    {
+        ComPtr<IWbemClassObject> item;
+        ASSERT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+        const std::vector<DWORD> service = ProcessesOf(L"WmiStandin.exe");
+        KillServers({kProviderImage});
+        EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n2\"", item));
+        ComPtr<IWbemServices> another;
+        EXPECT_EQ(WBEM_S_NO_ERROR, Connect(L"root\\cimv2", nullptr, another));
+        EXPECT_EQ(service, ProcessesOf(L"WmiStandin.exe"));
+    }
+}
+
 TEST_F(CStandinFailure, OfASinkStopsItsCallAndNoOther)
 {
     const CHandle stopped = NamedEvent(kStoppedEvent);

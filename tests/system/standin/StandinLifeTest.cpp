@@ -1,5 +1,6 @@
 // Connections, several clients, and how processes come and go.
 #include "tests/support/CaseName.h"
+#include "tests/system/standin/SavedSetting.h"
 #include "tests/system/standin/StandinFixture.h"
 #include "tests/system/standin/TestProviderIds.h"
 #include "tests/system/support/Process.h"
@@ -185,5 +186,18 @@ TEST_F(CStandinLife, RefusesAMofFileWithAMistakeAndKeepsTheOthers)
     EXPECT_NE(std::string::npos, missing.Output.find("nowhere.mof")) << missing.Output;
     EXPECT_EQ(0u, RunProgram(service).ExitCode);
     DeleteFileW(path.c_str());
+}
+
+TEST_F(CStandinLife, ForgetsItsSettings)
+{
+    const CSavedSetting mofFiles(L"MofFiles");
+    const CSavedSetting idleTime(L"IdleMilliseconds");
+    const std::wstring forget = L"\"" + BinFolder() + L"WmiStandin.exe\" /forget";
+    EXPECT_EQ(0u, RunProgram(forget).ExitCode);
+    CRegKey key;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSettingsKey, 0, KEY_READ, key.Put()));
+    EXPECT_EQ(0u, RunProgram(forget).ExitCode);
+    mofFiles.PutBack();
+    idleTime.PutBack();
 }
 } // namespace

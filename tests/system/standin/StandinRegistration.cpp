@@ -1,6 +1,6 @@
 // Registers the stand-in, the classes of StandinTest.mof and their providers before the first test. After the
 // last one everything has ended by itself, and the other tests that share the registry find it as it was.
-#include "Common/src/com/Owned.h"
+#include "tests/system/standin/SavedSetting.h"
 #include "tests/system/standin/TestProviderIds.h"
 #include "tests/system/support/Process.h"
 
@@ -35,35 +35,6 @@ void RegisterProvider(const CLSID& clsid)
                               REG_SZ, server.c_str(),
                               static_cast<DWORD>((server.size() + 1) * sizeof(wchar_t))));
 }
-
-// A setting of the service as it was when this was made.
-class CSavedSetting
-{
-  public:
-    explicit CSavedSetting(const wchar_t* name) : m_name(name)
-    {
-        DWORD size = 0;
-        if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, m_name, RRF_RT_ANY, &m_type, nullptr, &size) !=
-            ERROR_SUCCESS)
-            return;
-        m_data.resize(size);
-        RegGetValueW(HKEY_LOCAL_MACHINE, kKey, m_name, RRF_RT_ANY, nullptr, m_data.data(), &size);
-    }
-    void PutBack() const
-    {
-        if (m_data.empty())
-            RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, m_name);
-        else
-            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, m_name, m_type, m_data.data(),
-                            static_cast<DWORD>(m_data.size()));
-    }
-
-  private:
-    static constexpr wchar_t kKey[] = L"SOFTWARE\\WMI stand-in";
-    const wchar_t* const m_name;
-    DWORD m_type = REG_NONE;
-    std::vector<BYTE> m_data;
-};
 
 class CStandinRegistration : public testing::Environment
 {
