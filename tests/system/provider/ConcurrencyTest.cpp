@@ -18,6 +18,7 @@ namespace
 constexpr int kRounds = 24;  // of every client that holds a connection
 constexpr int kPrograms = 3; // that every console client starts, one after the other
 
+constexpr DWORD kNotReachable = 6; // the exit code of a console that did not get through
 constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80042005); // the engine's own
 
 const char kScript[] = R"({
@@ -162,7 +163,12 @@ class Concurrency : public testing::Test
             [this, name, arguments]
             {
                 for (int i = 0; i < kPrograms; ++i)
-                    m_answers.Add(name, static_cast<HRESULT>(Zebdiag(arguments).ExitCode));
+                {
+                    const CRunResult program = Zebdiag(arguments);
+                    m_answers.Add(name, static_cast<HRESULT>(program.ExitCode));
+                    if (program.ExitCode >= kNotReachable)
+                        m_answers.AddFault(program.Output);
+                }
             });
     }
     void BeginThread(std::function<void()> work)
