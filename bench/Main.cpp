@@ -1,11 +1,13 @@
 // Measures what the provider costs on top of what the platform and the agent cost, as ratios of work done
 // side by side in one run. With letters as arguments, only those figures: Bench.exe a c
+#include "Common/src/com/StubHold.h"
 #include "bench/Figures.h"
+#include "bench/Must.h"
 
 #include <cstdio>
 #include <exception>
-#include <objbase.h>
 #include <string_view>
+#include <wbemprov.h>
 
 namespace
 {
@@ -36,6 +38,8 @@ int main(int count, char** arguments)
     int status = 0;
     try
     {
+        Must(HoldStubs({__uuidof(IWbemObjectSink), __uuidof(IWbemServices), __uuidof(IWbemProviderInitSink)}),
+             "holding the stubs of what the servers call back");
         std::printf("Cost of the provider against the bare minimum: medians of runs made in turns\n");
         CReport report;
         for (const CFigure& figure : kFigures)

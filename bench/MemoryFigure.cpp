@@ -26,8 +26,8 @@ class CRequestMix
         for (const CRunRequest& run : provider.Runs())
             run.Send(Services(), provider.Context(), *m_sink.Get());
         const CBstr key = MakeTestKey(1, provider.Runs().front().AdapterKey.Get());
-        for (const CBstr& path :
-             {CreateTestReference(key, true), CreateSettingReference(key), CreateResultReference(key)})
+        for (const CBstr& path : {CreateTestReference(key.View(), true), CreateSettingReference(key.View()),
+                                  CreateResultReference(key.View())})
             m_requests.push_back([this, path] { GetObject(path); });
         // One class in turn: an enumeration is ten calls back.
         m_requests.push_back([this] { Enumerate(CBstr(kServedClasses[m_made % kServedClasses.size()])); });

@@ -3,6 +3,7 @@
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
+#include "Common/src/com/StubHold.h"
 #include "bench/MinimalServerIds.h"
 #include "standin/service/UnsupportedServices.h"
 
@@ -20,7 +21,8 @@ CHandle& Ended()
 class CMinimalServices final : public standin::CUnsupportedServices
 {
   public:
-    // One more object of which every later enumeration consists.
+    // One more object of which every later enumeration consists. Keeping the sink keeps the connection to the
+    // client up from one request to the next, as the provider does with its name space.
     STDMETHODIMP PutInstanceAsync(IWbemClassObject* instance, LONG, IWbemContext*,
                                   IWbemObjectSink* sink) override
     {
@@ -28,6 +30,7 @@ class CMinimalServices final : public standin::CUnsupportedServices
             [&]
             {
                 m_objects.emplace_back(instance);
+                m_client = ComPtr<IUnknown>(sink);
                 return sink->SetStatus(WBEM_STATUS_COMPLETE, S_OK, nullptr, nullptr);
             });
     }
@@ -52,6 +55,7 @@ class CMinimalServices final : public standin::CUnsupportedServices
     ~CMinimalServices() override { SetEvent(Ended().Get()); }
 
     std::vector<ComPtr<IWbemClassObject>> m_objects; // its one client makes one call at a time
+    ComPtr<IUnknown> m_client;
 };
 
 class CFactory final : public CComObject<IClassFactory>
@@ -71,10 +75,11 @@ int main()
     // As the provider does: the calls of both carry the same security.
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE,
                          nullptr, EOAC_NONE, nullptr);
+    HoldActivationStubs();
     DWORD cookie = 0;
     const HRESULT hr = CoRegisterClassObject(kClsidMinimalServer, MakeCom<CFactory>().Get(),
                                              CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
-    // Whoever started the server asks for an object at once; a minute without its end means a lost client.
+    // Whoever started the server asks for an object at once; ten minutes without its end mean a lost client.
     constexpr DWORD kLongest = 600000;
     if (SUCCEEDED(hr))
         WaitForSingleObject(Ended().Get(), kLongest);

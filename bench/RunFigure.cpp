@@ -28,7 +28,7 @@ void MeasureOne(CReport& report, const char* name, CInProcessProvider& provider,
     if (setting == Setting::Own)
     {
         const CBstr key = MakeTestKey(testId, request.AdapterKey.Get());
-        CVariant reference = CVariant::FromBstr(CreateSettingReference(key).Detach());
+        CVariant reference = CVariant::FromBstr(CreateSettingReference(key.View()).Detach());
         Must(request.InParameters->Put(L"Setting", 0, &reference, 0), "Put");
     }
     const ComPtr<CCountingSink> sink = MakeCom<CCountingSink>();

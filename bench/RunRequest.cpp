@@ -25,8 +25,10 @@ std::vector<CRunRequest> RunRequests(size_t tests)
         CRunRequest request;
         request.AdapterKey = CBstr(CBenchAgent::AdapterKey(i / CBenchAgent::kTestsPerAdapter));
         request.TestID = static_cast<ULONG>(i % CBenchAgent::kTestsPerAdapter + 1);
-        request.Path = CreateTestReference(MakeTestKey(request.TestID, request.AdapterKey.Get()), true);
-        CVariant element = CVariant::FromBstr(CreateSysElemReference(request.AdapterKey, false).Detach());
+        request.Path =
+            CreateTestReference(MakeTestKey(request.TestID, request.AdapterKey.Get()).View(), true);
+        CVariant element =
+            CVariant::FromBstr(CreateSysElemReference(request.AdapterKey.View(), false).Detach());
         Must(signature->SpawnInstance(0, request.InParameters.Put()), "SpawnInstance");
         Must(request.InParameters->Put(L"SystemElement", 0, &element, 0), "Put");
         requests.push_back(std::move(request));

@@ -103,8 +103,9 @@ class CStoreComparison
         CResultData data;
         Must(manager.GetResultData(key.Get(), &data), "GetResultData");
         CStoredResult stored;
-        stored.Id = JoinKey(TestNumberText(request.TestID),
-                            AdapterIndexText(static_cast<ULONG>(index / CBenchAgent::kTestsPerAdapter)));
+        stored.Id =
+            JoinKey(TestNumberText(request.TestID).View(),
+                    AdapterIndexText(static_cast<ULONG>(index / CBenchAgent::kTestsPerAdapter)).View());
         stored.AdapterKey = request.AdapterKey;
         stored.Result =
             std::make_unique<CDiagResult>(key.Get(), data.DiagnosticNameStringID, data.SenderResponder != 0);
