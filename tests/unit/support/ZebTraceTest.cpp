@@ -37,6 +37,17 @@ TEST(FunctionTrace, WritesTheExitLineWhenAnExceptionPasses)
     EXPECT_EQ((Lines{" { --> CThrowing::Run", " } <-- CThrowing::Run"}), trace.Lines());
 }
 
+TEST(FunctionTrace, LeavesTheLastErrorAsItIs)
+{
+    SetLastError(ERROR_DISK_FULL);
+    {
+        const CZebTrace scope("CFailing::Run");
+        EXPECT_EQ(DWORD{ERROR_DISK_FULL}, GetLastError());
+        SetLastError(ERROR_BUSY);
+    }
+    EXPECT_EQ(DWORD{ERROR_BUSY}, GetLastError());
+}
+
 TEST(FunctionTrace, CountsTheDepthOfEachThreadByItself)
 {
     const CTraceCapture trace;
