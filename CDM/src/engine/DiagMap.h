@@ -1,6 +1,7 @@
 // The map from a key to an object that several requests share. Keys are matched in their folded form. A
-// reader gets a reference of its own on the object; an enumeration walks the map as it stood when it began,
-// while others add and remove.
+// reader gets a reference of its own on the object; an enumeration gives the keys as they were when it began,
+// while others add and remove. Maps change seldom and are asked often: the sorted list of their keys is kept
+// until the next change.
 #pragma once
 
 #include "CDM/src/engine/DiagKeys.h"
@@ -9,11 +10,15 @@
 #include "CDM/src/engine/SharedLock.h"
 #include "Common/src/VormArray.h"
 
+#include <algorithm>
 #include <atomic>
-#include <map>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 template <class T>
 class CDiagMap
@@ -34,7 +39,9 @@ class CDiagMap
     HRESULT AddObj(BSTR key, std::shared_ptr<T> object)
     {
         std::wstring folded = FoldKey(key);
+        KeyList outdated; // dies after the lock is given up
         const CWriteScope held(m_lock);
+        outdated.swap(m_keys);
         return Writable().emplace(std::move(folded), std::move(object)).second ? S_OK
                                                                                : engine::AlreadyPresent;
     }
@@ -51,8 +58,10 @@ class CDiagMap
     HRESULT RemoveObj(BSTR key)
     {
         const std::wstring folded = FoldKey(key);
-        std::shared_ptr<T> removed; // dies after the lock is given up
+        std::shared_ptr<T> removed; // these die after the lock is given up
+        KeyList outdated;
         const CWriteScope held(m_lock);
+        outdated.swap(m_keys);
         Objects& objects = Writable();
         const auto found = objects.find(folded);
         if (found == objects.end())
@@ -62,32 +71,60 @@ class CDiagMap
         return S_OK;
     }
 
-    // All keys in map order.
+    // All keys, in the order of their text. The list is everybody's: it is read only, and the same one until
+    // the map changes.
     HRESULT EnumObj(CVormArray<BSTR>& keys) const
     {
-        const std::shared_ptr<const Objects> objects = Snapshot();
-        CVormArray<BSTR> list;
-        if (FAILED(list.Allocate(objects ? static_cast<ULONG>(objects->size()) : 0)))
-            return wmi::OutOfMemory;
-        BSTR* item = list.Items();
-        if (objects)
-            for (const auto& [key, object] : *objects)
+        std::shared_ptr<const Objects> objects;
+        {
+            const CReadScope held(m_lock);
+            if (m_keys)
             {
-                *item = SysAllocStringLen(key.data(), static_cast<UINT>(key.size()));
-                if (!*item++)
-                    return wmi::OutOfMemory;
+                keys = *m_keys;
+                return S_OK;
             }
+            objects = m_objects;
+        }
+        CVormArray<BSTR> list;
+        if (const HRESULT hr = ListKeys(objects.get(), list); FAILED(hr))
+            return hr;
         keys = list;
+        // A writer in the meantime has gone on with another map: this one was in use.
+        const CWriteScope held(m_lock);
+        if (objects == m_objects)
+            m_keys = list;
         return S_OK;
     }
 
   private:
-    using Objects = std::map<std::wstring, std::shared_ptr<T>, std::less<>>;
-
-    std::shared_ptr<const Objects> Snapshot() const
+    struct CHash
     {
-        const CReadScope held(m_lock);
-        return m_objects;
+        using is_transparent = void;
+        size_t operator()(std::wstring_view key) const noexcept
+        {
+            return std::hash<std::wstring_view>()(key);
+        }
+    };
+    using Objects = std::unordered_map<std::wstring, std::shared_ptr<T>, CHash, std::equal_to<>>;
+    using KeyList = std::optional<CVormArray<BSTR>>;
+
+    static HRESULT ListKeys(const Objects* objects, CVormArray<BSTR>& list)
+    {
+        std::vector<std::wstring_view> sorted;
+        if (objects)
+            for (const auto& [key, object] : *objects)
+                sorted.push_back(key);
+        std::sort(sorted.begin(), sorted.end());
+        if (FAILED(list.Allocate(static_cast<ULONG>(sorted.size()))))
+            return wmi::OutOfMemory;
+        BSTR* item = list.Items();
+        for (const std::wstring_view key : sorted)
+        {
+            *item = SysAllocStringLen(key.data(), static_cast<UINT>(key.size()));
+            if (!*item++)
+                return wmi::OutOfMemory;
+        }
+        return S_OK;
     }
 
     std::shared_ptr<T> Find(std::wstring_view key) const
@@ -111,4 +148,5 @@ class CDiagMap
 
     mutable CSharedLock m_lock;
     std::shared_ptr<Objects> m_objects;
+    mutable KeyList m_keys; // of the map as it is; empty until it is asked for
 };
