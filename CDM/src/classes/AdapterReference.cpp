@@ -28,7 +28,7 @@ HRESULT CheckAdapterReference(const CAdapterReferenceTexts& texts, const CBstr& 
         ZebDebug().Write(texts.noDeviceId);
         return wmi::InvalidParameter;
     }
-    const CBstr adapterKey = ParseForAdapterKey(testName);
+    const CBstr adapterKey = ParseForAdapterKey(testName.View());
     if (!adapterKey || adapterKey.View() != deviceId.View())
     {
         ZebDebug().Write(texts.otherAdapter);

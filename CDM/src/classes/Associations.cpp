@@ -5,14 +5,14 @@
 
 namespace
 {
-CBstr SettingReference(CBstr key, bool)
+CBstr SettingReference(std::wstring_view key, bool)
 {
-    return CreateSettingReference(std::move(key));
+    return CreateSettingReference(key);
 }
 
-CBstr ResultReference(CBstr key, bool)
+CBstr ResultReference(std::wstring_view key, bool)
 {
-    return CreateResultReference(std::move(key));
+    return CreateResultReference(key);
 }
 
 HRESULT PutExclusiveUse(CWomClassObject& instance)

@@ -101,7 +101,7 @@ HRESULT CheckSetting(CDiagMgr& manager, const CBstr& setting, const CBstr& testI
         ZebDebug().Write("CTolva_DiagTest::RunTest: Invalid Setting object.");
         return WithEmptyResult(out, wmi::Failed);
     }
-    const CBstr settingTestId = ParseForTestName(settingId);
+    const CBstr settingTestId = ParseForTestName(settingId.View());
     if (!settingTestId)
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: Parsing for TestID from SettingID failed");
@@ -156,7 +156,7 @@ HRESULT RunLocked(CDiagMgr& manager, const CBstr& givenName, bool useGivenSettin
         ZebDebug().Write("CTolva_DiagTest::RunTest - Cannot unlock Test");
         return WithEmptyResult(out, engine::NotLocked);
     }
-    const CBstr reference = TryMakeText([&] { return CreateResultReference(std::move(resultId)); });
+    const CBstr reference = TryMakeText([&] { return CreateResultReference(resultId.View()); });
     if (!reference)
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: CreateResultReference failed");
@@ -216,7 +216,7 @@ HRESULT CTolva_DiagTest::RunTest(CWomContext& context, const CParsedObjectPath& 
         ZebDebug().Write("CTolva_DiagTest::RunTest: GetKeyRef for TestName failed");
         return wmi::InvalidParameter;
     }
-    const CBstr testId = ParseForTestName(testName);
+    const CBstr testId = ParseForTestName(testName.View());
     if (!testId)
     {
         ZebDebug().Write("CTolva_DiagTest::RunTest: Parsing for TestID from TestName failed");

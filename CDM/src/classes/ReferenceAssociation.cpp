@@ -17,7 +17,7 @@ bool EqualNoCase(const CBstr& a, const CBstr& b) noexcept
 }
 } // namespace
 
-HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr& identifier) const
+HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, std::wstring_view identifier) const
 {
     HRESULT hr = sender.Spawn();
     if (FAILED(hr))
@@ -35,7 +35,7 @@ HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, const CBstr
     }
     for (const CReferenceRow& row : m_row.references)
     {
-        const CBstr& key = row.madeFrom == MadeFrom::AdapterKey ? adapterKey : identifier;
+        const std::wstring_view key = row.madeFrom == MadeFrom::AdapterKey ? adapterKey.View() : identifier;
         const CBstr reference = TryMakeText([&] { return row.create(key, sender.Context().CimKeyMode()); });
         if (!reference)
         {
@@ -86,7 +86,7 @@ HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWo
         return hr;
     if (m_row.other.adapterKeyFailed)
     {
-        const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier); });
+        const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier.View()); });
         if (!adapterKey)
         {
             ZebDebug().Write(m_row.other.adapterKeyFailed);
@@ -99,7 +99,7 @@ HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWo
         }
     }
     CInstanceSender sender(context, GetClassName(), std::move(sink));
-    hr = SendInstance(sender, identifier);
+    hr = SendInstance(sender, identifier.View());
     if (FAILED(hr))
         ZebDebug().Write(m_row.getObjectSendFailed, hr);
     return hr;
@@ -118,7 +118,7 @@ HRESULT CReferenceAssociation::CreateInstanceEnumAsync(CWomContext& context, Com
     }
     for (const BSTR identifier : identifiers.View())
     {
-        hr = SendInstance(sender, CBstr(std::wstring_view(identifier, SysStringLen(identifier))));
+        hr = SendInstance(sender, std::wstring_view(identifier, SysStringLen(identifier)));
         if (FAILED(hr))
             return hr;
     }

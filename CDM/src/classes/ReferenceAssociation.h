@@ -20,7 +20,7 @@ struct CReferenceRow
 {
     const wchar_t* property;
     MadeFrom madeFrom;
-    CBstr (*create)(CBstr key, bool cimKeyMode);
+    CBstr (*create)(std::wstring_view key, bool cimKeyMode);
     const char* createFailed;
 };
 
@@ -66,7 +66,7 @@ class CReferenceAssociation : public CWomClassHandler
     explicit CReferenceAssociation(const CAssociationRow& row) noexcept : m_row(row) {}
 
   private:
-    HRESULT SendInstance(CInstanceSender& sender, const CBstr& identifier) const;
+    HRESULT SendInstance(CInstanceSender& sender, std::wstring_view identifier) const;
     HRESULT CheckReference(const CReferenceCheck& check, const CParsedObjectPath& path, CBstr& key) const;
 
     const CAssociationRow& m_row;

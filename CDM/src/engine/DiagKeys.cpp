@@ -37,5 +37,5 @@ CBstr FoldedKey(BSTR key)
 
 CBstr MakeTestKey(ULONG testId, BSTR adapterKey)
 {
-    return JoinKey(TestNumberText(testId), FoldedKey(adapterKey));
+    return JoinKey(TestNumberText(testId).View(), FoldKey(adapterKey));
 }

@@ -164,7 +164,7 @@ HRESULT CDiagMgr::CState::AddStoredResult(BSTR adapterKey, BSTR testKey, const V
         ZebDebug().Write("CDiagMgr::Initialize:GetIndexFromMap failed");
         return wmi::OutOfMemory;
     }
-    const CBstr resultId = JoinKey(TestNumberText(descriptor.TestID), std::move(index));
+    const CBstr resultId = JoinKey(TestNumberText(descriptor.TestID).View(), index.View());
     // Results are stored under the folded adapter key, whatever case the agent uses this time.
     if (LoadResult(session, resultId, FoldedKey(adapterKey), *result) != S_OK)
         return S_OK;

@@ -39,25 +39,25 @@ HRESULT CDiagMgr::CState::StoreOne(CStoreSession& session, BSTR key, ULONG itera
         ZebDebug().Write("CDiagMgr::StoreResults:GetObj for <%d> iteration failed <%x>", iteration, hr);
         return hr;
     }
-    CBstr testName = TryMakeText([&] { return ParseForTestName(CBstr(key)); });
+    const CBstr testName = TryMakeText([&] { return ParseForTestName(key); });
     if (!testName)
     {
         ZebDebug().Write("CDiagMgr::StoreResults:ParseForTestName failed");
         return wmi::OutOfMemory;
     }
-    const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(CBstr(key)); });
+    const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(key); });
     if (!adapterKey)
     {
         ZebDebug().Write("CDiagMgr::StoreResults:ParseForAdapterKey failed");
         return wmi::OutOfMemory;
     }
-    CBstr index = TryMakeText([&] { return indexes.GetIndexFromMap(adapterKey.Get()); });
+    const CBstr index = TryMakeText([&] { return indexes.GetIndexFromMap(adapterKey.Get()); });
     if (!index)
     {
         ZebDebug().Write("CDiagMgr::StoreResults:GetIndexFromMap failed");
         return wmi::OutOfMemory;
     }
-    const CBstr resultId = JoinKey(std::move(testName), std::move(index));
+    const CBstr resultId = JoinKey(testName.View(), index.View());
     hr = WithinMemory([&] { return CResultsStore(session).StoreResult(resultId, adapterKey, *result); });
     if (FAILED(hr))
         ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
@@ -73,20 +73,20 @@ HRESULT CDiagMgr::CState::ClearResults(BSTR resultKey)
 {
     const CZebTrace trace("CDiagMgr::ClearResults");
     const CBstr folded = FoldedKey(resultKey);
-    const CBstr testName = ParseForTestName(folded);
+    const CBstr testName = ParseForTestName(folded.View());
     if (!testName)
     {
         ZebDebug().Write("CDiagMgr::ClearResults:ParseForTestName failed");
         return wmi::OutOfMemory;
     }
-    const CBstr adapterKey = ParseForAdapterKey(folded);
+    const CBstr adapterKey = ParseForAdapterKey(folded.View());
     if (!adapterKey)
     {
         ZebDebug().Write("CDiagMgr::ClearResults:ParseForAdapterKey failed");
         return wmi::OutOfMemory;
     }
-    const CBstr testKey = JoinKey(testName, adapterKey);
-    const CBstr resultId = JoinKey(testName, indexes.GetIndexFromMap(adapterKey.Get()));
+    const CBstr testKey = JoinKey(testName.View(), adapterKey.View());
+    const CBstr resultId = JoinKey(testName.View(), indexes.GetIndexFromMap(adapterKey.Get()).View());
 
     std::shared_ptr<CDiagTest> test;
     HRESULT hr = tests.GetObj(testKey.Get(), test);

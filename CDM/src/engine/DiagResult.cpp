@@ -16,7 +16,7 @@ void CResultMessages::Add(ULONG stringId, ULONG value)
 CDiagResult::CDiagResult(BSTR key, ULONG diagnosticNameStringId, bool senderResponder) : CDiagObject(key)
 {
     m_data.DiagnosticCreationClassName = CBstr(L"Tolva_DiagTest");
-    m_data.ExecutionID = ParseForAdapterKey(CBstr(key));
+    m_data.ExecutionID = ParseForAdapterKey(CBstr(key).View());
     m_data.DiagnosticNameStringID = diagnosticNameStringId;
     m_data.SenderResponder = senderResponder ? 1 : 0;
 }

@@ -105,7 +105,7 @@ HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResu
     const CZebTrace trace("CDiagTest::StartTest");
     if (!testKey || !*testKey || !agent)
         return E_INVALIDARG;
-    const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
+    const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey).View());
     if (!adapterKey)
     {
         ZebDebug().Write("CDiagTest::StartTest:ParseForAdapterKey failed");
@@ -160,7 +160,7 @@ HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
     return WithinMemory(
         [&]
         {
-            const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey));
+            const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey).View());
             if (!adapterKey)
                 return wmi::OutOfMemory;
             const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <new>
+#include <optional>
 #include <string_view>
 
 namespace
@@ -66,33 +67,38 @@ CBstr Format(std::wstring_view format, Values values)
     return text;
 }
 
-// A key counts up to its first NUL, as everywhere in the engine.
-std::wstring_view KeyText(const CBstr& key)
+std::wstring_view KeyText(std::wstring_view key)
 {
-    return key.Text();
+    return key.substr(0, key.find(L'\0'));
+}
+
+std::optional<std::wstring_view> AdapterKeyIn(std::wstring_view key)
+{
+    const std::wstring_view text = KeyText(key);
+    const size_t at = text.find(kSeparator);
+    return at == text.npos ? std::nullopt : std::optional(text.substr(at + 1));
 }
 } // namespace
 
-CBstr ParseForTestName(CBstr key)
+CBstr ParseForTestName(std::wstring_view key)
 {
     const std::wstring_view text = KeyText(key);
     const size_t at = text.find(kSeparator);
     return at == text.npos ? CBstr() : CBstr(text.substr(0, at));
 }
 
-CBstr ParseForAdapterKey(CBstr key)
+CBstr ParseForAdapterKey(std::wstring_view key)
 {
-    const std::wstring_view text = KeyText(key);
-    const size_t at = text.find(kSeparator);
-    return at == text.npos ? CBstr() : CBstr(text.substr(at + 1));
+    const auto adapterKey = AdapterKeyIn(key);
+    return adapterKey ? CBstr(*adapterKey) : CBstr();
 }
 
-CBstr JoinKey(CBstr first, CBstr second)
+CBstr JoinKey(std::wstring_view first, std::wstring_view second)
 {
     return Format(L"%s@%s", {KeyText(first), KeyText(second)});
 }
 
-CBstr CreateTestReference(CBstr testKey, bool cimKeyMode)
+CBstr CreateTestReference(std::wstring_view testKey, bool cimKeyMode)
 {
     if (cimKeyMode)
         return Format(kSingleKey, {kTestClass, L"Name", KeyText(testKey)});
@@ -100,26 +106,25 @@ CBstr CreateTestReference(CBstr testKey, bool cimKeyMode)
                               L"SystemCreationClassName", kSystemClass, L"SystemName", ComputerName()});
 }
 
-CBstr CreateSettingReference(CBstr settingKey)
+CBstr CreateSettingReference(std::wstring_view settingKey)
 {
     return Format(kSingleKey, {kSettingClass, L"SettingID", KeyText(settingKey)});
 }
 
-CBstr CreateResultReference(CBstr key)
+CBstr CreateResultReference(std::wstring_view key)
 {
-    const CBstr adapterKey = ParseForAdapterKey(key);
+    const auto adapterKey = AdapterKeyIn(key);
     if (!adapterKey)
     {
         ZebDebug().Write("CreateResultReference: Cannot extract AdapterKey from DiagObject key");
         return CBstr();
     }
-    return Format(kResultKeys,
-                  {kResultClass, L"DiagnosticCreationClassName", kTestClass, L"DiagnosticName", KeyText(key),
-                   L"ExecutionID", KeyText(adapterKey), L"DiagSystemCreationClassName", kSystemClass,
-                   L"DiagSystemName", ComputerName()});
+    return Format(kResultKeys, {kResultClass, L"DiagnosticCreationClassName", kTestClass, L"DiagnosticName",
+                                KeyText(key), L"ExecutionID", *adapterKey, L"DiagSystemCreationClassName",
+                                kSystemClass, L"DiagSystemName", ComputerName()});
 }
 
-CBstr CreateSysElemReference(CBstr deviceId, bool cimKeyMode)
+CBstr CreateSysElemReference(std::wstring_view deviceId, bool cimKeyMode)
 {
     const Values device = {kAdapterClass, L"DeviceID", KeyText(deviceId)};
     if (cimKeyMode)

@@ -38,8 +38,8 @@ TEST(DiagKeysTest, TestKeyBeginsWithTheNumberAndIsUpperCase)
 TEST(DiagKeysTest, TestKeyComesApartAgain)
 {
     const CBstr key = MakeTestKey(255, CBstr(L"a@b").Get());
-    EXPECT_STREQ(L"FF", ParseForTestName(key).Text());
-    EXPECT_STREQ(L"A@B", ParseForAdapterKey(key).Text());
+    EXPECT_STREQ(L"FF", ParseForTestName(key.View()).Text());
+    EXPECT_STREQ(L"A@B", ParseForAdapterKey(key.View()).Text());
 }
 
 TEST(DiagKeysTest, IndexIsDecimal)

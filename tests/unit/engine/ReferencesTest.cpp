@@ -32,8 +32,8 @@ void ExpectText(const wchar_t* expected, const CBstr& text)
 
 TEST_P(SplitTest, GivesBothParts)
 {
-    ExpectText(GetParam().test, ParseForTestName(CBstr(GetParam().key)));
-    ExpectText(GetParam().adapter, ParseForAdapterKey(CBstr(GetParam().key)));
+    ExpectText(GetParam().test, ParseForTestName(CBstr(GetParam().key).View()));
+    ExpectText(GetParam().adapter, ParseForAdapterKey(CBstr(GetParam().key).View()));
 }
 
 const Split kSplits[] = {
@@ -47,29 +47,29 @@ INSTANTIATE_TEST_SUITE_P(Keys, SplitTest, testing::ValuesIn(kSplits), NameOf<Spl
 TEST(SplitLimitsTest, SeparatorBehindAnEmbeddedNulIsNotThere)
 {
     const std::wstring_view key(L"abc\0@K1", 7);
-    EXPECT_FALSE(ParseForTestName(CBstr(key)));
-    EXPECT_FALSE(ParseForAdapterKey(CBstr(key)));
+    EXPECT_FALSE(ParseForTestName(CBstr(key).View()));
+    EXPECT_FALSE(ParseForAdapterKey(CBstr(key).View()));
 }
 
 TEST(SplitLimitsTest, KeysLongerThanAPathBufferAreSplit)
 {
     const std::wstring adapter(10000, L'K');
     const CBstr key(std::wstring_view(L"A@" + adapter));
-    EXPECT_EQ(L"A", ParseForTestName(key).View());
-    EXPECT_EQ(adapter, ParseForAdapterKey(key).View());
-    EXPECT_FALSE(ParseForTestName(CBstr(std::wstring_view(adapter))));
+    EXPECT_EQ(L"A", ParseForTestName(key.View()).View());
+    EXPECT_EQ(adapter, ParseForAdapterKey(key.View()).View());
+    EXPECT_FALSE(ParseForTestName(adapter));
 }
 
 TEST(JoinKeyTest, PutsTheSeparatorBetween)
 {
-    EXPECT_STREQ(L"A@K1", JoinKey(CBstr(L"A"), CBstr(L"K1")).Text());
-    EXPECT_STREQ(L"A@", JoinKey(CBstr(L"A"), CBstr()).Text());
-    EXPECT_STREQ(L"@", JoinKey(CBstr(L""), CBstr(L"")).Text());
+    EXPECT_STREQ(L"A@K1", JoinKey(L"A", L"K1").Text());
+    EXPECT_STREQ(L"A@", JoinKey(L"A", CBstr().View()).Text());
+    EXPECT_STREQ(L"@", JoinKey(L"", L"").Text());
 }
 
 TEST(ReferenceTest, TestWithCimKeyModeHasTheSingleKeyName)
 {
-    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"Link@A\"", CreateTestReference(CBstr(L"Link@A"), true).Text());
+    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"Link@A\"", CreateTestReference(L"Link@A", true).Text());
 }
 
 TEST(ReferenceTest, TestWithFullKeys)
@@ -78,12 +78,12 @@ TEST(ReferenceTest, TestWithFullKeys)
         L"Tolva_DiagTest.Name=\"Link@A\",CreationClassName=\"Tolva_DiagTest\",SystemCreationClassName="
         L"\"Win32_ComputerSystem\",SystemName=\"" +
         std::wstring(ComputerName()) + L"\"";
-    EXPECT_EQ(expected, CreateTestReference(CBstr(L"Link@A"), false).View());
+    EXPECT_EQ(expected, CreateTestReference(L"Link@A", false).View());
 }
 
 TEST(ReferenceTest, SettingHasTheSingleKeySettingID)
 {
-    EXPECT_STREQ(L"Tolva_DiagSetting.SettingID=\"9@K1\"", CreateSettingReference(CBstr(L"9@K1")).Text());
+    EXPECT_STREQ(L"Tolva_DiagSetting.SettingID=\"9@K1\"", CreateSettingReference(L"9@K1").Text());
 }
 
 TEST(ReferenceTest, ResultHasTheWholeKeyAndItsAdapterPart)
@@ -92,36 +92,36 @@ TEST(ReferenceTest, ResultHasTheWholeKeyAndItsAdapterPart)
         L"Tolva_DiagResult.DiagnosticCreationClassName=\"Tolva_DiagTest\",DiagnosticName=\"Cable@K1\","
         L"ExecutionID=\"K1\",DiagSystemCreationClassName=\"Win32_ComputerSystem\",DiagSystemName=\"" +
         std::wstring(ComputerName()) + L"\"";
-    EXPECT_EQ(expected, CreateResultReference(CBstr(L"Cable@K1")).View());
+    EXPECT_EQ(expected, CreateResultReference(L"Cable@K1").View());
 }
 
 TEST(ReferenceTest, ResultOfAKeyWithoutAdapterIsNothing)
 {
     const CTraceCapture trace;
-    EXPECT_FALSE(CreateResultReference(CBstr(L"Cable")));
+    EXPECT_FALSE(CreateResultReference(L"Cable"));
     EXPECT_TRUE(trace.Has("CreateResultReference: Cannot extract AdapterKey from DiagObject key"));
 }
 
 TEST(ReferenceTest, SystemElementInBothModes)
 {
-    EXPECT_STREQ(L"Tolva_EthernetAdapter.DeviceID=\"K1\"", CreateSysElemReference(CBstr(L"K1"), true).Text());
+    EXPECT_STREQ(L"Tolva_EthernetAdapter.DeviceID=\"K1\"", CreateSysElemReference(L"K1", true).Text());
     const std::wstring expected =
         L"Tolva_EthernetAdapter.DeviceID=\"K1\",CreationClassName=\"Tolva_EthernetAdapter\","
         L"SystemCreationClassName=\"Win32_ComputerSystem\",SystemName=\"" +
         std::wstring(ComputerName()) + L"\"";
-    EXPECT_EQ(expected, CreateSysElemReference(CBstr(L"K1"), false).View());
+    EXPECT_EQ(expected, CreateSysElemReference(L"K1", false).View());
 }
 
 TEST(ReferenceTest, ValuesGoInAsTheyAre)
 {
-    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"1@%s\\\"x\"", CreateTestReference(CBstr(L"1@%s\\\"x"), true).Text());
-    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"\"", CreateTestReference(CBstr(), true).Text());
+    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"1@%s\\\"x\"", CreateTestReference(L"1@%s\\\"x", true).Text());
+    EXPECT_STREQ(L"Tolva_DiagTest.Name=\"\"", CreateTestReference(CBstr().View(), true).Text());
 }
 
 TEST(ReferenceTest, LongKeysMakeLongPaths)
 {
     const std::wstring key = L"1@" + std::wstring(10000, L'K');
-    const CBstr path = CreateTestReference(CBstr(std::wstring_view(key)), false);
+    const CBstr path = CreateTestReference(key, false);
     CParsedObjectPath parsed;
     ASSERT_EQ(S_OK, ParseObjectPath(path.Text(), parsed));
     EXPECT_EQ(key, GetKeyRef(parsed, L"Name", false)->Text().View());
@@ -132,7 +132,7 @@ TEST(ReferenceTest, WhatIsBuiltCanBeParsed)
     for (const wchar_t* key : {L"1@{6C1F0A52-3B7E}", L"1@PCI\\VEN_8086&DEV_1", L"A@a,b=c"})
     {
         CParsedObjectPath parsed;
-        ASSERT_EQ(S_OK, ParseObjectPath(CreateResultReference(CBstr(key)).Text(), parsed));
+        ASSERT_EQ(S_OK, ParseObjectPath(CreateResultReference(CBstr(key).View()).Text(), parsed));
         EXPECT_STREQ(key, GetKeyRef(parsed, L"DiagnosticName", false)->Text().Text());
         EXPECT_EQ(5u, parsed.Keys.size());
     }

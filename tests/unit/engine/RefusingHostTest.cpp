@@ -31,7 +31,7 @@ TEST(RefusingHostTest, EveryPathNamesTheSystemError)
         EXPECT_STREQ(
             L"Tolva_DiagTest.Name=\"1@K\",CreationClassName=\"Tolva_DiagTest\",SystemCreationClassName="
             L"\"Win32_ComputerSystem\",SystemName=\"error\"",
-            CreateTestReference(CBstr(L"1@K"), false).Text());
+            CreateTestReference(L"1@K", false).Text());
     }
     // The system would tell by now, but is not asked again.
     EXPECT_STREQ(L"Tolva_DiagResult.DiagnosticCreationClassName=\"Tolva_DiagTest\",DiagnosticName=\"1@K\","
