@@ -25,23 +25,23 @@ constexpr std::wstring_view kSystemKeys = L",%s=\"%s\",%s=\"%s\",%s=\"%s\"";
 
 using Values = std::initializer_list<std::wstring_view>;
 
-wchar_t* Append(wchar_t* to, std::wstring_view text)
-{
-    return std::copy(text.begin(), text.end(), to);
-}
-
 // Every "%s" of a format in turn becomes the next value. The C runtime's own formatter costs many times as
 // much, and these run twice per association instance.
 wchar_t* Fill(wchar_t* to, std::wstring_view format, Values values)
 {
-    size_t from = 0;
-    for (const std::wstring_view value : values)
+    const std::wstring_view* value = values.begin();
+    for (size_t i = 0; i < format.size(); ++i)
     {
-        const size_t mark = format.find(L"%s", from);
-        to = Append(Append(to, format.substr(from, mark - from)), value);
-        from = mark + 2;
+        if (format[i] != L'%')
+        {
+            *to++ = format[i];
+            continue;
+        }
+        to = std::copy(value->begin(), value->end(), to);
+        ++value;
+        ++i; // past the "s"
     }
-    return Append(to, format.substr(from));
+    return to;
 }
 
 size_t Size(std::wstring_view format, Values values)
