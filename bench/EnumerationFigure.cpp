@@ -9,6 +9,15 @@
 
 namespace
 {
+constexpr CFigureTexts kTexts = {
+    .Letter = 'a',
+    .Title = "Enumeration in one process",
+    .Measured = "an enumeration request to the provider object, per class and number of tests",
+    .Against = "the same spawns, puts of ready values and indications to the same sink, alone",
+    .Goal = "at most 1.15 at every number of tests, and flat (growth at most 1.10)",
+    .FirstColumn = "class",
+};
+
 constexpr double kGoal = 1.15;
 // How much the ratio may grow from the fewest tests to the most.
 constexpr double kGrowthGoal = 1.10;
@@ -49,10 +58,7 @@ void MeasureEnumeration(CReport& report)
             found[className].push_back(CompareClass(provider, className));
     }
 
-    report.Begin('a',
-                 "Enumeration in process / the same spawns, puts and indications alone; goal 1.15 at every "
-                 "number of tests, and flat: growth at most 1.10",
-                 "class", {"10 tests", "100", "1,000", "10,000", "growth", "us/instance"});
+    report.Begin(kTexts, {"10 tests", "100", "1,000", "10,000", "growth", "us each"});
     for (const wchar_t* className : kServedClasses)
     {
         const std::vector<CComparison>& sizes = found[className];

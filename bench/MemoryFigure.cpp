@@ -10,6 +10,15 @@
 
 namespace
 {
+constexpr CFigureTexts kTexts = {
+    .Letter = 'e',
+    .Title = "Memory under many requests",
+    .Measured = "private bytes of Drevok.EXE after 10,000 requests of every kind",
+    .Against = "its private bytes after 1,000",
+    .Goal = "flat: at most 1.02",
+    .FirstColumn = "process",
+};
+
 // What the memory after many requests may be of that after fewer: the system's own book-keeping comes and
 // goes by this much.
 constexpr double kGoal = 1.02;
@@ -88,8 +97,7 @@ std::string Kilobytes(size_t bytes)
 
 void MeasureMemory(CReport& report)
 {
-    report.Begin('e', "Private bytes of the provider after 10,000 requests / after 1,000; goal 1.02",
-                 "process", {"1,000, KB", "10,000, KB", "ratio"});
+    report.Begin(kTexts, {"1,000, KB", "10,000, KB", "ratio"});
     CServedProvider provider(kTests);
     CRequestMix mix(provider);
     mix.Make(kFewer);

@@ -4,21 +4,24 @@
 
 namespace
 {
-constexpr int kNameWidth = 34;
-constexpr int kValueWidth = 12;
+constexpr int kTitleWidth = 44;
+constexpr int kNameWidth = 30;
+constexpr int kValueWidth = 11;
 
 const char* Verdict(bool met)
 {
-    return met ? "goal met" : "GOAL MISSED";
+    return met ? "met" : "MISSED";
 }
 } // namespace
 
-void CReport::Begin(char figure, const std::string& title, const std::string& firstColumn,
-                    const std::vector<std::string>& columns)
+void CReport::Begin(const CFigureTexts& texts, const std::vector<std::string>& columns)
 {
-    m_figure = figure;
-    m_met.try_emplace(figure, true);
-    std::printf("\n(%c) %s\n    %-*s", figure, title.c_str(), kNameWidth, firstColumn.c_str());
+    m_figure = texts.Letter;
+    m_figures.try_emplace(m_figure, CFigure{texts.Title});
+    std::printf("\n(%c) %s\n", texts.Letter, texts.Title);
+    std::printf("    measured  %s\n    against   %s\n    goal      %s\n\n", texts.Measured, texts.Against,
+                texts.Goal);
+    std::printf("    %-*s", kNameWidth, texts.FirstColumn);
     for (const std::string& column : columns)
         std::printf("%*s", kValueWidth, column.c_str());
     std::printf("\n");
@@ -32,22 +35,18 @@ void CReport::Line(const std::string& name, const std::vector<std::string>& valu
         std::printf("%*s", kValueWidth, value.c_str());
     std::printf("   %s\n", Verdict(goalMet));
     std::fflush(stdout);
-    m_met[m_figure] = m_met[m_figure] && goalMet;
+    CFigure& figure = m_figures.at(m_figure);
+    ++figure.Lines;
+    figure.Met += goalMet;
 }
 
-bool CReport::Summary() const
+void CReport::Summary() const
 {
-    bool all = true;
-    std::printf("\nSummary:");
-    const char* separator = " ";
-    for (const auto& [figure, met] : m_met)
-    {
-        std::printf("%s(%c) %s", separator, figure, Verdict(met));
-        separator = ", ";
-        all = all && met;
-    }
-    std::printf("\n");
-    return all;
+    std::printf("\nSummary\n");
+    for (const auto& [letter, figure] : m_figures)
+        std::printf("    (%c) %-*s%s, %d of %d lines\n", letter, kTitleWidth, figure.Title,
+                    Verdict(figure.Met == figure.Lines), figure.Met, figure.Lines);
+    std::printf("    bench/README.md says what the figures mean and why a goal is missed.\n");
 }
 
 std::string Fixed(double value, int decimals)

@@ -6,21 +6,35 @@
 #include <string>
 #include <vector>
 
+struct CFigureTexts
+{
+    char Letter;
+    const char* Title;
+    const char* Measured;
+    const char* Against;
+    const char* Goal;
+    const char* FirstColumn;
+};
+
 class CReport
 {
   public:
-    // Begins a figure: its letter, what is measured against what and which goal it has, the names of the
-    // columns after the first.
-    void Begin(char figure, const std::string& title, const std::string& firstColumn,
-               const std::vector<std::string>& columns);
+    // Begins a figure; `columns` are those after the first.
+    void Begin(const CFigureTexts& texts, const std::vector<std::string>& columns);
     // One line of the figure; one value per column.
     void Line(const std::string& name, const std::vector<std::string>& values, bool goalMet);
-    // True where every line of every figure met its goal.
-    bool Summary() const;
+    void Summary() const;
 
   private:
+    struct CFigure
+    {
+        const char* Title;
+        int Lines = 0;
+        int Met = 0;
+    };
+
     char m_figure = '?';
-    std::map<char, bool> m_met;
+    std::map<char, CFigure> m_figures;
 };
 
 std::string Fixed(double value, int decimals);

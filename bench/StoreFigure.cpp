@@ -10,7 +10,6 @@
 #include "CDM/src/engine/References.h"
 #include "CDM/src/engine/ResultsStore.h"
 #include "Common/src/VormAgentMgr.h"
-#include "Common/src/VormArray.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 
@@ -19,6 +18,16 @@
 
 namespace
 {
+constexpr CFigureTexts kTexts = {
+    .Letter = 'd',
+    .Title = "Storing and loading results",
+    .Measured =
+        "the diagnostics manager's part at its end (of more than 20 results: 20 of them anew) and start",
+    .Against = "the storage calls for the same streams, in memory as the provider does it, and on the file",
+    .Goal = "at most 1.20 at every number of results, growth at most 1.10",
+    .FirstColumn = "operation / against",
+};
+
 constexpr double kGoal = 1.20;
 // How much the ratio may grow from the fewest results to the most.
 constexpr double kGrowthGoal = 1.10;
@@ -36,28 +45,7 @@ struct CStoredResult
     std::unique_ptr<CDiagResult> Result;
 };
 
-// The platform's files, closed at the end of what is measured: a manager that ends then stores nothing.
-class CReadStoreFiles final : public IStoreFiles
-{
-  public:
-    void Close() noexcept { m_closed = true; }
-
-    HRESULT IsStorageFile(const wchar_t* path) override { return PlatformStoreFiles().IsStorageFile(path); }
-    HRESULT Read(const wchar_t* path, std::string& bytes) override
-    {
-        return m_closed ? STG_E_ACCESSDENIED : PlatformStoreFiles().Read(path, bytes);
-    }
-    HRESULT Write(const wchar_t*, const std::string&) override { return STG_E_ACCESSDENIED; }
-    HRESULT Delete(const wchar_t*) override { return STG_E_ACCESSDENIED; }
-    HRESULT Open(ILockBytes& bytes, IStorage** root) override
-    {
-        return PlatformStoreFiles().Open(bytes, root);
-    }
-    HRESULT Create(ILockBytes&, IStorage**) override { return STG_E_ACCESSDENIED; }
-
-  private:
-    bool m_closed = false;
-};
+using Where = CStreamCopy::Where;
 
 class CStoreComparison
 {
@@ -74,16 +62,15 @@ class CStoreComparison
              "copying the store");
     }
 
-    CComparison Store()
+    CComparison Store(Where where)
     {
         return Compare(
-            kEffort, [&] { StoreSome(); }, [&] { m_copy.Write(m_bareFile, Stored()); });
+            kEffort, [&] { StoreSome(); }, [&] { m_copy.Write(m_bareFile, where, Stored()); });
     }
-    size_t Stored() const { return std::min(m_results.size(), kMostStored); }
-    CComparison Load()
+    CComparison Load(Where where)
     {
         return Compare(
-            kEffort, [&] { LoadAll(); }, [&] { m_copy.Read(m_bareFile); });
+            kEffort, [&] { LoadAll(); }, [&] { m_copy.Read(m_bareFile, where); });
     }
 
   private:
@@ -113,6 +100,7 @@ class CStoreComparison
         return stored;
     }
 
+    size_t Stored() const { return std::min(m_results.size(), kMostStored); }
     // As the manager does at its end, result by result.
     void StoreSome()
     {
@@ -123,16 +111,16 @@ class CStoreComparison
                  "storing a result");
         Must(session.Publish(), "publishing the store");
     }
-    // A manager's whole start, which loads the results one by one.
+    // As the manager does at its start, result by result.
     void LoadAll()
     {
-        CReadStoreFiles files;
-        CDiagMgr manager(m_paths, {nullptr, &files});
-        Must(manager.Initialize(&m_agents), "starting the diagnostics manager");
-        CVormArray<BSTR> keys;
-        Must(manager.EnumResults(keys), "EnumResults");
-        Must(keys.Count() == m_results.size(), "loading every result");
-        files.Close();
+        CStoreSession session(PlatformStoreFiles(), m_paths.ResultStorePath, CStoreSession::Purpose::Read);
+        for (const CStoredResult& stored : m_results)
+        {
+            CDiagResult loaded(stored.Result->Key().Get(), 0, false);
+            Must(CResultsStore(session).LoadResult(stored.Id, stored.AdapterKey, loaded) == S_OK,
+                 "loading a result");
+        }
     }
 
     const CRegistryScope m_registry;
@@ -145,8 +133,22 @@ class CStoreComparison
     CStreamCopy m_copy;
 };
 
-void Print(CReport& report, const char* name, const std::vector<CComparison>& sizes,
-           const std::vector<size_t>& results)
+// One line of the figure: what is measured, and against what.
+struct CStoreLine
+{
+    const char* Name;
+    CComparison (CStoreComparison::*Measure)(Where where);
+    Where Bare;
+};
+
+constexpr CStoreLine kLines[] = {
+    {"store / in memory", &CStoreComparison::Store, Where::Memory},
+    {"store / on the file", &CStoreComparison::Store, Where::File},
+    {"load / in memory", &CStoreComparison::Load, Where::Memory},
+    {"load / on the file", &CStoreComparison::Load, Where::File},
+};
+
+void Print(CReport& report, const char* name, const std::vector<CComparison>& sizes)
 {
     std::vector<std::string> values;
     bool met = true;
@@ -158,30 +160,21 @@ void Print(CReport& report, const char* name, const std::vector<CComparison>& si
     const double growth = sizes.back().Ratio / sizes.front().Ratio;
     values.push_back(Fixed(growth, 2));
     for (const size_t i : {size_t{0}, sizes.size() - 1})
-        values.push_back(Fixed(sizes[i].MeasuredSeconds * 1e6 / static_cast<double>(results[i]), 0));
+        values.push_back(Fixed(sizes[i].MeasuredSeconds * 1e3, 1));
     report.Line(name, values, met && growth <= kGrowthGoal);
 }
 } // namespace
 
 void MeasureStore(CReport& report)
 {
-    report.Begin(
-        'd',
-        "Storing and loading results / writing and reading the same streams; goal 1.20 at every number "
-        "of results, growth at most 1.10",
-        "operation", {"10 results", "100", "1,000", "growth", "us at 10", "us at 1,000"});
-    std::vector<CComparison> stores;
-    std::vector<CComparison> loads;
-    std::vector<size_t> stored;
-    std::vector<size_t> loaded;
+    std::vector<CComparison> found[std::size(kLines)];
     for (const size_t size : kSizes)
     {
         CStoreComparison comparison(size);
-        loads.push_back(comparison.Load());
-        stores.push_back(comparison.Store());
-        stored.push_back(comparison.Stored());
-        loaded.push_back(size);
+        for (size_t i = 0; i < std::size(kLines); ++i)
+            found[i].push_back((comparison.*kLines[i].Measure)(kLines[i].Bare));
     }
-    Print(report, "store (of 100 and 1,000: 20)", stores, stored);
-    Print(report, "load", loads, loaded);
+    report.Begin(kTexts, {"10 results", "100", "1,000", "growth", "ms at 10", "ms at 1,000"});
+    for (size_t i = 0; i < std::size(kLines); ++i)
+        Print(report, kLines[i].Name, found[i]);
 }

@@ -1,10 +1,14 @@
 #include "bench/StreamCopy.h"
 
+#include "CDM/src/engine/MemoryBytes.h"
 #include "CDM/src/engine/ResultFields.h"
+#include "CDM/src/engine/StoreFiles.h"
 #include "Common/src/com/ComPtr.h"
 #include "bench/Must.h"
 
+#include <fstream>
 #include <objbase.h>
+#include <sstream>
 
 namespace
 {
@@ -15,6 +19,22 @@ ComPtr<IStorage> Open(const std::wstring& file)
 {
     ComPtr<IStorage> root;
     Must(StgOpenStorage(file.c_str(), nullptr, kReadWrite, nullptr, 0, root.Put()), "StgOpenStorage");
+    return root;
+}
+
+ComPtr<CMemoryBytes> ReadWhole(const std::wstring& file)
+{
+    std::ifstream stream(file.c_str(), std::ios::binary);
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    return MakeCom<CMemoryBytes>(bytes.str());
+}
+
+ComPtr<IStorage> OpenOn(ILockBytes& bytes)
+{
+    ComPtr<IStorage> root;
+    Must(StgOpenStorageOnILockBytes(&bytes, nullptr, kReadWrite, nullptr, 0, root.Put()),
+         "StgOpenStorageOnILockBytes");
     return root;
 }
 
@@ -80,23 +100,34 @@ void CStreamCopy::Take(const std::wstring& file, const std::vector<std::wstring>
     }
 }
 
-void CStreamCopy::Write(const std::wstring& file, size_t results) const
+void CStreamCopy::Replace(IStorage& root, size_t results) const
 {
-    const ComPtr<IStorage> root = Open(file);
     for (size_t i = 0; i < results; ++i)
     {
         const CResult& result = m_results[i];
-        Must(root->DestroyElement(result.Id.c_str()), "DestroyElement");
+        Must(root.DestroyElement(result.Id.c_str()), "DestroyElement");
         ComPtr<IStorage> sub;
-        Must(root->CreateStorage(result.Id.c_str(), kReadWrite, 0, 0, sub.Put()), "CreateStorage");
+        Must(root.CreateStorage(result.Id.c_str(), kReadWrite, 0, 0, sub.Put()), "CreateStorage");
         for (const CStream& stream : result.Streams)
             WriteStream(*sub.Get(), stream.Name, stream.Bytes);
     }
 }
 
-void CStreamCopy::Read(const std::wstring& file) const
+void CStreamCopy::Write(const std::wstring& file, Where where, size_t results) const
 {
-    const ComPtr<IStorage> root = Open(file);
+    if (where == Where::File)
+        return Replace(*Open(file).Get(), results);
+    const ComPtr<CMemoryBytes> bytes = ReadWhole(file);
+    ComPtr<IStorage> root = OpenOn(*bytes.Get());
+    Replace(*root.Get(), results);
+    Must(root->Commit(STGC_DEFAULT), "Commit");
+    root.Reset();
+    Must(PlatformStoreFiles().Write(file.c_str(), bytes->Bytes()), "replacing the file");
+}
+
+void CStreamCopy::Read(const std::wstring& file, Where where) const
+{
+    const ComPtr<IStorage> root = where == Where::File ? Open(file) : OpenOn(*ReadWhole(file).Get());
     std::string buffer(kLongestStream, '\0');
     for (const CResult& result : m_results)
     {
