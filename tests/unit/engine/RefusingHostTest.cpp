@@ -37,10 +37,10 @@ TEST(RefusingHostTest, EveryPathNamesTheSystemError)
     EXPECT_STREQ(L"Tolva_DiagResult.DiagnosticCreationClassName=\"Tolva_DiagTest\",DiagnosticName=\"1@K\","
                  L"ExecutionID=\"K\",DiagSystemCreationClassName=\"Win32_ComputerSystem\",DiagSystemName="
                  L"\"error\"",
-                 CreateResultReference(CBstr(L"1@K")).Text());
+                 CreateResultReference(L"1@K").Text());
     EXPECT_STREQ(L"Tolva_EthernetAdapter.DeviceID=\"K\",CreationClassName=\"Tolva_EthernetAdapter\","
                  L"SystemCreationClassName=\"Win32_ComputerSystem\",SystemName=\"error\"",
-                 CreateSysElemReference(CBstr(L"K"), false).Text());
+                 CreateSysElemReference(L"K", false).Text());
     EXPECT_EQ(1u, trace.Count("Get computer name failed with 50"));
 }
 
