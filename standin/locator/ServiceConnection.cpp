@@ -1,5 +1,6 @@
 #include "standin/locator/ServiceConnection.h"
 
+#include "Common/src/com/CriticalSection.h"
 #include "standin/locator/RemoteFailure.h"
 #include "standin/locator/ServiceProgram.h"
 #include "standin/locator/SharedReference.h"
@@ -45,6 +46,10 @@ HRESULT StartService()
 
 HRESULT ConnectOnce(const CBstr& nameSpace, const CBstr& locale, CServiceConnection& connection)
 {
+    // Wine's bookkeeping of proxies breaks when a thread takes a reference whose process has just ended while
+    // another one takes or drops the same reference.
+    static CCriticalSection section;
+    const CLockScope lock(section);
     ComPtr<IWmiStandin> standin;
     HRESULT hr = FindService(standin);
     if (FAILED(hr))
