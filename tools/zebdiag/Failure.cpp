@@ -32,9 +32,10 @@ struct CFailureRow
 };
 
 constexpr wchar_t kNoProvider[] = L"The diagnostics provider could not be started on {computer}.";
-constexpr wchar_t kRegisterProvider[] = L"Register it there as an administrator: \"Drevok.EXE /RegServer\". "
-                                        L"If it is registered, its trace log tells why "
-                                        L"it does not start.";
+constexpr wchar_t kRegisterProvider[] =
+    L"Register it there as an administrator: \"Drevok.EXE /RegServer\". "
+    L"If it is registered, check that the computer has a wired adapter; its "
+    L"trace log tells why it does not start.";
 constexpr wchar_t kNoSchema[] = L"The class {class} is not known in {namespace} on {computer}.";
 constexpr wchar_t kCompileSchema[] = L"Install the provider's schema there as an administrator: \"mofcomp "
                                      L"zebdiag.mof\". If it is installed in "

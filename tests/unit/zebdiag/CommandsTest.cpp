@@ -67,7 +67,7 @@ TEST_F(CommandsTest, FailureGoesToStandardErrorWithItsExitCode)
     EXPECT_EQ(m_console.Errors, L"zebdiag: The diagnostics provider could not be started on this computer.\n"
                                 L"The provider says: No agent.\n"
                                 L"Register it there as an administrator: \"Drevok.EXE /RegServer\". If it is "
-                                L"registered, its trace log "
+                                L"registered, check that the computer has a wired adapter; its trace log "
                                 L"tells why it does not start.\n"
                                 L"(Status 0x80041013.)\n");
 }
