@@ -174,7 +174,7 @@ void MeasureStore(CReport& report)
         for (size_t i = 0; i < std::size(kLines); ++i)
             found[i].push_back((comparison.*kLines[i].Measure)(kLines[i].Bare));
     }
-    report.Begin(kTexts, {"10 results", "100", "1,000", "growth", "ms at 10", "ms at 1,000"});
+    report.Begin(kTexts, {"10 results", "100", "1,000", "growth", "ms for 10", "for 1,000"});
     for (size_t i = 0; i < std::size(kLines); ++i)
         Print(report, kLines[i].Name, found[i]);
 }
