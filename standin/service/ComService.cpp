@@ -2,6 +2,7 @@
 
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
+#include "Common/src/com/ServiceHandle.h"
 
 namespace standin
 {
@@ -11,14 +12,6 @@ namespace
 constexpr DWORD kLongestStop = 10000;
 // One process at a time stops it.
 constexpr wchar_t kRestart[] = L"WMI stand-in restarts the COM service";
-
-struct ServiceHandleTraits
-{
-    using Type = SC_HANDLE;
-    static Type Empty() noexcept { return nullptr; }
-    static void Close(Type h) noexcept { CloseServiceHandle(h); }
-};
-using CServiceHandle = COwned<ServiceHandleTraits>;
 
 class CMutexScope
 {

@@ -51,26 +51,29 @@ class CFaultStorage final : public CComObject<IStorage>
 
     STDMETHODIMP CreateStream(const OLECHAR* name, DWORD mode, DWORD r1, DWORD r2, IStream** out) override
     {
-        return WithStream("CreateStream", out,
-                          [&](IStream** inner) { return m_inner->CreateStream(name, mode, r1, r2, inner); });
+        return With<CFaultStream>("CreateStream", out,
+                                  [&](IStream** inner)
+                                  { return m_inner->CreateStream(name, mode, r1, r2, inner); });
     }
     STDMETHODIMP OpenStream(const OLECHAR* name, void* r1, DWORD mode, DWORD r2, IStream** out) override
     {
-        return WithStream("OpenStream", out,
-                          [&](IStream** inner) { return m_inner->OpenStream(name, r1, mode, r2, inner); });
+        return With<CFaultStream>("OpenStream", out,
+                                  [&](IStream** inner)
+                                  { return m_inner->OpenStream(name, r1, mode, r2, inner); });
     }
     STDMETHODIMP CreateStorage(const OLECHAR* name, DWORD mode, DWORD r1, DWORD r2, IStorage** out) override
     {
-        return WithStorage("CreateStorage", out,
-                           [&](IStorage** inner)
-                           { return m_inner->CreateStorage(name, mode, r1, r2, inner); });
+        return With<CFaultStorage>("CreateStorage", out,
+                                   [&](IStorage** inner)
+                                   { return m_inner->CreateStorage(name, mode, r1, r2, inner); });
     }
     STDMETHODIMP OpenStorage(const OLECHAR* name, IStorage* priority, DWORD mode, SNB exclude, DWORD reserved,
                              IStorage** out) override
     {
-        return WithStorage("OpenStorage", out,
-                           [&](IStorage** inner)
-                           { return m_inner->OpenStorage(name, priority, mode, exclude, reserved, inner); });
+        return With<CFaultStorage>(
+            "OpenStorage", out,
+            [&](IStorage** inner)
+            { return m_inner->OpenStorage(name, priority, mode, exclude, reserved, inner); });
     }
     STDMETHODIMP DestroyElement(const OLECHAR* name) override
     {
@@ -103,28 +106,17 @@ class CFaultStorage final : public CComObject<IStorage>
     STDMETHODIMP Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
 
   private:
-    template <class Call>
-    HRESULT WithStream(const char* name, IStream** out, Call&& call)
+    // Makes a call that gives a stream or a storage, and hands that out in its `Wrapper`.
+    template <class Wrapper, class Interface, class Call>
+    HRESULT With(const char* name, Interface** out, Call&& call)
     {
         *out = nullptr;
-        ComPtr<IStream> inner;
+        ComPtr<Interface> inner;
         HRESULT hr = m_plan.Next(name);
         if (SUCCEEDED(hr))
             hr = call(inner.Put());
         if (SUCCEEDED(hr))
-            *out = MakeCom<CFaultStream>(m_plan, std::move(inner)).Detach();
-        return hr;
-    }
-    template <class Call>
-    HRESULT WithStorage(const char* name, IStorage** out, Call&& call)
-    {
-        *out = nullptr;
-        ComPtr<IStorage> inner;
-        HRESULT hr = m_plan.Next(name);
-        if (SUCCEEDED(hr))
-            hr = call(inner.Put());
-        if (SUCCEEDED(hr))
-            *out = MakeCom<CFaultStorage>(m_plan, std::move(inner)).Detach();
+            *out = MakeCom<Wrapper>(m_plan, std::move(inner)).Detach();
         return hr;
     }
 

@@ -1,6 +1,7 @@
 #include "tests/system/support/Process.h"
 
 #include "Common/src/com/ComPtr.h"
+#include "Common/src/com/ServiceHandle.h"
 #include "Common/src/com/Text.h"
 
 #include <algorithm>
@@ -16,14 +17,6 @@ struct CPipe
     CHandle Read;
     CHandle Write;
 };
-
-struct ServiceTraits
-{
-    using Type = SC_HANDLE;
-    static Type Empty() noexcept { return nullptr; }
-    static void Close(Type h) noexcept { CloseServiceHandle(h); }
-};
-using CServiceHandle = COwned<ServiceTraits>;
 
 void RestartService(const wchar_t* name, const wchar_t* image)
 {
