@@ -1,5 +1,5 @@
-// The text by which a client names a machine and a namespace, such as \\\\server\\root\\cimv2 or
-// //./root/cimv2.
+// The text by which a client names a machine and a namespace, such as \\server\root\cimv2, with backslashes
+// or slashes.
 #pragma once
 
 #include <optional>

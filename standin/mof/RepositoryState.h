@@ -11,7 +11,7 @@ namespace standin
 {
 // The form in which names are looked up.
 std::wstring FoldName(std::wstring_view name);
-// The form root\cimv2 of a namespace as clients and MOF write it: "\\.\root\cimv2", "//./root/cimv2".
+// The form root\cimv2 of a namespace as clients and MOF write it: "\\.\root\cimv2", or the same with slashes.
 std::wstring PlainNamespace(std::wstring_view name);
 
 struct CStoredClass

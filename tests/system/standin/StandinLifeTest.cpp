@@ -48,7 +48,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         ConnectCase{"Plain", L"root\\cimv2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
         ConnectCase{"AnyCase", L"ROOT\\CimV2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
-        ConnectCase{"Slashes", L"//./root/cimv2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
+        ConnectCase{"Slashes",
+                    L"//./"
+                    L"root/cimv2",
+                    nullptr, nullptr, 0, WBEM_S_NO_ERROR},
         ConnectCase{"Dot", L"\\\\.\\root\\cimv2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
         ConnectCase{"Computer", L"\\\\%\\root\\cimv2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
         ConnectCase{"LocalHost", L"\\\\localhost\\root\\cimv2", nullptr, nullptr, 0, WBEM_S_NO_ERROR},
