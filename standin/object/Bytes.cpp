@@ -29,17 +29,29 @@ size_t PlainSize(VARTYPE type)
     return 0;
 }
 
-std::vector<BYTE> BytesOf(IUnknown* object)
+} // namespace
+
+HRESULT GiveBytes(const std::vector<BYTE>& from, BYTE** bytes, ULONG* size) noexcept
 {
-    ComPtr<IStandinObject> ours;
+    *bytes = static_cast<BYTE*>(CoTaskMemAlloc(from.size()));
+    if (!*bytes)
+        return E_OUTOFMEMORY;
+    memcpy(*bytes, from.data(), from.size());
+    *size = static_cast<ULONG>(from.size());
+    return S_OK;
+}
+
+std::vector<BYTE> TakeBytes(IUnknown* object)
+{
+    ComPtr<IByValue> ours;
     CCoTaskMem<BYTE> bytes;
     ULONG size = 0;
-    if (!object || FAILED(object->QueryInterface(__uuidof(IStandinObject), ours.PutVoid())) ||
-        FAILED(ours->Encode(bytes.Put(), &size)))
+    if (!object || FAILED(object->QueryInterface(__uuidof(IByValue), ours.PutVoid())))
+        return {};
+    if (FAILED(ours->Encode(bytes.Put(), &size)))
         throw std::bad_alloc();
     return {bytes.Get(), bytes.Get() + size};
 }
-} // namespace
 
 void CByteWriter::Text(std::wstring_view text)
 {
@@ -56,7 +68,7 @@ void CByteWriter::Element(VARTYPE type, const void* data, size_t size)
     }
     else if (type == VT_UNKNOWN)
     {
-        const std::vector<BYTE> bytes = BytesOf(*static_cast<IUnknown* const*>(data));
+        const std::vector<BYTE> bytes = TakeBytes(*static_cast<IUnknown* const*>(data));
         Number(static_cast<uint32_t>(bytes.size()));
         Raw(bytes.data(), bytes.size());
     }

@@ -12,9 +12,25 @@
 
 namespace standin
 {
+// By which objects and contexts give their marshalled form, in memory of the task allocator. They may have
+// been made by another module of the process.
+struct IByValue : public IUnknown
+{
+    virtual HRESULT STDMETHODCALLTYPE Encode(BYTE** bytes, ULONG* size) = 0;
+};
+} // namespace standin
+__CRT_UUID_DECL(standin::IByValue, 0x1b6e07c7, 0x52d9, 0x4f0b, 0x8a, 0x41, 0x3c, 0x77, 0xd0, 0x5e, 0x92, 0x16)
+
+namespace standin
+{
 struct CBadBytes
 {
 };
+
+// Of an IByValue: copies its bytes out, and asks another for them. None where the object is null or not one
+// of ours; std::bad_alloc.
+HRESULT GiveBytes(const std::vector<BYTE>& from, BYTE** bytes, ULONG* size) noexcept;
+std::vector<BYTE> TakeBytes(IUnknown* object);
 
 // Objects within objects, signatures within classes: no deeper than this.
 constexpr int kMaxNesting = 16;

@@ -186,6 +186,11 @@ ComPtr<IWbemContext> CContext::Decode(std::span<const BYTE> bytes)
     return MakeCom<CContext>(std::move(values));
 }
 
+STDMETHODIMP CContext::Encode(BYTE** bytes, ULONG* size)
+{
+    return AtComBoundary([&] { return GiveBytes(Bytes(), bytes, size); });
+}
+
 STDMETHODIMP CContext::GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid)
 {
     if (!clsid)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Common/src/com/ComObject.h"
-#include "standin/object/CimValue.h"
+#include "standin/object/Bytes.h"
 
 #include <memory>
 #include <span>
@@ -12,7 +12,7 @@
 
 namespace standin
 {
-class CContext : public CComObject<IWbemContext, IMarshal>
+class CContext : public CComObject<IWbemContext, IByValue, IMarshal>
 {
   public:
     struct CNamedValue
@@ -34,6 +34,8 @@ class CContext : public CComObject<IWbemContext, IMarshal>
     STDMETHODIMP GetValue(LPCWSTR name, LONG flags, VARIANT* value) override;
     STDMETHODIMP DeleteValue(LPCWSTR name, LONG flags) override;
     STDMETHODIMP DeleteAll() override;
+
+    STDMETHODIMP Encode(BYTE** bytes, ULONG* size) override;
 
     STDMETHODIMP GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid) override;
     STDMETHODIMP GetMarshalSizeMax(REFIID, void*, DWORD, void*, DWORD, DWORD* size) override;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Common/src/com/ComObject.h"
+#include "standin/object/Bytes.h"
 #include "standin/object/ObjectView.h"
 
 #include <memory>
@@ -15,8 +16,6 @@ struct IStandinObject : public IUnknown
 {
     // Null pointers take the decoration away.
     virtual HRESULT STDMETHODCALLTYPE Decorate(const wchar_t* server, const wchar_t* nameSpace) = 0;
-    // The marshalled form, in memory of the task allocator.
-    virtual HRESULT STDMETHODCALLTYPE Encode(BYTE** bytes, ULONG* size) = 0;
 };
 } // namespace standin
 __CRT_UUID_DECL(standin::IStandinObject, 0x1b6e07c6, 0x52d9, 0x4f0b, 0x8a, 0x41, 0x3c, 0x77, 0xd0, 0x5e, 0x92,
@@ -41,7 +40,7 @@ struct CQualifierPlace
     CQualifiers* In(CClassDefinition& definition) const noexcept;
 };
 
-class CManagementObject : public CComObject<IWbemClassObject, IStandinObject, IMarshal>
+class CManagementObject : public CComObject<IWbemClassObject, IStandinObject, IByValue, IMarshal>
 {
   public:
     STDMETHODIMP GetQualifierSet(IWbemQualifierSet** out) override;

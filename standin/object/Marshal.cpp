@@ -1,5 +1,4 @@
 // How objects travel by value: a 32-bit size, then the bytes.
-#include "Common/src/com/CoTaskMem.h"
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
 #include "standin/object/ManagementObject.h"
@@ -18,17 +17,7 @@ std::vector<BYTE> CManagementObject::Bytes() const
 
 STDMETHODIMP CManagementObject::Encode(BYTE** bytes, ULONG* size)
 {
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            const std::vector<BYTE> encoded = Bytes();
-            *bytes = static_cast<BYTE*>(CoTaskMemAlloc(encoded.size()));
-            if (!*bytes)
-                return E_OUTOFMEMORY;
-            memcpy(*bytes, encoded.data(), encoded.size());
-            *size = static_cast<ULONG>(encoded.size());
-            return S_OK;
-        });
+    return AtComBoundary([&] { return GiveBytes(Bytes(), bytes, size); });
 }
 
 STDMETHODIMP CManagementObject::GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid)
@@ -58,14 +47,7 @@ STDMETHODIMP CManagementObject::MarshalInterface(IStream* stream, REFIID, void*,
 
 ClassDefinition DefinitionOf(IWbemClassObject* object)
 {
-    ComPtr<IStandinObject> ours;
-    CCoTaskMem<BYTE> bytes;
-    ULONG size = 0;
-    if (!object || FAILED(object->QueryInterface(__uuidof(IStandinObject), ours.PutVoid())))
-        return nullptr;
-    if (FAILED(ours->Encode(bytes.Put(), &size)))
-        throw std::bad_alloc();
-    const ComPtr<IWbemClassObject> copy = DecodeObject({bytes.Get(), size}, kMaxNesting);
-    return static_cast<CManagementObject*>(copy.Get())->Definition();
+    const ComPtr<IWbemClassObject> copy = ObjectFrom(BytesOf(object));
+    return copy ? static_cast<CManagementObject*>(copy.Get())->Definition() : nullptr;
 }
 } // namespace standin

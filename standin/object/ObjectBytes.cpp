@@ -2,6 +2,7 @@
 
 #include "standin/object/CimType.h"
 #include "standin/object/ClassObject.h"
+#include "standin/object/Context.h"
 #include "standin/object/Instance.h"
 
 #include <algorithm>
@@ -126,5 +127,25 @@ ComPtr<IWbemClassObject> DecodeObject(std::span<const BYTE> bytes, int nesting)
     if (!in.AtEnd())
         throw CBadBytes();
     return object;
+}
+
+std::vector<BYTE> BytesOf(IWbemClassObject* object)
+{
+    return TakeBytes(object);
+}
+
+std::vector<BYTE> BytesOf(IWbemContext* context)
+{
+    return TakeBytes(context);
+}
+
+ComPtr<IWbemClassObject> ObjectFrom(std::span<const BYTE> bytes)
+{
+    return bytes.empty() ? nullptr : DecodeObject(bytes, kMaxNesting);
+}
+
+ComPtr<IWbemContext> ContextFrom(std::span<const BYTE> bytes)
+{
+    return bytes.empty() ? nullptr : CContext::Decode(bytes);
 }
 } // namespace standin

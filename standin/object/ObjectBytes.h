@@ -13,4 +13,11 @@ std::vector<BYTE> EncodeObject(const CObjectView& object, const std::vector<BYTE
 // Throw CBadBytes or std::bad_alloc. Instances of one class, decoded one after the other, share a definition.
 ClassDefinition DecodeDefinition(std::span<const BYTE> bytes, int nesting);
 ComPtr<IWbemClassObject> DecodeObject(std::span<const BYTE> bytes, int nesting);
+
+// Any object or context of ours, wherever in this process it was made. A null pointer or a foreign object has
+// no bytes, and no bytes are a null pointer. Throw CBadBytes or std::bad_alloc.
+std::vector<BYTE> BytesOf(IWbemClassObject* object);
+std::vector<BYTE> BytesOf(IWbemContext* context);
+ComPtr<IWbemClassObject> ObjectFrom(std::span<const BYTE> bytes);
+ComPtr<IWbemContext> ContextFrom(std::span<const BYTE> bytes);
 } // namespace standin

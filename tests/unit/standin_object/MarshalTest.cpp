@@ -61,7 +61,7 @@ ComPtr<IWbemClassObject> FullLamp()
     return lamp;
 }
 
-std::vector<BYTE> BytesOf(IUnknown& object)
+std::vector<BYTE> MarshalledBytes(IUnknown& object)
 {
     ComPtr<IMarshal> marshal;
     object.QueryInterface(IID_IMarshal, marshal.PutVoid());
@@ -172,7 +172,7 @@ TEST_F(Marshal, TheSizeThatIsAskedForIsEnough)
     DWORD size = 0;
     EXPECT_EQ(marshal->GetMarshalSizeMax(IID_IWbemClassObject, lamp.Get(), MSHCTX_LOCAL, nullptr, 0, &size),
               S_OK);
-    EXPECT_EQ(size, BytesOf(*lamp).size() + sizeof(uint32_t));
+    EXPECT_EQ(size, MarshalledBytes(*lamp).size() + sizeof(uint32_t));
 }
 
 TEST_F(Marshal, InstancesOfOneClassShareTheirDefinition)
@@ -183,11 +183,27 @@ TEST_F(Marshal, InstancesOfOneClassShareTheirDefinition)
     EXPECT_NE(DefinitionOf(first.Get()), nullptr);
 }
 
+TEST_F(Marshal, BytesGoWithoutAStream)
+{
+    const auto lamp = FullLamp();
+    EXPECT_EQ(Text(*ObjectFrom(BytesOf(lamp.Get())), L"__RELPATH"), L"Lamp.Name=\"desk\"");
+    const auto context = MakeContext();
+    CVariant value = CVariant::FromText(L"ms_407");
+    context->SetValue(L"LocaleID", 0, &value);
+    CVariant read;
+    ASSERT_EQ(ContextFrom(BytesOf(context.Get()))->GetValue(L"LocaleID", 0, &read), S_OK);
+    EXPECT_STREQ(read.bstrVal, L"ms_407");
+    EXPECT_FALSE(ObjectFrom(BytesOf(static_cast<IWbemClassObject*>(nullptr))));
+    EXPECT_FALSE(ContextFrom(BytesOf(static_cast<IWbemContext*>(nullptr))));
+    EXPECT_THROW(ObjectFrom(BytesOf(context.Get())), CBadBytes);
+    EXPECT_THROW(ContextFrom(BytesOf(lamp.Get())), CBadBytes);
+}
+
 // Bytes that are not what they should be
 
 TEST_F(Marshal, EveryTruncationIsRefused)
 {
-    const std::vector<BYTE> bytes = BytesOf(*FullLamp());
+    const std::vector<BYTE> bytes = MarshalledBytes(*FullLamp());
     const long before = g_liveComObjects;
     for (size_t length = 0; length < bytes.size(); ++length)
         ASSERT_EQ(UnmarshalObject({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}), kBad)
@@ -198,14 +214,14 @@ TEST_F(Marshal, EveryTruncationIsRefused)
 
 TEST_F(Marshal, TrailingBytesAreRefused)
 {
-    std::vector<BYTE> bytes = BytesOf(*FullLamp());
+    std::vector<BYTE> bytes = MarshalledBytes(*FullLamp());
     bytes.push_back(0);
     EXPECT_EQ(UnmarshalObject(bytes), kBad);
 }
 
 TEST_F(Marshal, AStreamShorterThanItsSizeIsRefused)
 {
-    std::vector<BYTE> raw = Counted(BytesOf(*FullLamp()));
+    std::vector<BYTE> raw = Counted(MarshalledBytes(*FullLamp()));
     raw.pop_back();
     ComPtr<IWbemClassObject> object;
     EXPECT_EQ(Unmarshal(kObjectUnmarshaler, raw, IID_IWbemClassObject, object.PutVoid()), kBad);
@@ -218,7 +234,7 @@ TEST_F(Marshal, AStreamShorterThanItsSizeIsRefused)
 // can be read.
 TEST_F(Marshal, CorruptedBytesDoNoHarm)
 {
-    const std::vector<BYTE> bytes = BytesOf(*FullLamp());
+    const std::vector<BYTE> bytes = MarshalledBytes(*FullLamp());
     std::mt19937 random(20240229);
     size_t refused = 0;
     for (size_t at = 0; at < bytes.size(); ++at)
@@ -272,7 +288,7 @@ TEST_F(Marshal, NestingHasAnEnd)
         outer = MakeInstance(sample::Lamp());
         ASSERT_EQ(outer->Put(L"Inner", 0, &embedded, 0), S_OK);
     }
-    EXPECT_EQ(UnmarshalObject(BytesOf(*outer)), kBad);
+    EXPECT_EQ(UnmarshalObject(MarshalledBytes(*outer)), kBad);
 }
 
 TEST_F(Marshal, ContextBytesAreCheckedToo)
@@ -280,7 +296,7 @@ TEST_F(Marshal, ContextBytesAreCheckedToo)
     const auto context = MakeContext();
     CVariant value = CVariant::FromText(L"ms_407");
     context->SetValue(L"LocaleID", 0, &value);
-    const std::vector<BYTE> bytes = BytesOf(*context);
+    const std::vector<BYTE> bytes = MarshalledBytes(*context);
     for (size_t length = 0; length < bytes.size(); ++length)
     {
         ComPtr<IWbemContext> arrived;
