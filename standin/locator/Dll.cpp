@@ -2,12 +2,10 @@
 // by-value objects, in whatever process asks COM for them.
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ComObject.h"
-#include "Common/src/com/StubHold.h"
 #include "standin/locator/DllRegistration.h"
 #include "standin/locator/Locator.h"
 #include "standin/object/Objects.h"
-
-#include <mutex>
+#include "standin/proxy/HeldReference.h"
 
 // The generated proxy/stub's own entry points.
 extern "C" BOOL WINAPI ProxyDllMain(HINSTANCE instance, DWORD reason, void* reserved);
@@ -20,18 +18,6 @@ namespace
 {
 HINSTANCE g_instance = nullptr;
 std::atomic<long> g_locks{0};
-
-// The service calls the client's sinks. What holds their stubs needs this library.
-void HoldSinkStubs()
-{
-    static std::once_flag once;
-    std::call_once(once,
-                   []
-                   {
-                       ++g_locks;
-                       HoldClientStubs({__uuidof(IWbemObjectSink)});
-                   });
-}
 
 class CLocatorFactory : public CComObject<IClassFactory>
 {
@@ -46,7 +32,6 @@ class CLocatorFactory : public CComObject<IClassFactory>
                 *out = nullptr;
                 if (outer)
                     return CLASS_E_NOAGGREGATION;
-                HoldSinkStubs();
                 return MakeCom<standin::CLocator>()->QueryInterface(riid, out);
             });
     }
@@ -75,6 +60,8 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID riid, void** out)
             *out = nullptr;
             if (IsEqualCLSID(clsid, CLSID_WbemLocator))
                 return MakeCom<CLocatorFactory>()->QueryInterface(riid, out);
+            if (IsEqualCLSID(clsid, standin::kHeldUnmarshaler))
+                return standin::GetHeldClassObject(riid, out);
             const HRESULT hr = standin::GetUnmarshalClassObject(clsid, riid, out);
             return hr == CLASS_E_CLASSNOTAVAILABLE ? ProxyDllGetClassObject(clsid, riid, out) : hr;
         });

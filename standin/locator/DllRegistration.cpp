@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Owned.h"
 #include "standin/object/StandinIds.h"
+#include "standin/proxy/HeldReference.h"
 
 #include <olectl.h>
 #include <optional>
@@ -23,6 +24,7 @@ const ClassRow kClasses[] = {
     {CLSID_WbemContext, L"WMI stand-in: call context"},
     {kObjectUnmarshaler, L"WMI stand-in: objects by value"},
     {kContextUnmarshaler, L"WMI stand-in: call contexts by value"},
+    {kHeldUnmarshaler, L"WMI stand-in: a provider's hold on its namespace"},
 };
 
 // The server that stood here before ours.

@@ -1,8 +1,8 @@
-// The result set of an enumeration or a query. Objects arrive by themselves in batches; reading one is a
-// local call.
+// The result set of an enumeration or a query.
 #pragma once
 
-#include "standin/locator/CallSink.h"
+#include "Common/src/com/CriticalSection.h"
+#include "standin/locator/Call.h"
 #include "standin/locator/SecuredObject.h"
 
 namespace standin
@@ -10,8 +10,11 @@ namespace standin
 class CEnumerator : public CSecuredObject<IEnumWbemClassObject>
 {
   public:
-    // `service` is where the call runs: dropping the last enumerator of an unfinished call cancels it there.
-    CEnumerator(ComPtr<IWbemServices> service, ComPtr<CCallSink> sink, bool forwardOnly);
+    // Clones share the call; the last one takes it back where it has not ended.
+    CEnumerator(std::shared_ptr<CCall> call, bool forwardOnly, size_t position = 0) noexcept
+        : m_call(std::move(call)), m_forwardOnly(forwardOnly), m_position(position)
+    {
+    }
 
     STDMETHODIMP Reset() override;
     STDMETHODIMP Next(long timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override;
@@ -20,13 +23,11 @@ class CEnumerator : public CSecuredObject<IEnumWbemClassObject>
     STDMETHODIMP Skip(long timeout, ULONG count) override;
 
   private:
-    class CCall;
-
-    CEnumerator(std::shared_ptr<CCall> call, size_t position);
     HRESULT Read(long timeout, ULONG count, std::vector<ComPtr<IWbemClassObject>>& objects);
 
     const std::shared_ptr<CCall> m_call;
+    const bool m_forwardOnly;
     CCriticalSection m_lock;
-    size_t m_position = 0;
+    size_t m_position;
 };
 } // namespace standin

@@ -3,10 +3,9 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
+#include "standin/locator/ClientServices.h"
 #include "standin/locator/Locale.h"
 #include "standin/locator/NetworkPath.h"
-#include "standin/locator/ServiceConnection.h"
-#include "standin/locator/ServicesFacade.h"
 
 namespace standin
 {
@@ -41,11 +40,11 @@ STDMETHODIMP CLocator::ConnectServer(const BSTR networkResource, const BSTR user
                 return wmi::InvalidParameter;
             const std::wstring language = IsGiven(locale) ? locale : LocaleText(GetUserDefaultLCID());
 
-            CServiceConnection connection;
-            const HRESULT hr = ConnectService(path->NameSpace, language, connection);
+            std::shared_ptr<CConnection> connection;
+            const HRESULT hr = CConnection::Open(path->NameSpace, language, connection);
             if (FAILED(hr))
                 return hr;
-            *nameSpace = new CServicesFacade(connection.Services, connection.Process);
+            *nameSpace = new CClientServices(std::move(connection));
             return wmi::NoError;
         });
 }

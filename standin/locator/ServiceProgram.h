@@ -7,9 +7,6 @@
 
 namespace standin
 {
-// Under this name the process that serves leaves its IWmiStandin.
-inline constexpr wchar_t kServiceName[] = L"WMI stand-in service";
-
 // Starts the program, which stands beside the module that this code is part of, without a console.
 HRESULT StartServiceProgram(const std::wstring& arguments, CHandle& process) noexcept;
 } // namespace standin

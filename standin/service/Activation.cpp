@@ -1,39 +1,77 @@
 #include "standin/service/Activation.h"
 
 #include "Common/src/com/ComBoundary.h"
-#include "standin/locator/RemoteFailure.h"
 #include "standin/locator/ServiceProgram.h"
-#include "standin/locator/SharedReference.h"
 #include "standin/service/ComService.h"
+#include "standin/service/Settings.h"
 
-#include <atomic>
+#include <algorithm>
+#include <iterator>
 
 namespace standin
 {
 namespace
 {
-// A server that is just ending is gone for a moment only.
-constexpr int kAttempts = 3;
-constexpr DWORD kPauseMilliseconds = 200;
 // COM itself waits half a minute for a server that it has started.
 constexpr DWORD kLongestActivation = 120000;
 
-// What COM answers where it hands a client on to a server that no longer serves the class.
-bool IsServerEnding(HRESULT hr) noexcept
+// A reference to an object as COM writes it for another process. All zero when new.
+struct CReference
 {
-    return hr == E_FAIL || IsServerGone(hr);
+    ULONG Size;
+    BYTE Bytes[4000];
+};
+
+struct ViewTraits
+{
+    using Type = CReference*;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type view) noexcept { UnmapViewOfFile(view); }
+};
+using CReferenceView = COwned<ViewTraits>;
+
+CReferenceView View(const CHandle& section)
+{
+    return CReferenceView(
+        static_cast<CReference*>(MapViewOfFile(section.Get(), FILE_MAP_WRITE, 0, 0, sizeof(CReference))));
 }
 
-HRESULT Activate(REFCLSID clsid, REFIID riid, void** out)
+// Where the exporter's identifier stands in a standard reference; its upper half is, under Wine, the number of
+// the process.
+constexpr size_t kExporter = 32;
+
+DWORD ProcessOf(const CReference& reference)
 {
-    HRESULT hr = E_FAIL;
-    for (int attempt = 0; attempt < kAttempts && IsServerEnding(hr); ++attempt)
-    {
-        if (attempt > 0)
-            Sleep(kPauseMilliseconds);
-        hr = CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, riid, out);
-    }
-    return hr;
+    ULONGLONG exporter = 0;
+    memcpy(&exporter, reference.Bytes + kExporter, sizeof exporter);
+    return static_cast<DWORD>(exporter >> 32);
+}
+
+HRESULT Write(REFIID riid, IUnknown* object, CReference& reference)
+{
+    ComPtr<IStream> stream;
+    HRESULT hr = CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
+    if (SUCCEEDED(hr))
+        hr = CoMarshalInterface(stream.Get(), riid, object, MSHCTX_LOCAL, nullptr, MSHLFLAGS_NORMAL);
+    if (SUCCEEDED(hr))
+        hr = stream->Seek({}, STREAM_SEEK_SET, nullptr);
+    return FAILED(hr) ? hr
+                      : stream->Read(reference.Bytes, static_cast<ULONG>(std::size(reference.Bytes)),
+                                     &reference.Size);
+}
+
+HRESULT Read(const CReference& reference, REFIID riid, CLocalServer& server)
+{
+    ComPtr<IStream> stream;
+    HRESULT hr = CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
+    if (SUCCEEDED(hr))
+        hr = stream->Write(reference.Bytes, reference.Size, nullptr);
+    if (SUCCEEDED(hr))
+        hr = stream->Seek({}, STREAM_SEEK_SET, nullptr);
+    server.Process.Reset(OpenProcess(SYNCHRONIZE, FALSE, ProcessOf(reference)));
+    if (SUCCEEDED(hr) && !server.Process)
+        hr = CO_E_OBJNOTCONNECTED;
+    return FAILED(hr) ? hr : CoUnmarshalInterface(stream.Get(), riid, server.Object.PutVoid());
 }
 
 std::wstring GuidText(REFGUID guid)
@@ -43,18 +81,15 @@ std::wstring GuidText(REFGUID guid)
     return text;
 }
 
-std::wstring UniqueName()
+HRESULT ActivateInProcessOfItsOwn(REFCLSID clsid, REFIID riid, CLocalServer& server)
 {
-    static std::atomic<unsigned> count{0};
-    return L"WMI-stand-in-activation-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-           std::to_wstring(++count);
-}
-
-HRESULT ActivateInNewProcess(REFCLSID clsid, REFIID riid, void** out)
-{
-    const std::wstring name = UniqueName();
-    CSharedReference reference;
-    if (!reference.Create(name.c_str()))
+    static unsigned count = 0;
+    const std::wstring name = L"WMI-stand-in-activation-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                              std::to_wstring(++count);
+    const CHandle section(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                             sizeof(CReference), name.c_str()));
+    const CReferenceView reference = View(section);
+    if (!reference)
         return E_OUTOFMEMORY;
     CHandle process;
     const HRESULT hr =
@@ -65,42 +100,58 @@ HRESULT ActivateInNewProcess(REFCLSID clsid, REFIID riid, void** out)
     if (WaitForSingleObject(process.Get(), kLongestActivation) != WAIT_OBJECT_0 ||
         !GetExitCodeProcess(process.Get(), &code))
         return E_FAIL;
-    return FAILED(static_cast<HRESULT>(code)) ? static_cast<HRESULT>(code) : reference.Take(riid, out);
-}
-
-HRESULT ActivateWhereItWorks(REFCLSID clsid, REFIID riid, void** out)
-{
-    return ComServiceHasChanged() ? ActivateInNewProcess(clsid, riid, out) : Activate(clsid, riid, out);
+    return FAILED(static_cast<HRESULT>(code)) ? static_cast<HRESULT>(code)
+                                              : Read(*reference.Get(), riid, server);
 }
 } // namespace
 
-HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, void** out)
+bool IsServerGone(HRESULT hr) noexcept
 {
-    const DWORD service = ComServiceProcess();
-    const HRESULT hr = ActivateWhereItWorks(clsid, riid, out);
-    if (!IsServerGone(hr))
-        return hr;
-    RestartComService(service);
-    return ActivateWhereItWorks(clsid, riid, out);
+    static const HRESULT codes[] = {
+        HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
+        HRESULT_FROM_WIN32(RPC_S_CALL_FAILED),
+        HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE),
+        HRESULT_FROM_WIN32(ERROR_BROKEN_PIPE),
+        RPC_E_DISCONNECTED,
+        RPC_E_SERVER_DIED,
+        RPC_E_SERVER_DIED_DNE,
+        CO_E_OBJNOTCONNECTED,
+        CO_E_SERVER_STOPPING,
+    };
+    return std::find(std::begin(codes), std::end(codes), hr) != std::end(codes);
 }
 
-int ActivateForAnother(const std::vector<std::wstring>& arguments)
+HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server)
+{
+    const DWORD service = ComServiceProcess();
+    const HRESULT hr = ActivateInProcessOfItsOwn(clsid, riid, server);
+    if (!IsServerGone(hr))
+        return hr;
+    CountRepetition();
+    RestartComService(service);
+    return ActivateInProcessOfItsOwn(clsid, riid, server);
+}
+
+int ActivateForService(const std::vector<std::wstring>& arguments)
 {
     return AtComBoundary(
         [&]() -> HRESULT
         {
             CLSID clsid = {};
             IID iid = {};
-            CSharedReference reference;
             if (arguments.size() != 3 || FAILED(CLSIDFromString(arguments[0].c_str(), &clsid)) ||
-                FAILED(IIDFromString(arguments[1].c_str(), &iid)) || !reference.Open(arguments[2].c_str()))
+                FAILED(IIDFromString(arguments[1].c_str(), &iid)))
+                return E_INVALIDARG;
+            const CHandle section(OpenFileMappingW(FILE_MAP_WRITE, FALSE, arguments[2].c_str()));
+            const CReferenceView reference = View(section);
+            if (!reference)
                 return E_INVALIDARG;
             HRESULT hr = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
             if (FAILED(hr))
                 return hr;
             ComPtr<IUnknown> object;
-            hr = Activate(clsid, iid, object.PutVoid());
-            return FAILED(hr) ? hr : reference.Leave(iid, object.Get(), MSHLFLAGS_NORMAL);
+            hr = CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, iid, object.PutVoid());
+            return FAILED(hr) ? hr : Write(iid, object.Get(), *reference.Get());
         });
 }
 } // namespace standin

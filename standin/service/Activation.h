@@ -1,5 +1,12 @@
-// Starting a COM local server, also after one was killed.
+// Starting a provider as a COM local server.
+//
+// Each time a process of its own asks COM for it and leaves what it gets to the service. So the service is no
+// client of COM's service, which may have to be restarted (see ComService.h), and holds no other proxy of the
+// provider's process than the provider's own (see proxy/HeldReference.h).
 #pragma once
+
+#include "Common/src/com/ComPtr.h"
+#include "Common/src/com/Owned.h"
 
 #include <objbase.h>
 #include <string>
@@ -7,12 +14,19 @@
 
 namespace standin
 {
-// CoCreateInstance for a class of a local server. Where the server turns out to be dead it is tried again,
-// and in the end with the COM service restarted (see ComService.h). Several processes may do this at once.
-HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, void** out);
+struct CLocalServer
+{
+    ComPtr<IUnknown> Object;
+    CHandle Process; // the server's, to notice its end
+};
 
-// The other half of it: a process that has not used the COM service yet activates for one that no longer can.
-// The arguments are class, interface and the name of the CSharedReference to leave the object in; gives the
-// HRESULT as the exit code.
-int ActivateForAnother(const std::vector<std::wstring>& arguments);
+// The call failed because the process that serves the object has ended or is ending.
+bool IsServerGone(HRESULT hr) noexcept;
+
+// One activation at a time.
+HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server);
+
+// What that process of its own does. The arguments are class, interface and the name of a section for the
+// reference; gives the HRESULT as the exit code.
+int ActivateForService(const std::vector<std::wstring>& arguments);
 } // namespace standin

@@ -20,8 +20,7 @@ constexpr wchar_t kProvider[] = L"provider";
 // What concerns only how the client is answered, or only the service, is not the provider's business.
 constexpr long ProviderFlags(long flags)
 {
-    return flags & ~(WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_SEND_STATUS |
-                     WBEM_FLAG_DIRECT_READ);
+    return flags & ~(WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_DIRECT_READ);
 }
 
 CVariant ReadProperty(IWbemClassObject* object, const wchar_t* name)
@@ -52,29 +51,10 @@ void CInstanceSource::Mark(IWbemClassObject* object) const
     Decorate(object, m_service.Server().c_str(), m_nameSpace.c_str());
 }
 
-LCID CInstanceSource::AmendedLocale() const
-{
-    if (!(m_request.Flags() & WBEM_FLAG_USE_AMENDED_QUALIFIERS))
-        return 0;
-    CVariant value;
-    if (FAILED(m_request.Context()->GetValue(L"LocaleID", 0, value.Put())) || value.vt != VT_BSTR)
-        return GetUserDefaultLCID();
-    return ParseLocale({value.bstrVal, SysStringLen(value.bstrVal)}).value_or(GetUserDefaultLCID());
-}
-
 ComPtr<IWbemClassObject> CInstanceSource::Class(std::wstring_view className) const
 {
-    return m_service.Repository().GetClass(m_nameSpace, className, AmendedLocale());
-}
-
-std::vector<ComPtr<IWbemClassObject>> CInstanceSource::Classes(std::wstring_view superclass, bool deep) const
-{
-    std::vector<ComPtr<IWbemClassObject>> classes;
-    for (const ClassDefinition& definition :
-         m_service.Repository().DerivedClasses(m_nameSpace, superclass, deep, 0))
-        if (ComPtr<IWbemClassObject> object = Class(definition->Name))
-            classes.push_back(std::move(object));
-    return classes;
+    return m_service.Repository().GetClass(m_nameSpace, className,
+                                           AmendedLocale(m_request.Flags(), m_request.Context()));
 }
 
 bool CInstanceSource::IsDynamic(const CClassDefinition& definition) const
@@ -234,27 +214,6 @@ COutcome CInstanceSource::Put(IWbemClassObject* instance)
         registration, [](IWbemClassObject*) { return wmi::NoError; },
         [&](IWbemServices& provider, IWbemObjectSink* sink)
         { return provider.PutInstanceAsync(instance, flags, m_request.Context(), sink); });
-}
-
-COutcome CInstanceSource::Delete(const CObjectPath& path)
-{
-    const ClassDefinition definition = Definition(path.ClassName);
-    if (!definition)
-        return wmi::NotFound;
-    if (!IsDynamic(*definition))
-        return wmi::NotSupported;
-    CProviderRegistration registration;
-    if (const HRESULT hr = FindProvider(*definition, &CProviderRegistration::SupportsDelete, registration);
-        FAILED(hr))
-        return hr;
-    const CBstr text(path.Relative.c_str());
-    return Call(
-        registration, [](IWbemClassObject*) { return wmi::NoError; },
-        [&](IWbemServices& provider, IWbemObjectSink* sink)
-        {
-            return provider.DeleteInstanceAsync(text.Get(), ProviderFlags(m_request.Flags()),
-                                                m_request.Context(), sink);
-        });
 }
 
 COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in)

@@ -23,15 +23,12 @@ class CInstanceSource
     ComPtr<IWbemClassObject> Class(std::wstring_view className) const;
     // Every class of the namespace.
     std::vector<ClassDefinition> Definitions() const;
-    // Classes derived from a class, or all from the top where it is empty.
-    std::vector<ComPtr<IWbemClassObject>> Classes(std::wstring_view superclass, bool deep) const;
 
     // One instance by its path, as the outcome's object. WBEM_E_NOT_FOUND where nobody has it.
     COutcome Get(const CObjectPath& path);
     // The instances of a class and, if `deep`, of those derived from it. WBEM_E_INVALID_CLASS.
     COutcome Enumerate(const std::wstring& className, bool deep, const ObjectConsumer& consume);
     COutcome Put(IWbemClassObject* instance);
-    COutcome Delete(const CObjectPath& path);
     // The out-parameters are the outcome's object.
     COutcome Execute(const CObjectPath& path, const std::wstring& method, IWbemClassObject* in);
 
@@ -41,8 +38,6 @@ class CInstanceSource
     bool WantsLocatable() const { return (m_request.Flags() & WBEM_FLAG_ENSURE_LOCATABLE) != 0; }
 
   private:
-    // The language in which the client wants texts; 0 where it did not ask for them.
-    LCID AmendedLocale() const;
     bool IsDynamic(const CClassDefinition& definition) const;
     using Capability = bool CProviderRegistration::*;
     // The provider of a dynamic class. WBEM_E_PROVIDER_NOT_FOUND; WBEM_E_PROVIDER_NOT_CAPABLE where it is not

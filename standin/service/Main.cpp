@@ -34,8 +34,8 @@ struct SwitchRow
 
 constexpr SwitchRow kSwitches[] = {
     {L"serve", [](const Arguments&) { return standin::Serve(); }, "serve; this is how the locator starts it"},
-    {L"activate", standin::ActivateForAnother,
-     "CLASS INTERFACE NAME  start a local server for the process that serves"},
+    {L"activate", standin::ActivateForService,
+     "CLASS INTERFACE NAME  start a local server for the service"},
     {L"compile", [](const Arguments& files) { return standin::CompileMof(files); },
      "FILE ...  check MOF files and remember them for the repository"},
     {L"idle", SetIdleTime, "MILLISECONDS  how long to hold on to what nobody uses"},

@@ -1,13 +1,10 @@
 #include "standin/service/Provider.h"
 
-#include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ComObject.h"
-#include "Common/src/com/CriticalSection.h"
-#include "Common/src/com/Owned.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/RemoteFailure.h"
 #include "standin/object/Objects.h"
 #include "standin/service/Activation.h"
+#include "standin/service/Settings.h"
 
 #include <wbemprov.h>
 
@@ -15,12 +12,6 @@ namespace standin
 {
 namespace
 {
-// A provider that is just ending may be found but not reached any more; the next attempt starts another.
-constexpr int kAttempts = 3;
-constexpr DWORD kPauseMilliseconds = 500;
-// How often a silent provider is asked whether it still lives.
-constexpr DWORD kLookMilliseconds = 1000;
-
 class CInitSink : public CComObject<IWbemProviderInitSink>
 {
   public:
@@ -33,11 +24,13 @@ class CInitSink : public CComObject<IWbemProviderInitSink>
         return WBEM_S_NO_ERROR;
     }
 
-    bool Wait(DWORD milliseconds) const
+    // Waits for the status; RPC_E_SERVER_DIED where the process ends without one.
+    HRESULT Await(const CHandle& process) const
     {
-        return WaitForSingleObject(m_told.Get(), milliseconds) == WAIT_OBJECT_0;
+        const HANDLE either[] = {m_told.Get(), process.Get()};
+        return WaitForMultipleObjects(2, either, FALSE, INFINITE) == WAIT_OBJECT_0 ? m_status.load()
+                                                                                   : RPC_E_SERVER_DIED;
     }
-    HRESULT Status() const { return m_status; }
 
   private:
     const CHandle m_told;
@@ -45,57 +38,46 @@ class CInitSink : public CComObject<IWbemProviderInitSink>
 };
 
 HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemServices* nameSpaceServices,
-                 ComPtr<IWbemServices>& provider)
+                 CProvider& provider)
 {
-    ComPtr<IWbemProviderInit> init;
-    HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), init.PutVoid());
+    CLocalServer server;
+    HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), server);
     if (FAILED(hr))
         return hr;
+    ComPtr<IWbemProviderInit> init;
+    ComPtr<IWbemServices> services;
+    hr = server.Object.As(init);
+    if (SUCCEEDED(hr))
+        hr = init.As(services);
     const ComPtr<CInitSink> sink = MakeCom<CInitSink>();
     std::wstring nameSpaceText = nameSpace;
     // No user and no locale: those are for providers that are initialised once for each.
-    hr = CallProcess(
-        [&]
-        {
-            return init->Initialize(nullptr, 0, nameSpaceText.data(), nullptr, nameSpaceServices,
-                                    MakeContext().Get(), sink.Get());
-        });
-    if (FAILED(hr))
-        return hr;
-    ComPtr<IWbemServices> services;
-    hr = init.As(services);
-    if (FAILED(hr))
-        return hr;
-    while (!sink->Wait(kLookMilliseconds))
-        if (!IsProviderAlive(services.Get()))
-            return RPC_E_DISCONNECTED;
-    hr = sink->Status();
     if (SUCCEEDED(hr))
-        provider = std::move(services);
-    return hr;
+        hr = init->Initialize(nullptr, 0, nameSpaceText.data(), nullptr, nameSpaceServices,
+                              MakeContext().Get(), sink.Get());
+    if (SUCCEEDED(hr))
+        hr = sink->Await(server.Process);
+    if (FAILED(hr))
+        return hr;
+    provider.Services = std::move(services);
+    provider.Process = std::move(server.Process);
+    return S_OK;
 }
 } // namespace
 
 HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstring& nameSpace,
-                     IWbemServices* nameSpaceServices, ComPtr<IWbemServices>& provider)
+                     IWbemServices* nameSpaceServices, CProvider& provider)
 {
     CLSID clsid = {};
     if (FAILED(CLSIDFromString(registration.Clsid.c_str(), &clsid)))
         return wmi::ProviderLoadFailure;
-    for (int attempt = 0; attempt < kAttempts; ++attempt)
+    HRESULT hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
+    if (IsServerGone(hr))
     {
-        if (attempt > 0)
-            Sleep(kPauseMilliseconds);
-        const HRESULT hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
-        if (!IsServerGone(hr))
-            return SUCCEEDED(hr) ? wmi::NoError : wmi::ProviderLoadFailure;
+        // It was found while it was ending; the next one is another process.
+        CountRepetition();
+        hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
     }
-    return wmi::ProviderLoadFailure;
-}
-
-bool IsProviderAlive(IWbemServices* provider)
-{
-    // There is no such call. What the provider says to that does not matter; that it says something does.
-    return !IsServerGone(CallProcess([&] { return provider->CancelAsyncCall(nullptr); }));
+    return SUCCEEDED(hr) ? wmi::NoError : wmi::ProviderLoadFailure;
 }
 } // namespace standin

@@ -1,15 +1,12 @@
 #include "standin/service/ProviderCall.h"
 
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/RemoteFailure.h"
+#include "standin/service/Activation.h"
 
 namespace standin
 {
 namespace
 {
-// How often a provider that owes its status is asked whether it still lives.
-constexpr DWORD kLookMilliseconds = 1000;
-
 // For the request's time in the provider: who cancels the request finds the call here.
 class CProviderScope
 {
@@ -29,22 +26,17 @@ class CProviderScope
 };
 
 // Waits for the status of a call that the provider has taken on; gives the result where none comes.
-HRESULT AwaitStatus(IWbemServices& provider, const CProviderSink& sink, const CRequest& request)
+HRESULT AwaitStatus(const CProvider& provider, const CProviderSink& sink, const CRequest& request)
 {
-    const HANDLE handles[] = {sink.Ended(), request.Cancelled()};
-    for (;;)
+    const HANDLE handles[] = {sink.Ended(), request.Cancelled(), provider.Process.Get()};
+    switch (WaitForMultipleObjects(3, handles, FALSE, INFINITE))
     {
-        switch (WaitForMultipleObjects(2, handles, FALSE, kLookMilliseconds))
-        {
-        case WAIT_OBJECT_0:
-            return wmi::NoError;
-        case WAIT_TIMEOUT:
-            if (!IsProviderAlive(&provider))
-                return wmi::ProviderFailure;
-            break;
-        default:
-            return wmi::CallCancelled;
-        }
+    case WAIT_OBJECT_0:
+        return wmi::NoError;
+    case WAIT_OBJECT_0 + 2:
+        return wmi::ProviderFailure;
+    default:
+        return wmi::CallCancelled;
     }
 }
 } // namespace
@@ -53,18 +45,18 @@ COutcome CallProvider(CProviderPool& pool, const std::wstring& nameSpace,
                       const CProviderRegistration& registration, CRequest& request, ObjectConsumer consume,
                       const ProviderStart& start)
 {
-    CProviderPool::CLease lease;
-    const HRESULT acquired = pool.Acquire(nameSpace, registration, lease);
+    ProviderReference provider;
+    const HRESULT acquired = pool.Acquire(nameSpace, registration, provider);
     if (FAILED(acquired))
         return acquired;
 
     const ComPtr<CProviderSink> sink = MakeCom<CProviderSink>(std::move(consume));
     HRESULT result = wmi::NoError;
     {
-        const CProviderScope scope(request, lease.Shared(), sink);
-        result = CallProcess([&] { return start(*lease.Provider(), sink.Get()); });
+        const CProviderScope scope(request, provider->Services, sink);
+        result = start(*provider->Services, sink.Get());
         if (SUCCEEDED(result))
-            result = AwaitStatus(*lease.Provider(), *sink, request);
+            result = AwaitStatus(*provider, *sink, request);
     }
     if (std::optional<COutcome> told = sink->Close())
         return std::move(*told);

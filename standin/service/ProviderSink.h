@@ -4,7 +4,7 @@
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
-#include "standin/service/Outcome.h"
+#include "standin/pipe/Messages.h"
 
 #include <functional>
 #include <optional>

@@ -1,33 +1,54 @@
 #include "standin/service/Request.h"
 
+#include "Common/src/com/WmiStatus.h"
+
 namespace standin
 {
-CRequest::CRequest(CServiceLife::CUse use, ComPtr<IWbemObjectSink> client, long flags,
-                   ComPtr<IWbemContext> context)
+CRequest::CRequest(long flags, ComPtr<IWbemContext> context)
     : m_flags(flags), m_context(std::move(context)),
-      m_outbox(std::make_shared<COutbox>(std::move(use), std::move(client))),
+      m_answered(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_cancelled(CreateEventW(nullptr, TRUE, FALSE, nullptr))
 {
 }
 
+HRESULT CRequest::Indicate(ComPtr<IWbemClassObject> object)
+{
+    const CLockScope lock(m_lock);
+    if (m_unwanted)
+        return wmi::CallCancelled;
+    m_answers.emplace_back(std::move(object));
+    SetEvent(m_answered.Get());
+    return wmi::NoError;
+}
+
+void CRequest::Finish(COutcome outcome)
+{
+    const CLockScope lock(m_lock);
+    m_answers.emplace_back(std::move(outcome));
+    SetEvent(m_answered.Get());
+}
+
+std::vector<CAnswer> CRequest::TakeAnswers()
+{
+    const CLockScope lock(m_lock);
+    ResetEvent(m_answered.Get());
+    return std::exchange(m_answers, {});
+}
+
 void CRequest::Cancel()
 {
-    m_outbox->Cancel();
-    StopProvider();
-}
-
-void CRequest::Abandon()
-{
-    m_outbox->Abandon();
-    StopProvider();
-}
-
-bool CRequest::AnswersTo(IUnknown* sink) const
-{
-    ComPtr<IUnknown> mine;
-    ComPtr<IUnknown> other;
-    return SUCCEEDED(m_outbox->Client().As(mine)) && SUCCEEDED(ComPtr<IUnknown>(sink).As(other)) &&
-           mine.Get() == other.Get();
+    SetEvent(m_cancelled.Get());
+    ComPtr<IWbemServices> provider;
+    ComPtr<IWbemObjectSink> sink;
+    {
+        const CLockScope lock(m_lock);
+        m_unwanted = true;
+        provider = m_provider;
+        sink = m_providerSink;
+    }
+    // Providers need not support it: whatever they go on to send is refused.
+    if (provider)
+        provider->CancelAsyncCall(sink.Get());
 }
 
 void CRequest::EnterProvider(ComPtr<IWbemServices> provider, ComPtr<IWbemObjectSink> sink)
@@ -40,20 +61,5 @@ void CRequest::EnterProvider(ComPtr<IWbemServices> provider, ComPtr<IWbemObjectS
 void CRequest::LeaveProvider()
 {
     EnterProvider(nullptr, nullptr);
-}
-
-void CRequest::StopProvider()
-{
-    SetEvent(m_cancelled.Get());
-    ComPtr<IWbemServices> provider;
-    ComPtr<IWbemObjectSink> sink;
-    {
-        const CLockScope lock(m_lock);
-        provider = m_provider;
-        sink = m_providerSink;
-    }
-    // Providers need not support it: whatever they go on to send is refused.
-    if (provider)
-        provider->CancelAsyncCall(sink.Get());
 }
 } // namespace standin

@@ -9,6 +9,7 @@ namespace
 constexpr wchar_t kKey[] = L"SOFTWARE\\WMI stand-in";
 constexpr wchar_t kMofFiles[] = L"MofFiles";
 constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
+constexpr wchar_t kRepetitions[] = L"Repetitions";
 constexpr DWORD kDefaultIdleTime = 3000;
 
 bool WriteValue(const wchar_t* name, DWORD type, const void* data, size_t size)
@@ -18,6 +19,16 @@ bool WriteValue(const wchar_t* name, DWORD type, const void* data, size_t size)
                            nullptr) == ERROR_SUCCESS &&
            RegSetValueExW(key.Get(), name, 0, type, static_cast<const BYTE*>(data),
                           static_cast<DWORD>(size)) == ERROR_SUCCESS;
+}
+
+DWORD ReadNumber(const wchar_t* name, DWORD otherwise)
+{
+    DWORD number = 0;
+    DWORD size = sizeof number;
+    return RegGetValueW(HKEY_LOCAL_MACHINE, kKey, name, RRF_RT_REG_DWORD, nullptr, &number, &size) ==
+                   ERROR_SUCCESS
+               ? number
+               : otherwise;
 }
 } // namespace
 
@@ -47,17 +58,18 @@ bool WriteMofFiles(const std::vector<std::wstring>& files)
 
 DWORD ReadIdleTime()
 {
-    DWORD milliseconds = 0;
-    DWORD size = sizeof milliseconds;
-    return RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kIdleTime, RRF_RT_REG_DWORD, nullptr, &milliseconds,
-                        &size) == ERROR_SUCCESS
-               ? milliseconds
-               : kDefaultIdleTime;
+    return ReadNumber(kIdleTime, kDefaultIdleTime);
 }
 
 bool WriteIdleTime(DWORD milliseconds)
 {
     return WriteValue(kIdleTime, REG_DWORD, &milliseconds, sizeof milliseconds);
+}
+
+void CountRepetition()
+{
+    const DWORD count = ReadNumber(kRepetitions, 0) + 1;
+    WriteValue(kRepetitions, REG_DWORD, &count, sizeof count);
 }
 
 bool ForgetSettings()

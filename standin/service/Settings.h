@@ -17,6 +17,9 @@ bool WriteMofFiles(const std::vector<std::wstring>& files);
 DWORD ReadIdleTime();
 bool WriteIdleTime(DWORD milliseconds);
 
+// Counts, in the same key, whatever had to be done again for a provider to start: the value "Repetitions".
+void CountRepetition();
+
 // Removes the key.
 bool ForgetSettings();
 } // namespace standin

@@ -168,45 +168,11 @@ TEST_F(CStandinFailure, OfTheComServiceGoesUnnoticed)
     }
 }
 
-TEST_F(CStandinFailure, OfASinkStopsItsCallAndNoOther)
-{
-    const CHandle stopped = NamedEvent(kStoppedEvent);
-    const ComPtr<CClientSink> failing = MakeCom<CClientSink>(E_FAIL);
-    ASSERT_EQ(WBEM_S_NO_ERROR, m_services->CreateInstanceEnumAsync(CBstr(L"StandinTest_Endless").Get(), 0,
-                                                                   nullptr, failing.Get()));
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
-    ASSERT_TRUE(failing->WaitForStatus());
-    EXPECT_EQ(wmi::CallCancelled, failing->Result());
-    ComPtr<IWbemClassObject> item;
-    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
-}
-
-TEST_F(CStandinFailure, CancelsAnEnumeration)
-{
-    const CHandle stopped = NamedEvent(kStoppedEvent);
-    const ComPtr<CClientSink> sink = MakeCom<CClientSink>();
-    ASSERT_EQ(WBEM_S_NO_ERROR, m_services->CreateInstanceEnumAsync(CBstr(L"StandinTest_Endless").Get(), 0,
-                                                                   nullptr, sink.Get()));
-    ASSERT_TRUE(sink->WaitForObject());
-    EXPECT_EQ(WBEM_S_NO_ERROR, m_services->CancelAsyncCall(sink.Get()));
-    ASSERT_TRUE(sink->WaitForStatus());
-    EXPECT_EQ(wmi::CallCancelled, sink->Result());
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
-    EXPECT_EQ(1, sink->Statuses());
-}
-
-TEST_F(CStandinFailure, CancelsAMethodThatIsStillRunning)
+TEST_F(CStandinFailure, OfTheClientEndsAMethodThatIsStillRunning)
 {
     const CHandle blocked = NamedEvent(kBlockedEvent);
     const CHandle go = NamedEvent(kGoEvent);
-    const ComPtr<CClientSink> sink = MakeCom<CClientSink>();
-    ASSERT_EQ(WBEM_S_NO_ERROR,
-              m_services->ExecMethodAsync(CBstr(L"StandinTest_Item.Name=\"n1\"").Get(), CBstr(L"Block").Get(),
-                                          0, nullptr, nullptr, sink.Get()));
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(blocked.Get(), 60000));
-    EXPECT_EQ(WBEM_S_NO_ERROR, m_services->CancelAsyncCall(sink.Get()));
-    ASSERT_TRUE(sink->WaitForStatus());
-    EXPECT_EQ(wmi::CallCancelled, sink->Result());
+    CallBlock(blocked); // and drops the result
     // Others do not wait for it.
     ComPtr<IWbemClassObject> item;
     EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
@@ -223,12 +189,6 @@ TEST_F(CStandinFailure, CancelsWhatADroppedEnumeratorAskedFor)
     ASSERT_EQ(WBEM_S_NO_ERROR, objects->Next(60000, 1, first.Put(), &returned));
     objects.Reset();
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
-}
-
-TEST_F(CStandinFailure, KnowsNoCallOfAnUnknownSink)
-{
-    EXPECT_EQ(wmi::NotFound, m_services->CancelAsyncCall(MakeCom<CClientSink>().Get()));
-    EXPECT_EQ(wmi::InvalidParameter, m_services->CancelAsyncCall(nullptr));
 }
 
 TEST_F(CStandinFailure, TimesOutAndGoesOn)

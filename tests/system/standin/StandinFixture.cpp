@@ -1,13 +1,5 @@
 #include "tests/system/standin/StandinFixture.h"
 
-namespace
-{
-HANDLE NewEvent()
-{
-    return CreateEventW(nullptr, TRUE, FALSE, nullptr);
-}
-} // namespace
-
 void CStandinTest::SetUp()
 {
     ASSERT_EQ(WBEM_S_NO_ERROR, Connect(L"root\\cimv2", nullptr, m_services));
@@ -90,21 +82,4 @@ ComPtr<IWbemClassObject> InParameters(IWbemServices* services, const wchar_t* me
     CVariant number = CVariant::FromLong(value);
     EXPECT_EQ(WBEM_S_NO_ERROR, in->Put(name, 0, &number, 0));
     return in;
-}
-
-CClientSink::CClientSink(HRESULT answer) : m_answer(answer), m_object(NewEvent()), m_status(NewEvent()) {}
-
-STDMETHODIMP CClientSink::Indicate(LONG count, IWbemClassObject** objects)
-{
-    m_objects.insert(m_objects.end(), objects, objects + count);
-    SetEvent(m_object.Get());
-    return m_answer;
-}
-
-STDMETHODIMP CClientSink::SetStatus(LONG, HRESULT result, BSTR, IWbemClassObject*)
-{
-    ++m_statuses;
-    m_result = result;
-    SetEvent(m_status.Get());
-    return WBEM_S_NO_ERROR;
 }

@@ -53,28 +53,3 @@ ComPtr<IWbemClassObject> TakeErrorObject();
 // An instance of a method's in-parameters with one number in it.
 ComPtr<IWbemClassObject> InParameters(IWbemServices* services, const wchar_t* method, const wchar_t* name,
                                       LONG value);
-
-// A client's sink. Can wait until the call has ended or an object has come, and can refuse objects.
-class CClientSink : public CComObject<IWbemObjectSink>
-{
-  public:
-    explicit CClientSink(HRESULT answer = WBEM_S_NO_ERROR);
-
-    STDMETHODIMP Indicate(LONG count, IWbemClassObject** objects) override;
-    STDMETHODIMP SetStatus(LONG flags, HRESULT result, BSTR text, IWbemClassObject* object) override;
-
-    // False after a minute.
-    bool WaitForObject() const { return WaitForSingleObject(m_object.Get(), 60000) == WAIT_OBJECT_0; }
-    bool WaitForStatus() const { return WaitForSingleObject(m_status.Get(), 60000) == WAIT_OBJECT_0; }
-    const Objects& Received() const { return m_objects; }
-    int Statuses() const { return m_statuses; }
-    HRESULT Result() const { return m_result; }
-
-  private:
-    const HRESULT m_answer;
-    const CHandle m_object;
-    const CHandle m_status;
-    Objects m_objects;
-    std::atomic<int> m_statuses{0};
-    std::atomic<HRESULT> m_result{S_OK};
-};

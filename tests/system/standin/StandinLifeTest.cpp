@@ -73,19 +73,6 @@ class CStandinLife : public CStandinTest
 {
 };
 
-TEST_F(CStandinLife, OpensANamespaceBelow)
-{
-    ComPtr<IWbemServices> root;
-    ComPtr<IWbemServices> cimv2;
-    ASSERT_EQ(WBEM_S_NO_ERROR, Connect(L"root", nullptr, root));
-    ASSERT_EQ(WBEM_S_NO_ERROR, root->OpenNamespace(CBstr(L"cimv2").Get(), 0, nullptr, cimv2.Put(), nullptr));
-    ComPtr<IWbemClassObject> item;
-    EXPECT_EQ(WBEM_S_NO_ERROR,
-              cimv2->GetObject(CBstr(L"StandinTest_Item='n1'").Get(), 0, nullptr, item.Put(), nullptr));
-    EXPECT_EQ(wmi::InvalidNamespace,
-              root->OpenNamespace(CBstr(L"none").Get(), 0, nullptr, cimv2.Put(), nullptr));
-}
-
 TEST_F(CStandinLife, LetsClientsSetTheSecurityOfWhatTheyGet)
 {
     ComPtr<IEnumWbemClassObject> objects;

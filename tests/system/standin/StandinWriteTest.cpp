@@ -26,17 +26,6 @@ TEST_F(CStandinWrite, RunsAMethod)
     EXPECT_EQ(L"0", Text(out.Get(), L"ReturnValue"));
 }
 
-TEST_F(CStandinWrite, RunsAMethodForASink)
-{
-    const ComPtr<CClientSink> sink = MakeCom<CClientSink>();
-    ASSERT_EQ(WBEM_S_NO_ERROR, m_services->ExecMethodAsync(
-                                   CBstr(kItem).Get(), CBstr(L"dOUBLE").Get(), 0, nullptr,
-                                   InParameters(m_services.Get(), L"Double", L"Value", 3).Get(), sink.Get()));
-    ASSERT_TRUE(sink->WaitForStatus());
-    EXPECT_EQ(WBEM_S_NO_ERROR, sink->Result());
-    EXPECT_EQ((std::vector<std::wstring>{L"6"}), Texts(sink->Received(), L"Result"));
-}
-
 struct MethodCase
 {
     const char* name;
@@ -143,11 +132,5 @@ TEST_F(CStandinWrite, PutsOnlyWhatAProviderTakes)
               m_services->PutInstance(instance.Get(), 0, nullptr, nullptr));
     EXPECT_EQ(wmi::InvalidObject, m_services->PutInstance(definition.Get(), 0, nullptr, nullptr));
     EXPECT_EQ(wmi::InvalidParameter, m_services->PutInstance(nullptr, 0, nullptr, nullptr));
-}
-
-TEST_F(CStandinWrite, DeletesNothingThatItsProviderKeeps)
-{
-    EXPECT_EQ(static_cast<HRESULT>(WBEM_E_PROVIDER_NOT_CAPABLE),
-              m_services->DeleteInstance(CBstr(kItem).Get(), 0, nullptr, nullptr));
 }
 } // namespace

@@ -21,7 +21,7 @@ HANDLE LastReleased()
 std::atomic<int> g_providers{0};
 
 // A provider implements two interfaces of which one already has all its methods written.
-class CTestProvider : public standin::CUnsupportedServices, public IWbemProviderInit
+class CTestProvider : public standin::CUnsupportedServices<>, public IWbemProviderInit
 {
   public:
     explicit CTestProvider(bool broken) : m_broken(broken) { ++g_providers; }
@@ -39,10 +39,10 @@ class CTestProvider : public standin::CUnsupportedServices, public IWbemProvider
             AddRef();
             return S_OK;
         }
-        return CUnsupportedServices::QueryInterface(riid, out);
+        return CUnsupportedServices<>::QueryInterface(riid, out);
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return CUnsupportedServices::AddRef(); }
-    STDMETHODIMP_(ULONG) Release() override { return CUnsupportedServices::Release(); }
+    STDMETHODIMP_(ULONG) AddRef() override { return CUnsupportedServices<>::AddRef(); }
+    STDMETHODIMP_(ULONG) Release() override { return CUnsupportedServices<>::Release(); }
 
     STDMETHODIMP Initialize(LPWSTR, LONG, LPWSTR, LPWSTR, IWbemServices* nameSpace, IWbemContext*,
                             IWbemProviderInitSink* sink) override

@@ -1,4 +1,4 @@
-// A namespace that supports nothing: what serves some operations derives from it and overrides those.
+// A namespace that supports nothing: a class that serves some operations derives from it and overrides those.
 #pragma once
 
 #include "Common/src/com/ComObject.h"
@@ -7,7 +7,8 @@
 namespace standin
 {
 // clang-format off
-class CUnsupportedServices : public CComObject<IWbemServices>
+template <class Base = CComObject<IWbemServices>>
+class CUnsupportedServices : public Base
 {
   public:
     STDMETHODIMP OpenNamespace(const BSTR, long, IWbemContext*, IWbemServices**, IWbemCallResult**) override { return wmi::NotSupported; }

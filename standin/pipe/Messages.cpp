@@ -1,0 +1,93 @@
+#include "standin/pipe/Messages.h"
+
+#include "standin/object/ObjectBytes.h"
+
+namespace standin
+{
+namespace
+{
+enum class AnswerKind : uint8_t
+{
+    Object,
+    Outcome
+};
+
+void WriteCounted(CByteWriter& writer, const std::vector<BYTE>& bytes)
+{
+    writer.Number(static_cast<uint32_t>(bytes.size()));
+    writer.Raw(bytes.data(), bytes.size());
+}
+
+std::span<const BYTE> ReadCounted(CByteReader& reader)
+{
+    return reader.Raw(reader.Number<uint32_t>());
+}
+} // namespace
+
+std::vector<BYTE> Encode(const CCallMessage& message)
+{
+    std::vector<BYTE> bytes;
+    CByteWriter writer(bytes);
+    writer.Number(message.What);
+    writer.Text(message.Service);
+    writer.Text(message.NameSpace);
+    writer.Text(message.Locale);
+    writer.Number(static_cast<int32_t>(message.Flags));
+    writer.Text(message.Subject);
+    writer.Text(message.Detail);
+    WriteCounted(writer, BytesOf(message.Context.Get()));
+    WriteCounted(writer, BytesOf(message.Object.Get()));
+    return bytes;
+}
+
+CCallMessage DecodeCall(std::span<const BYTE> bytes)
+{
+    CByteReader reader(bytes, kMaxNesting);
+    CCallMessage message;
+    message.What = reader.Number<Operation>();
+    message.Service = reader.Text();
+    message.NameSpace = reader.Text();
+    message.Locale = reader.Text();
+    message.Flags = reader.Number<int32_t>();
+    message.Subject = reader.Text();
+    message.Detail = reader.Text();
+    message.Context = ContextFrom(ReadCounted(reader));
+    message.Object = ObjectFrom(ReadCounted(reader));
+    return message;
+}
+
+std::vector<BYTE> Encode(const CAnswer& answer)
+{
+    std::vector<BYTE> bytes;
+    CByteWriter writer(bytes);
+    if (const auto* object = std::get_if<ComPtr<IWbemClassObject>>(&answer))
+    {
+        writer.Number(AnswerKind::Object);
+        WriteCounted(writer, BytesOf(object->Get()));
+        return bytes;
+    }
+    const COutcome& outcome = std::get<COutcome>(answer);
+    writer.Number(AnswerKind::Outcome);
+    writer.Number(static_cast<int32_t>(outcome.Result));
+    writer.Number(static_cast<uint8_t>(outcome.Text ? 1 : 0));
+    writer.Text(outcome.Text.View());
+    WriteCounted(writer, BytesOf(outcome.Status.Get()));
+    WriteCounted(writer, BytesOf(outcome.Object.Get()));
+    return bytes;
+}
+
+CAnswer DecodeAnswer(std::span<const BYTE> bytes)
+{
+    CByteReader reader(bytes, kMaxNesting);
+    if (reader.Number<AnswerKind>() == AnswerKind::Object)
+        return ObjectFrom(ReadCounted(reader));
+    COutcome outcome(reader.Number<int32_t>());
+    const bool hasText = reader.Number<uint8_t>() != 0;
+    const std::wstring text = reader.Text();
+    if (hasText)
+        outcome.Text = CBstr(std::wstring_view(text));
+    outcome.Status = ObjectFrom(ReadCounted(reader));
+    outcome.Object = ObjectFrom(ReadCounted(reader));
+    return outcome;
+}
+} // namespace standin

@@ -1,0 +1,67 @@
+// One end of a named pipe between a client and the service, carrying frames: a 32-bit size, then that many
+// bytes. It breaks when either process ends, however it ends, and the other one notices at once.
+#pragma once
+
+#include "Common/src/com/Owned.h"
+
+#include <span>
+#include <vector>
+
+namespace standin
+{
+// Under this name the service of the Wine prefix listens.
+inline constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\WMI stand-in";
+
+// Milliseconds from now at which a wait ends; INFINITE never ends.
+class CDeadline
+{
+  public:
+    explicit CDeadline(DWORD milliseconds) noexcept : m_length(milliseconds), m_start(GetTickCount64()) {}
+
+    // What is left; 0 once it has passed.
+    DWORD Left() const noexcept;
+
+  private:
+    const DWORD m_length;
+    const ULONGLONG m_start;
+};
+
+// Used by one thread at a time.
+class CPipe
+{
+  public:
+    // Takes over a handle that was opened for overlapped use.
+    explicit CPipe(CFileHandle handle);
+    CPipe(const CPipe&) = delete;
+    CPipe& operator=(const CPipe&) = delete;
+    ~CPipe();
+
+    // False where the other end is gone. Waits while it does not read.
+    bool Send(std::span<const BYTE> frame);
+
+    enum class Received
+    {
+        Frame,
+        Nothing, // in the given time
+        TheEnd   // the other end is gone
+    };
+    // A wait that ends without a frame loses nothing: the next one goes on.
+    Received Receive(std::vector<BYTE>& frame, DWORD milliseconds);
+
+    // Set when Receive has something to tell.
+    HANDLE Incoming();
+
+  private:
+    bool TakeFrame(std::vector<BYTE>& frame);
+    bool BeginRead();
+
+    const CFileHandle m_handle;
+    const CHandle m_written;
+    const CHandle m_read;
+    OVERLAPPED m_reading = {};
+    bool m_underWay = false; // a read into m_chunk
+    bool m_gone = false;
+    std::vector<BYTE> m_chunk;
+    std::vector<BYTE> m_bytes; // read, and not yet taken
+};
+} // namespace standin

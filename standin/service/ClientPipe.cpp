@@ -1,0 +1,118 @@
+#include "standin/service/ClientPipe.h"
+
+#include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/Variant.h"
+#include "Common/src/com/WmiStatus.h"
+#include "standin/object/Objects.h"
+#include "standin/service/Operations.h"
+#include "standin/service/Request.h"
+#include "standin/service/Service.h"
+#include "standin/service/Worker.h"
+
+namespace standin
+{
+namespace
+{
+constexpr wchar_t kLocaleId[] = L"LocaleID";
+
+// What the provider is to see: the client's context, completed by the locale of the connection.
+ComPtr<IWbemContext> WithLocale(ComPtr<IWbemContext> context, const std::wstring& locale)
+{
+    if (!context)
+        context = MakeContext();
+    CVariant own;
+    if (!locale.empty() && FAILED(context->GetValue(kLocaleId, 0, own.Put())))
+    {
+        CVariant value = CVariant::FromText(locale.c_str());
+        context->SetValue(kLocaleId, 0, &value);
+    }
+    return context;
+}
+
+// Waits until the client closes its end.
+void WaitForTheEnd(CPipe& pipe)
+{
+    std::vector<BYTE> frame;
+    while (pipe.Receive(frame, INFINITE) == CPipe::Received::Frame)
+    {
+    }
+}
+
+void Answer(CPipe& pipe, COutcome outcome)
+{
+    if (pipe.Send(Encode(CAnswer(std::move(outcome)))))
+        WaitForTheEnd(pipe);
+}
+
+// Sends what comes until the outcome has been sent; false where the client has gone before.
+bool SendAnswers(CPipe& pipe, CRequest& request)
+{
+    const HANDLE handles[] = {request.Answered(), pipe.Incoming()};
+    while (WaitForMultipleObjects(2, handles, FALSE, INFINITE) == WAIT_OBJECT_0)
+        for (const CAnswer& answer : request.TakeAnswers())
+        {
+            if (!pipe.Send(Encode(answer)))
+                return false;
+            if (std::holds_alternative<COutcome>(answer))
+                return true;
+        }
+    return false;
+}
+
+void ServeCall(CService& service, CPipe& pipe, CCallMessage call)
+{
+    auto request = std::make_shared<CRequest>(call.Flags, WithLocale(call.Context, call.Locale));
+    RunOnWorker(
+        [&service, request, call = std::move(call)]
+        {
+            const CServiceLife::CUse use(service.Life());
+            COutcome outcome;
+            const HRESULT ran = AtComBoundary(
+                [&]
+                {
+                    outcome = CarryOut(service, call, *request);
+                    return S_OK;
+                });
+            request->Finish(FAILED(ran) ? COutcome(ran) : std::move(outcome));
+        });
+    if (SendAnswers(pipe, *request))
+        WaitForTheEnd(pipe);
+    else
+        request->Cancel();
+}
+
+void Serve(CService& service, CPipe& pipe)
+{
+    std::vector<BYTE> frame;
+    if (pipe.Receive(frame, INFINITE) != CPipe::Received::Frame)
+        return;
+    CCallMessage call = DecodeCall(frame);
+    if (call.What == Operation::Connect)
+    {
+        COutcome outcome;
+        if (service.Repository().HasNamespace(call.NameSpace))
+            outcome.Text = CBstr(std::wstring_view(service.Id()));
+        else
+            outcome.Result = wmi::InvalidNamespace;
+        Answer(pipe, std::move(outcome));
+    }
+    // The connection was to a service that is no more.
+    else if (call.Service != service.Id())
+        Answer(pipe, HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE));
+    else
+        ServeCall(service, pipe, std::move(call));
+}
+} // namespace
+
+void ServePipe(CService& service, CServiceLife::CUse use, std::unique_ptr<CPipe> pipe)
+{
+    auto held = std::make_shared<CServiceLife::CUse>(std::move(use));
+    RunOnWorker(
+        [&service, held = std::move(held), pipe = std::shared_ptr<CPipe>(std::move(pipe))]() mutable
+        {
+            Serve(service, *pipe);
+            // The client sees its pipe go before the service counts as unused.
+            pipe.reset();
+        });
+}
+} // namespace standin
