@@ -12,7 +12,6 @@ extern "C" BOOL WINAPI ProxyDllMain(HINSTANCE instance, DWORD reason, void* rese
 extern "C" HRESULT WINAPI ProxyDllGetClassObject(REFCLSID clsid, REFIID riid, void** out);
 extern "C" HRESULT WINAPI ProxyDllCanUnloadNow();
 extern "C" HRESULT WINAPI ProxyDllRegisterServer();
-extern "C" HRESULT WINAPI ProxyDllUnregisterServer();
 
 namespace
 {
@@ -79,16 +78,5 @@ STDAPI DllRegisterServer()
         {
             const HRESULT hr = ProxyDllRegisterServer();
             return FAILED(hr) ? hr : standin::RegisterClasses(g_instance);
-        });
-}
-
-STDAPI DllUnregisterServer()
-{
-    return AtComBoundary(
-        []
-        {
-            const HRESULT proxies = ProxyDllUnregisterServer();
-            const HRESULT classes = standin::UnregisterClasses();
-            return FAILED(proxies) ? proxies : classes;
         });
 }

@@ -1,13 +1,12 @@
-// The DLL's classes in the registry. Two of them, the locator and the call context, may belong to another
-// implementation already: it is remembered and put back on unregistration.
+// The DLL's classes in the registry. Two of them, the locator and the call context, replace what the system
+// has in this prefix.
 #pragma once
 
 #include <windows.h>
 
 namespace standin
 {
-// Need write access to HKEY_LOCAL_MACHINE; SELFREG_E_CLASS where they have not got it. Repeating them is
+// Needs write access to HKEY_LOCAL_MACHINE; SELFREG_E_CLASS where it has not got it. Repeating it is
 // harmless.
 HRESULT RegisterClasses(HINSTANCE dll);
-HRESULT UnregisterClasses();
 } // namespace standin

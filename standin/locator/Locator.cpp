@@ -4,8 +4,7 @@
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
 #include "standin/locator/ClientServices.h"
-#include "standin/locator/Locale.h"
-#include "standin/locator/NetworkPath.h"
+#include "standin/locator/Names.h"
 
 namespace standin
 {

@@ -1,8 +1,8 @@
 #include "standin/service/Activation.h"
 
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/ServiceHandle.h"
 #include "standin/locator/ServiceProgram.h"
-#include "standin/service/ComService.h"
 #include "standin/service/Settings.h"
 
 #include <algorithm>
@@ -14,6 +14,51 @@ namespace
 {
 // COM itself waits half a minute for a server that it has started.
 constexpr DWORD kLongestActivation = 120000;
+
+// COM's own service (RpcSs), which knows the local servers that run.
+//
+// Wine's keeps the registration of a server that ended without revoking it, and from then on answers every
+// activation of the class with that dead process. To restart the service is the only way to make it forget. A
+// process that has used it before that cannot use the new one: its connections name a group that the new one
+// does not know, and are refused.
+// How long it may take to stop.
+constexpr DWORD kLongestStop = 10000;
+
+CServiceHandle OpenComService(DWORD access) noexcept
+{
+    const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    return CServiceHandle(OpenServiceW(manager.Get(), L"RpcSs", access));
+}
+
+DWORD ProcessOf(SC_HANDLE service) noexcept
+{
+    SERVICE_STATUS_PROCESS status = {};
+    DWORD size = 0;
+    return QueryServiceStatusEx(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                                sizeof status, &size)
+               ? status.dwProcessId
+               : 0;
+}
+
+// The service's process; 0 while it does not run.
+DWORD ComServiceProcess() noexcept
+{
+    return ProcessOf(OpenComService(SERVICE_QUERY_STATUS).Get());
+}
+
+// Stops the service if it is still this process, and returns when that has ended; the next use of COM starts
+// another.
+void RestartComService(DWORD process) noexcept
+{
+    const CServiceHandle service = OpenComService(SERVICE_STOP | SERVICE_QUERY_STATUS);
+    if (process == 0 || ProcessOf(service.Get()) != process)
+        return;
+    // Its process must be gone before this returns: it would go on to answer for a while.
+    const CHandle running(OpenProcess(SYNCHRONIZE, FALSE, process));
+    SERVICE_STATUS status = {};
+    if (ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) && running)
+        WaitForSingleObject(running.Get(), kLongestStop);
+}
 
 // A reference to an object as COM writes it for another process. All zero when new.
 struct CReference
@@ -36,8 +81,8 @@ CReferenceView View(const CHandle& section)
         static_cast<CReference*>(MapViewOfFile(section.Get(), FILE_MAP_WRITE, 0, 0, sizeof(CReference))));
 }
 
-// Where the exporter's identifier stands in a standard reference; its upper half is, under Wine, the number of
-// the process.
+// Where the exporter's identifier stands in a standard reference; its upper half is, under Wine, the number
+// of the process.
 constexpr size_t kExporter = 32;
 
 DWORD ProcessOf(const CReference& reference)
@@ -127,7 +172,7 @@ HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server)
     const HRESULT hr = ActivateInProcessOfItsOwn(clsid, riid, server);
     if (!IsServerGone(hr))
         return hr;
-    CountRepetition();
+    Count(kDeadServersForgotten);
     RestartComService(service);
     return ActivateInProcessOfItsOwn(clsid, riid, server);
 }

@@ -1,7 +1,7 @@
 // Starting a provider as a COM local server.
 //
 // Each time a process of its own asks COM for it and leaves what it gets to the service. So the service is no
-// client of COM's service, which may have to be restarted (see ComService.h), and holds no other proxy of the
+// client of COM's service, which may have to be restarted, and holds no other proxy of the
 // provider's process than the provider's own (see proxy/HeldReference.h).
 #pragma once
 

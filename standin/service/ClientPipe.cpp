@@ -7,13 +7,45 @@
 #include "standin/service/Operations.h"
 #include "standin/service/Request.h"
 #include "standin/service/Service.h"
-#include "standin/service/Worker.h"
+
+#include <functional>
+#include <objbase.h>
 
 namespace standin
 {
 namespace
 {
 constexpr wchar_t kLocaleId[] = L"LocaleID";
+
+DWORD WINAPI RunWork(void* context)
+{
+    std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(context));
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    AtComBoundary(
+        [&]
+        {
+            (*work)();
+            return S_OK;
+        });
+    // What the work holds goes before the apartment does.
+    work.reset();
+    CoUninitialize();
+    return 0;
+}
+
+// Starts the work on a thread of its own, inside the multithreaded apartment; where the system has no thread
+// left, it runs at once on this one. An exception ends it quietly.
+//
+// Not the system's thread pool: incoming COM calls run there too, and under Wine a call may then wait for a
+// request that takes as long as a diagnostic does.
+void RunOnWorker(std::function<void()> work)
+{
+    auto owned = std::make_unique<std::function<void()>>(std::move(work));
+    if (const CHandle thread(CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr)); thread)
+        owned.release();
+    else
+        (*owned)();
+}
 
 // What the provider is to see: the client's context, completed by the locale of the connection.
 ComPtr<IWbemContext> WithLocale(ComPtr<IWbemContext> context, const std::wstring& locale)

@@ -2,7 +2,7 @@
 
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/Locale.h"
+#include "standin/locator/Names.h"
 #include "standin/object/Objects.h"
 #include "standin/service/MethodParameters.h"
 #include "standin/service/Service.h"

@@ -2,28 +2,14 @@
 #include "standin/service/Activation.h"
 #include "standin/service/CompileMof.h"
 #include "standin/service/Serve.h"
-#include "standin/service/Settings.h"
 
 #include "Common/src/com/Text.h"
 
 #include <cstdio>
-#include <cwchar>
 
 namespace
 {
 using Arguments = std::vector<std::wstring>;
-
-int SetIdleTime(const Arguments& arguments)
-{
-    wchar_t* end = nullptr;
-    const unsigned long milliseconds = arguments.empty() ? 0 : std::wcstoul(arguments[0].c_str(), &end, 10);
-    if (arguments.size() != 1 || *end != L'\0' || end == arguments[0].c_str())
-    {
-        std::fprintf(stderr, "/idle takes a number of milliseconds.\n");
-        return 1;
-    }
-    return standin::WriteIdleTime(milliseconds) ? 0 : 1;
-}
 
 struct SwitchRow
 {
@@ -34,13 +20,9 @@ struct SwitchRow
 
 constexpr SwitchRow kSwitches[] = {
     {L"serve", [](const Arguments&) { return standin::Serve(); }, "serve; this is how the locator starts it"},
-    {L"activate", standin::ActivateForService,
-     "CLASS INTERFACE NAME  start a local server for the service"},
+    {L"activate", standin::ActivateForService, "CLASS INTERFACE NAME  start a local server for the service"},
     {L"compile", [](const Arguments& files) { return standin::CompileMof(files); },
      "FILE ...  check MOF files and remember them for the repository"},
-    {L"idle", SetIdleTime, "MILLISECONDS  how long to hold on to what nobody uses"},
-    {L"forget", [](const Arguments&) { return standin::ForgetSettings() ? 0 : 1; },
-     "forget the MOF files and the idle time"},
 };
 
 int ShowUsage()

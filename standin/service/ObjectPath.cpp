@@ -57,82 +57,31 @@ template <class Rule>
 struct Action : nothing<Rule>
 {
 };
-template <>
-struct Action<Server>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        out.Server = WidenUtf8(in.string());
+
+#define ON_MATCH(Rule, ...)                                                                                  \
+    template <>                                                                                              \
+    struct Action<Rule>                                                                                      \
+    {                                                                                                        \
+        template <class Input>                                                                               \
+        static void apply(const Input& in, CObjectPath& out)                                                 \
+        {                                                                                                    \
+            [[maybe_unused]] const std::wstring text = WidenUtf8(in.string());                               \
+            __VA_ARGS__;                                                                                     \
+        }                                                                                                    \
     }
-};
-template <>
-struct Action<NameSpace>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        out.NameSpace = WidenUtf8(in.string());
-        std::replace(out.NameSpace.begin(), out.NameSpace.end(), L'/', L'\\');
-    }
-};
-template <>
-struct Action<ClassName>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        out.ClassName = WidenUtf8(in.string());
-    }
-};
-template <>
-struct Action<Singleton>
-{
-    template <class Input>
-    static void apply(const Input&, CObjectPath& out)
-    {
-        out.IsInstance = true;
-    }
-};
-template <>
-struct Action<KeyName>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        out.Keys.push_back({WidenUtf8(in.string()), {}});
-    }
-};
-template <>
-struct Action<UnnamedKey>
-{
-    template <class Input>
-    static void apply(const Input&, CObjectPath& out)
-    {
-        out.IsInstance = true;
-    }
-};
-template <>
-struct Action<KeyValue>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        if (out.Keys.empty())
-            out.Keys.emplace_back();
-        out.Keys.back().Value = rules::LiteralText(in.string());
-        out.IsInstance = true;
-    }
-};
-template <>
-struct Action<Relative>
-{
-    template <class Input>
-    static void apply(const Input& in, CObjectPath& out)
-    {
-        out.Relative = WidenUtf8(in.string());
-    }
-};
+
+ON_MATCH(Server, out.Server = text);
+ON_MATCH(NameSpace, out.NameSpace = text;
+         std::replace(out.NameSpace.begin(), out.NameSpace.end(), L'/', L'\\'));
+ON_MATCH(ClassName, out.ClassName = text);
+ON_MATCH(Singleton, out.IsInstance = true);
+ON_MATCH(KeyName, out.Keys.push_back({text, {}}));
+ON_MATCH(UnnamedKey, out.IsInstance = true);
+ON_MATCH(KeyValue, if (out.Keys.empty()) out.Keys.emplace_back();
+         out.Keys.back().Value = rules::LiteralText(in.string()); out.IsInstance = true);
+ON_MATCH(Relative, out.Relative = text);
+
+#undef ON_MATCH
 } // namespace path
 } // namespace
 

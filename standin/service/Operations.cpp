@@ -2,7 +2,7 @@
 
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/NetworkPath.h"
+#include "standin/locator/Names.h"
 #include "standin/service/InstanceSource.h"
 #include "standin/service/QueryRun.h"
 #include "standin/service/Service.h"
@@ -12,8 +12,8 @@ namespace standin
 namespace
 {
 // Flags that every operation takes.
-constexpr long kAnyCall = WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY |
-                          WBEM_FLAG_USE_AMENDED_QUALIFIERS;
+constexpr long kAnyCall =
+    WBEM_FLAG_RETURN_IMMEDIATELY | WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_USE_AMENDED_QUALIFIERS;
 constexpr long kRead = kAnyCall | WBEM_FLAG_DIRECT_READ;
 constexpr long kEnumerate = kRead | WBEM_FLAG_SHALLOW | WBEM_FLAG_ENSURE_LOCATABLE;
 constexpr long kQuery = kRead | WBEM_FLAG_ENSURE_LOCATABLE;
@@ -86,7 +86,8 @@ COutcome Execute(CService& service, const CCallMessage& call, CRequest& request)
 {
     if (call.Detail.empty())
         return wmi::InvalidParameter;
-    return AtPath(service, call, request, [&](CInstanceSource& source, const CObjectPath& path)
+    return AtPath(service, call, request,
+                  [&](CInstanceSource& source, const CObjectPath& path)
                   { return source.Execute(path, call.Detail, call.Object.Get()); });
 }
 

@@ -75,7 +75,7 @@ HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstri
     if (IsServerGone(hr))
     {
         // It was found while it was ending; the next one is another process.
-        CountRepetition();
+        Count(kStartsRepeated);
         hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
     }
     return SUCCEEDED(hr) ? wmi::NoError : wmi::ProviderLoadFailure;

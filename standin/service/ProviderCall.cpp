@@ -1,12 +1,89 @@
 #include "standin/service/ProviderCall.h"
 
+#include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/ComObject.h"
 #include "Common/src/com/WmiStatus.h"
 #include "standin/service/Activation.h"
+
+#include <optional>
 
 namespace standin
 {
 namespace
 {
+// The sink that a provider answers to. Hands each object on at once and remembers how the call ended.
+class CProviderSink : public CComObject<IWbemObjectSink>
+{
+  public:
+    explicit CProviderSink(ObjectConsumer consume);
+
+    STDMETHODIMP Indicate(long count, IWbemClassObject** objects) override;
+    STDMETHODIMP SetStatus(long flags, HRESULT result, BSTR text, IWbemClassObject* object) override;
+
+    // Set when the provider has given its status.
+    HANDLE Ended() const noexcept { return m_ended.Get(); }
+    // Takes what the provider said, if it has, and refuses everything from now on.
+    std::optional<COutcome> Close();
+
+  private:
+    const CHandle m_ended;
+    CCriticalSection m_lock;
+    ObjectConsumer m_consume; // empty once closed
+    std::optional<COutcome> m_outcome;
+};
+
+CProviderSink::CProviderSink(ObjectConsumer consume)
+    : m_ended(CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_consume(std::move(consume))
+{
+}
+
+STDMETHODIMP CProviderSink::Indicate(long count, IWbemClassObject** objects)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (count < 0 || (count > 0 && !objects))
+                return wmi::InvalidParameter;
+            const CLockScope lock(m_lock);
+            for (long i = 0; i < count; ++i)
+            {
+                if (!m_consume || m_outcome)
+                    return wmi::CallCancelled;
+                if (!objects[i])
+                    return wmi::InvalidParameter;
+                if (const HRESULT hr = m_consume(objects[i]); FAILED(hr))
+                    return hr;
+            }
+            return wmi::NoError;
+        });
+}
+
+STDMETHODIMP CProviderSink::SetStatus(long flags, HRESULT result, BSTR text, IWbemClassObject* object)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (flags != WBEM_STATUS_COMPLETE)
+                return wmi::NoError;
+            COutcome outcome(result);
+            if (text)
+                outcome.Text = CBstr(std::wstring_view(text, SysStringLen(text)));
+            outcome.Status = object;
+            const CLockScope lock(m_lock);
+            if (!m_outcome)
+                m_outcome = std::move(outcome);
+            SetEvent(m_ended.Get());
+            return wmi::NoError;
+        });
+}
+
+std::optional<COutcome> CProviderSink::Close()
+{
+    const CLockScope lock(m_lock);
+    m_consume = nullptr;
+    return m_outcome;
+}
+
 // For the request's time in the provider: who cancels the request finds the call here.
 class CProviderScope
 {

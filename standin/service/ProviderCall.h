@@ -2,11 +2,14 @@
 #pragma once
 
 #include "standin/service/ProviderPool.h"
-#include "standin/service/ProviderSink.h"
 #include "standin/service/Request.h"
+
+#include <functional>
 
 namespace standin
 {
+// Takes an object that a provider delivered. A failure goes back to the provider, which then should stop.
+using ObjectConsumer = std::function<HRESULT(IWbemClassObject*)>;
 // Begins the provider's asynchronous operation with a sink.
 using ProviderStart = std::function<HRESULT(IWbemServices&, IWbemObjectSink*)>;
 

@@ -2,7 +2,7 @@
 
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/Locale.h"
+#include "standin/locator/Names.h"
 #include "standin/locator/UnsupportedServices.h"
 #include "standin/mof/Repository.h"
 #include "standin/proxy/HeldReference.h"
@@ -27,8 +27,7 @@ class CProviderNamespace : public CUnsupportedServices<>
             {
                 if (!path || !object)
                     return wmi::InvalidParameter;
-                *object =
-                    m_repository.GetClass(m_nameSpace, path, AmendedLocale(flags, context)).Detach();
+                *object = m_repository.GetClass(m_nameSpace, path, AmendedLocale(flags, context)).Detach();
                 return *object ? wmi::NoError : wmi::NotFound;
             });
     }

@@ -32,7 +32,7 @@ void TellThatItListens()
 }
 
 // Returns, with the mutex of those who connect held, when nothing is used any more.
-void WaitUntilIdle(CService& service, DWORD idleTime)
+void WaitUntilIdle(CService& service)
 {
     const CHandle connecting(CreateMutexW(nullptr, FALSE, kConnecting));
     const CDeadline firstClient(kFirstClient);
@@ -41,6 +41,7 @@ void WaitUntilIdle(CService& service, DWORD idleTime)
     {
         used = WaitForSingleObject(service.Life().Changed(), kLook) == WAIT_OBJECT_0 || used;
         used = used || service.Life().Uses() > 0 || firstClient.Left() == 0;
+        const DWORD idleTime = ReadIdleTime(); // a test may change it
         const bool providersGone = service.Providers().DropIdle(idleTime);
         const bool quiet = GetTickCount64() - service.Life().LastChange() >= idleTime;
         if (!used || !providersGone || !quiet || WaitForSingleObject(connecting.Get(), 0) == WAIT_TIMEOUT)
@@ -61,14 +62,13 @@ int Serve()
         {
             // By-value objects are unmarshalled here without a DLL.
             const CUnmarshalRegistration unmarshal;
-            const DWORD idleTime = ReadIdleTime();
             // Threads that are just ending may still look at it when the process ends.
             CService& service = *new CService;
             LoadRepository(service.Repository());
             HoldStubs({__uuidof(IWbemServices), __uuidof(IWbemObjectSink), __uuidof(IWbemProviderInitSink)});
             CListener listener(service);
             TellThatItListens();
-            WaitUntilIdle(service, idleTime);
+            WaitUntilIdle(service);
             // The last thing to go before those who connect may look for a service again.
             listener.Stop();
             return S_OK;

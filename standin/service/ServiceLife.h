@@ -10,7 +10,9 @@ namespace standin
 class CServiceLife
 {
   public:
-    CServiceLife();
+    CServiceLife() : m_lastChange(GetTickCount64()), m_changed(CreateEventW(nullptr, FALSE, FALSE, nullptr))
+    {
+    }
 
     // Holds the process up until destroyed; may be moved.
     class CUse
@@ -41,7 +43,12 @@ class CServiceLife
     HANDLE Changed() const noexcept { return m_changed.Get(); }
 
   private:
-    void Left() noexcept;
+    void Left() noexcept
+    {
+        m_lastChange = GetTickCount64();
+        --m_uses;
+        SetEvent(m_changed.Get());
+    }
 
     std::atomic<long> m_uses{0};
     std::atomic<ULONGLONG> m_lastChange;

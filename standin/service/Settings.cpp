@@ -9,7 +9,6 @@ namespace
 constexpr wchar_t kKey[] = L"SOFTWARE\\WMI stand-in";
 constexpr wchar_t kMofFiles[] = L"MofFiles";
 constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
-constexpr wchar_t kRepetitions[] = L"Repetitions";
 constexpr DWORD kDefaultIdleTime = 3000;
 
 bool WriteValue(const wchar_t* name, DWORD type, const void* data, size_t size)
@@ -61,20 +60,10 @@ DWORD ReadIdleTime()
     return ReadNumber(kIdleTime, kDefaultIdleTime);
 }
 
-bool WriteIdleTime(DWORD milliseconds)
+void Count(const wchar_t* name)
 {
-    return WriteValue(kIdleTime, REG_DWORD, &milliseconds, sizeof milliseconds);
+    const DWORD count = ReadNumber(name, 0) + 1;
+    WriteValue(name, REG_DWORD, &count, sizeof count);
 }
 
-void CountRepetition()
-{
-    const DWORD count = ReadNumber(kRepetitions, 0) + 1;
-    WriteValue(kRepetitions, REG_DWORD, &count, sizeof count);
-}
-
-bool ForgetSettings()
-{
-    const LSTATUS status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
-    return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
-}
 } // namespace standin

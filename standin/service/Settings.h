@@ -13,13 +13,11 @@ std::vector<std::wstring> ReadMofFiles();
 bool WriteMofFiles(const std::vector<std::wstring>& files);
 
 // Milliseconds after the last request until a provider is let go, and after the last client until the service
-// ends.
+// ends: the value "IdleMilliseconds".
 DWORD ReadIdleTime();
-bool WriteIdleTime(DWORD milliseconds);
 
-// Counts, in the same key, whatever had to be done again for a provider to start: the value "Repetitions".
-void CountRepetition();
-
-// Removes the key.
-bool ForgetSettings();
+// What had to be done again for a provider to start, counted in the same key under the name of the value.
+inline constexpr wchar_t kStartsRepeated[] = L"StartsRepeated";
+inline constexpr wchar_t kDeadServersForgotten[] = L"DeadServersForgotten";
+void Count(const wchar_t* name);
 } // namespace standin

@@ -1,6 +1,8 @@
 // The tokens that object paths and queries share. Texts are parsed in UTF-8.
 #pragma once
 
+#include "Common/src/com/Text.h"
+
 #include <string>
 #include <string_view>
 #include <tao/pegtl.hpp>
@@ -52,5 +54,17 @@ struct Boolean : tao::pegtl::seq<tao::pegtl::sor<tao::pegtl::istring<'t', 'r', '
 };
 
 // What a literal stands for: quotes and escapes are taken off a text, anything else stays as written.
-std::wstring LiteralText(std::string_view literal);
+inline std::wstring LiteralText(std::string_view literal)
+{
+    if (literal.empty() || (literal.front() != '"' && literal.front() != '\''))
+        return WidenUtf8(literal);
+    std::string plain;
+    for (size_t i = 1; i + 1 < literal.size(); ++i)
+    {
+        if (literal[i] == '\\' && i + 2 < literal.size())
+            ++i;
+        plain += literal[i];
+    }
+    return WidenUtf8(plain);
+}
 } // namespace standin::rules

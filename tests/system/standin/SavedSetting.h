@@ -33,3 +33,23 @@ class CSavedSetting
     DWORD m_type = REG_NONE;
     std::vector<BYTE> m_data;
 };
+
+// How long the service holds on to what nobody uses, from now on.
+inline void SetIdleTime(DWORD milliseconds)
+{
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"IdleMilliseconds", REG_DWORD, &milliseconds,
+                    sizeof milliseconds);
+}
+
+// Nothing that nobody uses stays during one test: for those about how processes end.
+class CNoIdleTime
+{
+  public:
+    CNoIdleTime() { SetIdleTime(0); }
+    ~CNoIdleTime() { SetIdleTime(kLongIdleTime); }
+    CNoIdleTime(const CNoIdleTime&) = delete;
+    CNoIdleTime& operator=(const CNoIdleTime&) = delete;
+
+    // Longer than any test between two of its steps.
+    static constexpr DWORD kLongIdleTime = 600000;
+};

@@ -34,22 +34,10 @@ INSTANTIATE_TEST_SUITE_P(
                     QueryCase{"TextGreater", ITEMS L"Name > 'n1'", {L"n2", L"n3"}},
                     QueryCase{"NumberLess", ITEMS L"Number<3", {L"n1", L"n2"}},
                     QueryCase{"NumberEqual", ITEMS L"Number = 3", {L"n3"}},
-                    QueryCase{"LiteralFirst", ITEMS L"2 <= Number", {L"n2", L"n3"}},
                     QueryCase{"Big", ITEMS L"Big >= 10000000000", {L"n2", L"n3"}},
                     QueryCase{"Boolean", ITEMS L"Even = TRUE", {L"n2"}},
                     QueryCase{"BooleanFalse", ITEMS L"Even = false", {L"n1", L"n3"}},
-                    QueryCase{"Null", ITEMS L"Text = NULL AND Name = 'n1'", {L"n1"}},
-                    QueryCase{"IsNull", ITEMS L"Text is null and Number = 2", {L"n2"}},
-                    QueryCase{"IsNotNull", ITEMS L"Text IS NOT NULL", {}},
                     QueryCase{"NullMeetsNoComparison", ITEMS L"Text <> 'x'", {}},
-                    QueryCase{"AndBeforeOr", ITEMS L"Name='n1' OR Name='n2' AND Number=3", {L"n1"}},
-                    QueryCase{"Brackets", ITEMS L"(Name='n1' OR Name='n2') AND NOT (Number=1)", {L"n2"}},
-                    QueryCase{"LikePercent", ITEMS L"Name LIKE 'n%'", {L"n1", L"n2", L"n3"}},
-                    QueryCase{"LikeOne", ITEMS L"Name LIKE '_2'", {L"n2"}},
-                    QueryCase{"LikeSet", ITEMS L"Name LIKE 'n[2-3]'", {L"n2", L"n3"}},
-                    QueryCase{"LikeOtherSet", ITEMS L"Name LIKE 'n[^2-3]'", {L"n1"}},
-                    QueryCase{"LikeMiddle", ITEMS L"Name LIKE '%n%3%'", {L"n3"}},
-                    QueryCase{"LikeNothing", ITEMS L"Name LIKE 'm%'", {}},
                     QueryCase{"Empty", L"select * from StandinTest_Nobodys", {}},
                     QueryCase{"Class", ITEMS L"__CLASS = 'StandinTest_Item' and Number = 1", {L"n1"}}),
     NameOf<QueryCase>);
@@ -125,8 +113,6 @@ TEST_P(CStandinRefusedQuery, Says)
                                     nullptr, objects.Put()));
     EXPECT_FALSE(objects);
 }
-const std::wstring kDeep = L"select * from StandinTest_Item where " + std::wstring(50000, L'(') +
-                           L"Number=1" + std::wstring(50000, L')');
 INSTANTIATE_TEST_SUITE_P(
     Queries, CStandinRefusedQuery,
     testing::Values(
@@ -136,9 +122,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedCase{"NoClass", L"WQL", L"select * from", wmi::InvalidQuery},
         RefusedCase{"HalfCondition", L"WQL", L"select * from StandinTest_Item where Name =",
                     wmi::InvalidQuery},
-        RefusedCase{"OpenBracket", L"WQL", L"select * from StandinTest_Item where (Number=1",
+        RefusedCase{"OutsideTheSubset", L"WQL", L"select * from StandinTest_Item where Number=1 or Number=2",
                     wmi::InvalidQuery},
-        RefusedCase{"TooDeep", L"WQL", kDeep.c_str(), wmi::InvalidQuery},
         RefusedCase{"OpenText", L"WQL", L"select * from StandinTest_Item where Name = 'x", wmi::InvalidQuery},
         RefusedCase{"Rest", L"WQL", L"select * from StandinTest_Item x", wmi::InvalidQuery},
         RefusedCase{"UnknownClass", L"WQL", L"select * from StandinTest_None", wmi::InvalidClass},

@@ -47,12 +47,13 @@ class CStandinRegistration : public testing::Environment
         RunOrFail(L"regsvr32.exe /s " + Quoted(BinFolder() + L"WmiStandin.dll"));
         RunOrFail(service + L" /compile " + Quoted(BinFolder() + L"system.mof") + L" " +
                   Quoted(BinFolder() + L"standin-test\\StandinTest.mof"));
-        RunOrFail(service + L" /idle 300");
+        SetIdleTime(CNoIdleTime::kLongIdleTime);
         RegisterProvider(kTestProvider);
         RegisterProvider(kBrokenProvider);
     }
     void TearDown() override
     {
+        SetIdleTime(0);
         EXPECT_TRUE(WaitForNoProcess(L"WmiStandin.exe"));
         EXPECT_TRUE(WaitForNoProcess(L"StandinTestProvider.exe"));
         RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClassKey(kTestProvider).c_str());

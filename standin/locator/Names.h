@@ -1,0 +1,33 @@
+// How clients name computers, namespaces and languages.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <wbemcli.h>
+
+namespace standin
+{
+// A machine and a namespace, such as \\server\root\cimv2, with backslashes or slashes.
+struct CNetworkPath
+{
+    std::wstring Server;    // "." where none is named
+    std::wstring NameSpace; // with backslashes; "root\\cimv2" where none is named
+};
+
+// Nothing where the text names no namespace in any form.
+std::optional<CNetworkPath> ParseNetworkPath(std::wstring_view text);
+
+// Whether the name means the computer that this runs on.
+bool IsThisComputer(std::wstring_view server);
+
+// Locales are "MS_" and a language identifier in hexadecimal: "MS_409" gives 0x409; nothing where the text is
+// of another form.
+std::optional<LCID> ParseLocale(std::wstring_view text) noexcept;
+// The other way.
+std::wstring LocaleText(LCID locale);
+
+// The language in which a client wants the texts of amended qualifiers: that of its context's "LocaleID", or
+// the machine's. 0 where its flags do not ask for them.
+LCID AmendedLocale(long flags, IWbemContext* context);
+} // namespace standin
