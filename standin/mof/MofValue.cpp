@@ -2,133 +2,118 @@
 
 #include "Common/src/com/SafeArray.h"
 #include "Common/src/com/Text.h"
-#include "standin/mof/RepositoryState.h"
 #include "standin/object/CimType.h"
 
 namespace standin
 {
 namespace
 {
-CVariant FromInteger(const CMofValue& value)
+CVariant ToInteger(const CMofNumber& number, const CMofReader& reader)
 {
-    CVariant result;
-    if (value.Negative && value.Number <= static_cast<uint64_t>(INT64_MAX) + 1)
-    {
-        result.vt = VT_I8;
-        result.llVal = static_cast<LONGLONG>(0 - value.Number);
-    }
-    else if (value.Negative)
-        throw CMofProblem{value.Place, "a number of more than 64 bits"};
-    else
-    {
-        result.vt = VT_UI8;
-        result.ullVal = value.Number;
-    }
-    return result;
+    CVariant integer;
+    integer.vt = number.Negative ? VT_I8 : VT_UI8;
+    integer.ullVal = number.Negative ? 0 - number.Magnitude : number.Magnitude;
+    if (number.Negative && integer.llVal > 0)
+        reader.Fail("not a decimal number of 64 bits");
+    return integer;
 }
 
-CVariant FromReal(double value)
+CVariant ReadScalar(CMofReader& reader, const CMofAliases& aliases)
 {
-    CVariant result;
-    result.vt = VT_R8;
-    result.dblVal = value;
-    return result;
-}
-
-CVariant FromAlias(const CMofValue& value, const CMofAliases& aliases)
-{
-    const auto found = aliases.find(FoldName(value.Characters));
-    if (found == aliases.end())
-        throw CMofProblem{value.Place, "no instance has the alias $" + Utf8Text(value.Characters)};
-    return CVariant::FromText(found->second.c_str());
-}
-
-CVariant FromScalar(const CMofValue& value, const CMofAliases& aliases)
-{
-    switch (value.Kind)
-    {
-    case CMofValue::Boolean:
-        return CVariant::FromBool(value.Number != 0);
-    case CMofValue::Integer:
-        return FromInteger(value);
-    case CMofValue::Real:
-        return FromReal(value.Fraction);
-    case CMofValue::Character:
-    {
-        CMofValue number = value;
-        number.Kind = CMofValue::Integer;
-        return FromInteger(number);
-    }
-    case CMofValue::Text:
-        return CVariant::FromBstr(CBstr(std::wstring_view(value.Characters)).Detach());
-    case CMofValue::Alias:
-        return FromAlias(value, aliases);
-    default:
+    if (reader.Kind() == CMofReader::Text)
+        return CVariant::FromBstr(CBstr(std::wstring_view(reader.TakeTexts())).Detach());
+    if (reader.Kind() == CMofReader::Number)
+        return ToInteger(reader.TakeNumber(), reader);
+    if (reader.TakeWord("null"))
         return CVariant::Null();
+    if (reader.IsWord("true") || reader.IsWord("false"))
+    {
+        const bool value = reader.TakeWord("true");
+        if (!value)
+            reader.TakeWord("false");
+        return CVariant::FromBool(value);
     }
+    if (!reader.Take('$'))
+        reader.Fail("expected a value");
+    const CMofName alias = reader.TakeName();
+    const auto found = aliases.find(FoldName(alias.Text));
+    if (found == aliases.end())
+        throw CMofProblem{alias.Place, "no instance has the alias $" + Utf8Text(alias.Text)};
+    return CVariant::FromText(found->second.c_str());
 }
 
 std::string TypeWord(CIMTYPE type)
 {
-    return Utf8Text(CimTypeName(ElementType(type))) + (IsArray(type) ? "[]" : "");
+    return Utf8Text(FindCimType(type)->Name) + (IsArray(type) ? "[]" : "");
 }
 
-// The one VARIANT type that a qualifier's items have.
-VARTYPE QualifierType(const CMofValue& value)
+CVariant ArrayOf(const std::vector<CCimValue>& items)
 {
-    switch (value.Kind)
-    {
-    case CMofValue::Boolean:
-        return VT_BOOL;
-    case CMofValue::Integer:
-    case CMofValue::Character:
-        return VT_I4;
-    case CMofValue::Real:
-        return VT_R8;
-    case CMofValue::Text:
-        return VT_BSTR;
-    default:
-        throw CMofProblem{value.Place, "a qualifier cannot have this value"};
-    }
-}
-
-CSafeArray ArrayOf(const CMofValue& list, const CMofAliases& aliases)
-{
-    CSafeArray array(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(list.Items.size())));
-    if (!array)
-        throw std::bad_alloc();
-    const CSafeArrayView<VARIANT> items(array.Get(), VT_VARIANT);
-    for (size_t i = 0; i < list.Items.size(); ++i)
-    {
-        CVariant item = FromScalar(list.Items[i], aliases);
-        items.Items()[i] = item;
-        item.vt = VT_EMPTY; // the array's now
-    }
-    return array;
+    CSafeArray array(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
+    for (LONG i = 0; i < static_cast<LONG>(items.size()); ++i)
+        if (FAILED(
+                SafeArrayPutElement(array.Get(), &i, const_cast<CCimValue*>(&items[static_cast<size_t>(i)]))))
+            throw std::bad_alloc();
+    return CVariant::FromArray(array.Detach(), VT_VARIANT);
 }
 } // namespace
 
-CCimValue ToCimValue(const CMofValue& value, CIMTYPE type, const CMofAliases& aliases)
+std::wstring FoldName(std::wstring_view name)
 {
-    CVariant given;
-    if (value.Kind == CMofValue::List)
-        given = CVariant::FromArray(ArrayOf(value, aliases).Detach(), VT_VARIANT);
-    else
-        given = FromScalar(value, aliases);
+    std::wstring folded(name);
+    CharLowerBuffW(folded.data(), static_cast<DWORD>(folded.size()));
+    return folded;
+}
+
+CMofValue ReadMofValue(CMofReader& reader, const CMofAliases& aliases)
+{
+    if (reader.Is('{'))
+        return ReadMofList(reader, aliases);
+    CMofValue value{reader.Place(), false, {}};
+    value.Items.push_back(ReadScalar(reader, aliases));
+    return value;
+}
+
+CMofValue ReadMofList(CMofReader& reader, const CMofAliases& aliases)
+{
+    CMofValue value{reader.Place(), true, {}};
+    reader.Expect('{');
+    if (reader.Take('}'))
+        return value;
+    do
+        value.Items.push_back(ReadScalar(reader, aliases));
+    while (reader.Take(','));
+    reader.Expect('}');
+    return value;
+}
+
+CCimValue ToCimValue(const CMofValue& value, CIMTYPE type)
+{
     CCimValue stored;
+    const CVariant given = value.List ? ArrayOf(value.Items) : CCimValue(value.Items.front());
     if (FAILED(ToCimValue(given, type, stored)))
         throw CMofProblem{value.Place, "the value does not fit the type " + TypeWord(type)};
     return stored;
 }
 
-CVariant ToQualifierValue(const std::optional<CMofValue>& value)
+CCimValue ToQualifierValue(const CMofValue& value)
 {
-    if (!value)
-        return CVariant::FromBool(true);
-    const bool list = value->Kind == CMofValue::List;
-    if (list && value->Items.empty())
-        throw CMofProblem{value->Place, "a qualifier cannot have an empty list"};
-    const CIMTYPE element = CimTypeOfVariant(QualifierType(list ? value->Items.front() : *value));
-    return ToCimValue(*value, list ? element | CIM_FLAG_ARRAY : element, {});
+    CIMTYPE type = CIM_ILLEGAL;
+    if (!value.Items.empty())
+        switch (value.Items.front().vt)
+        {
+        case VT_BOOL:
+            type = CIM_BOOLEAN;
+            break;
+        case VT_I8:
+        case VT_UI8:
+            type = CIM_SINT32;
+            break;
+        case VT_BSTR:
+            type = CIM_STRING;
+        }
+    if (type == CIM_ILLEGAL)
+        throw CMofProblem{value.Place, "a qualifier cannot have this value"};
+    return ToCimValue(value, value.List ? type | CIM_FLAG_ARRAY : type);
 }
 } // namespace standin

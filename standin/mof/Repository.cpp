@@ -3,8 +3,7 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 #include "standin/mof/MofCompiler.h"
-#include "standin/mof/RepositoryState.h"
-#include "standin/object/SrwLock.h"
+#include "standin/mof/MofValue.h"
 
 #include <algorithm>
 
@@ -12,22 +11,6 @@ namespace standin
 {
 namespace
 {
-// Every encoding that a MOF file may have, as UTF-8.
-std::string ToUtf8(std::string_view text)
-{
-    if (text.starts_with("\xFF\xFE"))
-    {
-        std::wstring wide((text.size() - 2) / sizeof(wchar_t), L'\0');
-        memcpy(wide.data(), text.data() + 2, wide.size() * sizeof(wchar_t));
-        return Utf8Text(wide);
-    }
-    if (text.starts_with("\xEF\xBB\xBF"))
-        text.remove_prefix(3);
-    const bool valid = text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
-                                                           static_cast<int>(text.size()), nullptr, 0) != 0;
-    return valid ? std::string(text) : Utf8Text(WidenText(text));
-}
-
 std::wstring TextOf(IWbemClassObject& object, const wchar_t* name)
 {
     CVariant value;
@@ -45,34 +28,30 @@ bool FlagOf(IWbemClassObject& object, const wchar_t* name)
 
 CRepository::CRepository(std::wstring server) : m_server(std::move(server))
 {
-    auto state = std::make_shared<CRepositoryState>();
-    state->CreateNamespace(L"root");
-    state->CreateNamespace(L"root\\cimv2");
-    m_state = std::move(state);
+    m_state = std::make_shared<const CRepositoryState>();
 }
 
 CRepository::~CRepository() = default;
 
 std::shared_ptr<const CRepositoryState> CRepository::Current() const
 {
-    const CShared lock(m_lock);
+    const CLockScope lock(m_lock);
     return m_state;
 }
 
 void CRepository::Compile(std::string_view text, const std::string& sourceName)
 {
-    const std::vector<CMofStatement> statements = ParseMof(ToUtf8(text), sourceName);
-    const CExclusive lock(m_compiling);
+    const CLockScope lock(m_compiling);
     auto state = std::make_shared<CRepositoryState>(*Current());
     try
     {
-        CMofCompiler(*state).Run(statements);
+        CompileMof(text, *state);
     }
     catch (const CMofProblem& problem)
     {
         throw CMofError(sourceName, problem.Place.Line, problem.Place.Column, problem.Reason);
     }
-    const CExclusive swap(m_lock);
+    const CLockScope swap(m_lock);
     m_state = std::move(state);
 }
 
@@ -97,23 +76,17 @@ bool CRepository::HasNamespace(std::wstring_view nameSpace) const
     return Current()->Find(nameSpace) != nullptr;
 }
 
-std::vector<std::wstring> CRepository::ChildNamespaces(std::wstring_view nameSpace) const
-{
-    return Current()->ChildNamespaces(nameSpace);
-}
-
-ClassDefinition CRepository::GetDefinition(std::wstring_view nameSpace, std::wstring_view name,
-                                           LCID locale) const
+ClassDefinition CRepository::GetDefinition(std::wstring_view nameSpace, std::wstring_view name) const
 {
     const auto state = Current();
     const CNamespace* found = state->Find(nameSpace);
-    return found ? state->FindClass(*found, name, locale) : nullptr;
+    return found ? state->FindClass(*found, name) : nullptr;
 }
 
 ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std::wstring_view name,
-                                               LCID locale) const
+                                               LCID) const
 {
-    ClassDefinition definition = GetDefinition(nameSpace, name, locale);
+    ClassDefinition definition = GetDefinition(nameSpace, name);
     if (!definition)
         return nullptr;
     const auto object = MakeClassObject(std::move(definition));
@@ -122,22 +95,21 @@ ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std:
 }
 
 std::vector<ClassDefinition> CRepository::DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                         bool deep, LCID locale) const
+                                                         bool deep, LCID) const
 {
     const auto state = Current();
     std::vector<ClassDefinition> result;
     const CNamespace* found = state->Find(nameSpace);
     if (!found)
         return result;
-    for (const auto& [key, stored] : found->Classes)
+    for (const auto& [key, definition] : found->Classes)
     {
-        const CClassDefinition& definition = *stored.Definition;
         const std::wstring_view super =
-            definition.Derivation.empty() ? std::wstring_view() : definition.Derivation.front();
+            definition->Derivation.empty() ? std::wstring_view() : definition->Derivation.front();
         const bool below =
-            name.empty() || (definition.InheritsFrom(name) && !EqualNoCaseAscii(definition.Name, name));
+            name.empty() || (definition->InheritsFrom(name) && !EqualNoCaseAscii(definition->Name, name));
         if (deep ? below : EqualNoCaseAscii(super, name))
-            result.push_back(state->FindClass(*found, definition.Name, locale));
+            result.push_back(definition);
     }
     return result;
 }

@@ -6,17 +6,32 @@
 // or an empty list.
 #pragma once
 
-#include "standin/mof/MofError.h"
+#include "Common/src/com/CriticalSection.h"
 #include "standin/object/Objects.h"
 
-#include <memory>
 #include <optional>
-#include <string>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
 namespace standin
 {
+// Why a MOF text was refused, and where.
+class CMofError : public std::runtime_error
+{
+  public:
+    // `reason` is a sentence without the place; what() is "file(line,column): reason".
+    CMofError(const std::string& source, size_t line, size_t column, const std::string& reason)
+        : std::runtime_error(source + "(" + std::to_string(line) + "," + std::to_string(column) +
+                             "): " + reason),
+          Line(line), Column(column)
+    {
+    }
+
+    size_t Line;
+    size_t Column; // both count from 1
+};
+
 // What MOF says about a provider.
 struct CProviderRegistration
 {
@@ -36,31 +51,27 @@ class CRepositoryState;
 class CRepository
 {
   public:
-    // `server` is the "__SERVER" of what comes out of here. There are two namespaces at first, root and
-    // root\cimv2, both empty.
+    // `server` is the "__SERVER" of what comes out of here. There are two namespaces, root and root\cimv2,
+    // both empty at first.
     explicit CRepository(std::wstring server);
     CRepository(const CRepository&) = delete;
     CRepository& operator=(const CRepository&) = delete;
     ~CRepository();
 
-    // Reads a MOF text; compiling one again updates. Throws CMofError and, where memory ends, std::bad_alloc.
-    // Text is UTF-16 with a byte order mark, UTF-8 or, where it is not that, of the ANSI code page.
-    // `sourceName` stands in errors. A file that cannot be read is a CMofError at line 0.
+    // Reads a MOF text in UTF-8; compiling one again changes nothing. Throws CMofError and, where memory
+    // ends, std::bad_alloc. `sourceName` stands in errors. A file that cannot be read is a CMofError at line
+    // 0.
     void Compile(std::string_view text, const std::string& sourceName);
     void CompileFile(const std::wstring& path);
 
     bool HasNamespace(std::wstring_view nameSpace) const;
-    // Names of the direct children of a namespace, for "__NAMESPACE".
-    std::vector<std::wstring> ChildNamespaces(std::wstring_view nameSpace) const;
 
-    // The class as an object. With `locale` (such as 0x409), its amended qualifiers of that language are
-    // merged in; with 0 they are left out.
-    ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name,
-                                      LCID locale = 0) const;
-    ClassDefinition GetDefinition(std::wstring_view nameSpace, std::wstring_view name, LCID locale = 0) const;
+    // The class as an object. The schema is in one language, whichever a client asks for.
+    ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name, LCID = 0) const;
+    ClassDefinition GetDefinition(std::wstring_view nameSpace, std::wstring_view name) const;
     // Derived classes, direct ones only or all; of "" the top-level classes.
     std::vector<ClassDefinition> DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                bool deep, LCID locale = 0) const;
+                                                bool deep, LCID = 0) const;
 
     // Stored instances of the class and, if `deep`, of those derived from it.
     std::vector<ComPtr<IWbemClassObject>> Instances(std::wstring_view nameSpace, std::wstring_view className,
@@ -77,8 +88,8 @@ class CRepository
     ComPtr<IWbemClassObject> HandOut(IWbemClassObject& stored, const std::wstring& nameSpace) const;
 
     const std::wstring m_server;
-    mutable SRWLOCK m_lock = SRWLOCK_INIT;
-    SRWLOCK m_compiling = SRWLOCK_INIT; // one text at a time
+    mutable CCriticalSection m_lock;
+    CCriticalSection m_compiling; // one text at a time
     std::shared_ptr<const CRepositoryState> m_state;
 };
 } // namespace standin

@@ -1,36 +1,20 @@
-// The marshalled form's building blocks: little-endian numbers, counted texts, values with their type.
-// Reading trusts nothing: what is missing or cannot be throws CBadBytes.
+// The marshalled form's building blocks: little-endian numbers, counted texts and blocks. Reading trusts
+// nothing: what is missing or cannot be throws CBadBytes.
 #pragma once
 
-#include "standin/object/CimValue.h"
-
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace standin
-{
-// By which objects and contexts give their marshalled form, in memory of the task allocator. They may have
-// been made by another module of the process.
-struct IByValue : public IUnknown
-{
-    virtual HRESULT STDMETHODCALLTYPE Encode(BYTE** bytes, ULONG* size) = 0;
-};
-} // namespace standin
-__CRT_UUID_DECL(standin::IByValue, 0x1b6e07c7, 0x52d9, 0x4f0b, 0x8a, 0x41, 0x3c, 0x77, 0xd0, 0x5e, 0x92, 0x16)
+#include <windows.h>
 
 namespace standin
 {
 struct CBadBytes
 {
 };
-
-// Of an IByValue: copies its bytes out, and asks another for them. None where the object is null or not one
-// of ours; std::bad_alloc.
-HRESULT GiveBytes(const std::vector<BYTE>& from, BYTE** bytes, ULONG* size) noexcept;
-std::vector<BYTE> TakeBytes(IUnknown* object);
 
 // Objects within objects, signatures within classes: no deeper than this.
 constexpr int kMaxNesting = 16;
@@ -50,13 +34,18 @@ class CByteWriter
     {
         Raw(&value, sizeof value);
     }
-    void Text(std::wstring_view text);
-    // VT_EMPTY included.
-    void Value(const VARIANT& value);
+    void Text(std::wstring_view text)
+    {
+        Number(static_cast<uint32_t>(text.size()));
+        Raw(text.data(), text.size() * sizeof(wchar_t));
+    }
+    void Block(std::span<const BYTE> bytes)
+    {
+        Number(static_cast<uint32_t>(bytes.size()));
+        Raw(bytes.data(), bytes.size());
+    }
 
   private:
-    void Element(VARTYPE type, const void* data, size_t size);
-
     std::vector<BYTE>& m_bytes;
 };
 
@@ -81,17 +70,31 @@ class CByteReader
         return value;
     }
     // A number of things of which each takes at least `least` bytes.
-    uint32_t Count(size_t least = 1);
-    std::wstring Text();
-    CCimValue Value();
-    // How many levels of nesting there may still be; throws where there are none.
-    int Nested() const;
+    uint32_t Count(size_t least = 1)
+    {
+        const auto count = Number<uint32_t>();
+        if (count > m_left.size() / least)
+            throw CBadBytes();
+        return count;
+    }
+    std::wstring Text()
+    {
+        std::wstring text(Count(sizeof(wchar_t)), L'\0');
+        const auto bytes = Raw(text.size() * sizeof(wchar_t));
+        memcpy(text.data(), bytes.data(), bytes.size());
+        return text;
+    }
+    std::span<const BYTE> Block() { return Raw(Count()); }
+    // How many levels of nesting there may still be.
+    int Nested() const
+    {
+        if (m_nesting == 0)
+            throw CBadBytes();
+        return m_nesting - 1;
+    }
     bool AtEnd() const noexcept { return m_left.empty(); }
 
   private:
-    CBstr Bstr();
-    CVariant Element(VARTYPE type);
-
     std::span<const BYTE> m_left;
     int m_nesting;
 };

@@ -2,55 +2,49 @@
 
 #include "Common/src/com/Text.h"
 
+#include <algorithm>
+
 namespace standin
 {
 namespace
 {
-struct CRow
-{
-    CIMTYPE Type;
-    const wchar_t* Name;
-    VARTYPE Variant;
+constexpr CCimType kTypes[] = {
+    {CIM_SINT8, L"sint8", VT_I2, INT8_MIN, INT8_MAX},
+    {CIM_UINT8, L"uint8", VT_UI1, 0, UINT8_MAX},
+    {CIM_SINT16, L"sint16", VT_I2, INT16_MIN, INT16_MAX},
+    {CIM_UINT16, L"uint16", VT_I4, 0, UINT16_MAX},
+    {CIM_SINT32, L"sint32", VT_I4, INT32_MIN, INT32_MAX},
+    {CIM_UINT32, L"uint32", VT_I4, 0, UINT32_MAX},
+    {CIM_SINT64, L"sint64", VT_BSTR, INT64_MIN, INT64_MAX},
+    {CIM_UINT64, L"uint64", VT_BSTR, 0, UINT64_MAX},
+    {CIM_BOOLEAN, L"boolean", VT_BOOL, 0, 0},
+    {CIM_STRING, L"string", VT_BSTR, 0, 0},
+    {CIM_DATETIME, L"datetime", VT_BSTR, 0, 0},
+    {CIM_REFERENCE, L"ref", VT_BSTR, 0, 0},
+    {CIM_OBJECT, L"object", VT_UNKNOWN, 0, 0},
 };
 
-// Types without a VARIANT form of their own travel in the next larger signed one, 64-bit integers as texts.
-constexpr CRow kTypes[] = {
-    {CIM_SINT8, L"sint8", VT_I2},         {CIM_UINT8, L"uint8", VT_UI1},
-    {CIM_SINT16, L"sint16", VT_I2},       {CIM_UINT16, L"uint16", VT_I4},
-    {CIM_SINT32, L"sint32", VT_I4},       {CIM_UINT32, L"uint32", VT_I4},
-    {CIM_SINT64, L"sint64", VT_BSTR},     {CIM_UINT64, L"uint64", VT_BSTR},
-    {CIM_REAL32, L"real32", VT_R4},       {CIM_REAL64, L"real64", VT_R8},
-    {CIM_BOOLEAN, L"boolean", VT_BOOL},   {CIM_STRING, L"string", VT_BSTR},
-    {CIM_DATETIME, L"datetime", VT_BSTR}, {CIM_REFERENCE, L"ref", VT_BSTR},
-    {CIM_CHAR16, L"char16", VT_I2},       {CIM_OBJECT, L"object", VT_UNKNOWN},
-};
-
-const CRow* Find(CIMTYPE elementType) noexcept
+template <class Is>
+const CCimType* Find(Is&& is) noexcept
 {
-    for (const CRow& row : kTypes)
-        if (row.Type == elementType)
-            return &row;
-    return nullptr;
+    const auto found = std::ranges::find_if(kTypes, is);
+    return found == std::end(kTypes) ? nullptr : found;
 }
 } // namespace
 
-const wchar_t* CimTypeName(CIMTYPE elementType) noexcept
+const CCimType* FindCimType(CIMTYPE type) noexcept
 {
-    const CRow* row = Find(elementType);
-    return row ? row->Name : nullptr;
+    return Find([type](const CCimType& row) { return row.Type == ElementType(type); });
 }
 
-CIMTYPE CimTypeFromName(std::wstring_view name) noexcept
+const CCimType* FindCimType(std::wstring_view name) noexcept
 {
-    for (const CRow& row : kTypes)
-        if (EqualNoCaseAscii(row.Name, name))
-            return row.Type;
-    return CIM_ILLEGAL;
+    return Find([name](const CCimType& row) { return EqualNoCaseAscii(row.Name, name); });
 }
 
 VARTYPE VariantTypeOf(CIMTYPE type) noexcept
 {
-    const CRow* row = Find(ElementType(type));
+    const CCimType* row = FindCimType(type);
     if (!row)
         return VT_EMPTY;
     return static_cast<VARTYPE>(IsArray(type) ? VT_ARRAY | row->Variant : row->Variant);
@@ -61,31 +55,16 @@ CIMTYPE CimTypeOfVariant(VARTYPE type) noexcept
     const CIMTYPE array = type & VT_ARRAY ? CIM_FLAG_ARRAY : 0;
     switch (type & ~VT_ARRAY)
     {
-    case VT_I1:
-        return CIM_SINT8 | array;
     case VT_UI1:
         return CIM_UINT8 | array;
     case VT_I2:
         return CIM_SINT16 | array;
-    case VT_UI2:
-        return CIM_UINT16 | array;
     case VT_I4:
-    case VT_INT:
         return CIM_SINT32 | array;
-    case VT_UI4:
-    case VT_UINT:
-        return CIM_UINT32 | array;
-    case VT_R4:
-        return CIM_REAL32 | array;
-    case VT_R8:
-        return CIM_REAL64 | array;
     case VT_BOOL:
         return CIM_BOOLEAN | array;
     case VT_BSTR:
         return CIM_STRING | array;
-    case VT_UNKNOWN:
-    case VT_DISPATCH:
-        return CIM_OBJECT | array;
     }
     return CIM_ILLEGAL;
 }

@@ -2,152 +2,153 @@
 
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/SafeArray.h"
-#include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/object/CimInteger.h"
+#include "standin/object/ByValue.h"
 #include "standin/object/CimType.h"
-#include "standin/object/Embedded.h"
 
-#include <optional>
+#include <cerrno>
+#include <cwctype>
 
 namespace standin
 {
 namespace
 {
-std::optional<double> ReadReal(const VARIANT& v)
+CVariant CopyText(BSTR text)
 {
-    if (v.vt == VT_R4)
-        return v.fltVal;
-    if (v.vt == VT_R8)
-        return v.dblVal;
-    if (const auto integer = ReadInteger(v))
-        return integer->Negative ? static_cast<double>(static_cast<int64_t>(integer->Bits))
-                                 : static_cast<double>(integer->Bits);
-    return std::nullopt;
+    return CVariant::FromBstr(CBstr(std::wstring_view(text ? text : L"", SysStringLen(text))).Detach());
 }
 
-HRESULT StoreScalar(const VARIANT& given, CIMTYPE type, CVariant& stored)
+// An integer of 64 bits, signed (VT_I8) or not (VT_UI8). False where the value is none.
+bool ReadInteger(const VARIANT& given, CVariant& integer)
 {
-    switch (type)
+    switch (given.vt)
     {
-    case CIM_STRING:
-    case CIM_DATETIME:
-    case CIM_REFERENCE:
-        if (given.vt != VT_BSTR)
-            return wmi::TypeMismatch;
-        stored = CVariant::FromBstr(
-            CBstr(std::wstring_view(given.bstrVal ? given.bstrVal : L"", SysStringLen(given.bstrVal)))
-                .Detach());
-        return S_OK;
-    case CIM_BOOLEAN:
-        if (given.vt != VT_BOOL)
-            return wmi::TypeMismatch;
-        stored = CVariant::FromBool(given.boolVal != VARIANT_FALSE);
-        return S_OK;
-    case CIM_REAL32:
-    case CIM_REAL64:
-    {
-        const auto real = ReadReal(given);
-        if (!real)
-            return wmi::TypeMismatch;
-        stored.Put();
-        stored.vt = VariantTypeOf(type);
-        if (type == CIM_REAL32)
-            stored.fltVal = static_cast<float>(*real);
-        else
-            stored.dblVal = *real;
-        return S_OK;
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_I8:
+    case VT_UI8:
+        return SUCCEEDED(VariantChangeType(integer.Put(), const_cast<VARIANT*>(&given), 0, VT_I8)) ||
+               SUCCEEDED(VariantChangeType(integer.Put(), const_cast<VARIANT*>(&given), 0, VT_UI8));
     }
-    case CIM_OBJECT:
-        return StoreEmbedded(given, stored);
-    }
-    return ToCimInteger(given, type, stored);
+    return false;
 }
 
-// The elements of an array as bytes, locked for as long as this lives.
-class CElements
+// A whole decimal text.
+bool ReadDecimal(const VARIANT& given, CVariant& integer)
 {
-  public:
-    explicit CElements(SAFEARRAY* array) noexcept
-    {
-        LONG lower = 0;
-        LONG upper = -1;
-        void* data = nullptr;
-        if (!array || SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &m_type)) ||
-            FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper)) ||
-            FAILED(SafeArrayAccessData(array, &data)))
-            return;
-        m_array = array;
-        m_data = static_cast<BYTE*>(data);
-        m_count = static_cast<ULONG>(upper - lower + 1);
-        m_size = SafeArrayGetElemsize(array);
-    }
-    CElements(const CElements&) = delete;
-    CElements& operator=(const CElements&) = delete;
-    ~CElements()
-    {
-        if (m_array)
-            SafeArrayUnaccessData(m_array);
-    }
+    const UINT length = given.vt == VT_BSTR ? SysStringLen(given.bstrVal) : 0;
+    if (length == 0 || !iswdigit(given.bstrVal[length - 1]) || iswspace(given.bstrVal[0]))
+        return false;
+    wchar_t* end = nullptr;
+    errno = 0;
+    integer.vt = given.bstrVal[0] == L'-' ? VT_I8 : VT_UI8;
+    if (integer.vt == VT_I8)
+        integer.llVal = wcstoll(given.bstrVal, &end, 10);
+    else
+        integer.ullVal = wcstoull(given.bstrVal, &end, 10);
+    return errno == 0 && end == given.bstrVal + length;
+}
 
-    bool Valid() const noexcept { return m_array != nullptr; }
-    VARTYPE Type() const noexcept { return m_type; }
-    ULONG Count() const noexcept { return m_count; }
-    ULONG Size() const noexcept { return m_size; }
-    BYTE* At(ULONG index) const noexcept { return m_data + static_cast<size_t>(index) * m_size; }
-
-  private:
-    SAFEARRAY* m_array = nullptr;
-    BYTE* m_data = nullptr;
-    VARTYPE m_type = VT_EMPTY;
-    ULONG m_count = 0;
-    ULONG m_size = 0;
-};
-
-HRESULT StoreArray(SAFEARRAY* given, CIMTYPE elementType, CVariant& stored)
+HRESULT StoreInteger(const VARIANT& given, const CCimType& type, CVariant& stored)
 {
-    const CElements source(given);
-    // Elements larger than a pointer, such as records, are nothing that a property holds.
-    if (!source.Valid() || (source.Type() != VT_VARIANT && source.Size() > sizeof(LONGLONG)))
+    CVariant integer;
+    if (!ReadInteger(given, integer) && (type.Variant != VT_BSTR || !ReadDecimal(given, integer)))
         return wmi::TypeMismatch;
-    const VARTYPE storedType = VariantTypeOf(elementType);
-    CSafeArray array(SafeArrayCreateVector(storedType, 0, source.Count()));
-    if (!array)
-        return wmi::OutOfMemory;
-    const CElements target(array.Get());
-    for (ULONG i = 0; i < source.Count(); ++i)
+    bool negative = integer.vt == VT_I8 && integer.llVal < 0;
+    if (negative && type.Type == CIM_UINT32 && given.vt == VT_I4) // the same bits
     {
-        // A view, not an owner: what it points to stays the source's.
-        VARIANT element = {};
-        if (source.Type() == VT_VARIANT)
-            memcpy(&element, source.At(i), sizeof element);
-        else
-        {
-            element.vt = source.Type();
-            memcpy(&element.llVal, source.At(i), source.Size());
-        }
-        CVariant converted;
-        const HRESULT hr = StoreScalar(element, elementType, converted);
-        if (FAILED(hr))
-            return hr;
-        memcpy(target.At(i), &converted.llVal, target.Size());
-        converted.vt = VT_EMPTY; // the array owns the text or object now
+        integer.ullVal = given.ulVal;
+        negative = false;
     }
-    stored = CVariant::FromArray(array.Detach(), storedType);
+    if (negative ? integer.llVal < type.Low : integer.ullVal > type.High)
+        return wmi::TypeMismatch;
+    if (type.Variant == VT_BSTR)
+        stored = CVariant::FromText(
+            (negative ? std::to_wstring(integer.llVal) : std::to_wstring(integer.ullVal)).c_str());
+    else
+    {
+        // The low bytes are the smaller number.
+        stored = std::move(integer);
+        stored.vt = type.Variant;
+    }
     return S_OK;
 }
 
-bool SameText(BSTR a, BSTR b, bool ignoreCase)
+// Objects are copied on their way in and out, so that nobody changes what another object holds.
+HRESULT CloneObject(const VARIANT& given, VARIANT* copy)
 {
-    const std::wstring_view left(a ? a : L"", SysStringLen(a));
-    const std::wstring_view right(b ? b : L"", SysStringLen(b));
-    if (ignoreCase)
-        return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
-                                    static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
-    return left == right;
+    ComPtr<IByValue> ours;
+    ComPtr<IWbemClassObject> source;
+    ComPtr<IWbemClassObject> clone;
+    if (!given.punkVal || FAILED(given.punkVal->QueryInterface(__uuidof(IByValue), ours.PutVoid())) ||
+        FAILED(ours.As(source)))
+        return wmi::TypeMismatch;
+    const HRESULT hr = source->Clone(clone.Put());
+    if (FAILED(hr))
+        return hr;
+    copy->punkVal = clone.Detach();
+    copy->vt = VT_UNKNOWN;
+    return S_OK;
 }
 
-ULONG ScalarSize(VARTYPE type)
+HRESULT StoreScalar(const VARIANT& given, const CCimType& type, CVariant& stored)
+{
+    if (type.IsInteger())
+        return StoreInteger(given, type, stored);
+    if (type.Type == CIM_OBJECT && given.vt == VT_DISPATCH)
+        return CloneObject(given, stored.Put());
+    if (given.vt != type.Variant)
+        return wmi::TypeMismatch;
+    if (type.Type == CIM_OBJECT)
+        return CloneObject(given, stored.Put());
+    stored = type.Type == CIM_BOOLEAN ? CVariant::FromBool(given.boolVal != VARIANT_FALSE)
+                                      : CopyText(given.bstrVal);
+    return S_OK;
+}
+
+HRESULT StoreArray(SAFEARRAY* given, const CCimType& type, CVariant& stored)
+{
+    VARTYPE element = VT_EMPTY;
+    LONG lower = 0;
+    LONG upper = -1;
+    if (!given || SafeArrayGetDim(given) != 1 || FAILED(SafeArrayGetVartype(given, &element)) ||
+        FAILED(SafeArrayGetLBound(given, 1, &lower)) || FAILED(SafeArrayGetUBound(given, 1, &upper)) ||
+        (element != VT_VARIANT && SafeArrayGetElemsize(given) > sizeof(LONGLONG)) || type.Type == CIM_OBJECT)
+        return wmi::TypeMismatch;
+    const auto count = static_cast<ULONG>(upper - lower + 1);
+    CSafeArray array(SafeArrayCreateVector(type.Variant, 0, count));
+    if (!array)
+        return wmi::OutOfMemory;
+    for (LONG i = 0; i < static_cast<LONG>(count); ++i)
+    {
+        CVariant item;
+        CVariant converted;
+        LONG from = lower + i;
+        void* place = element == VT_VARIANT ? static_cast<void*>(&item) : &item.llVal;
+        HRESULT hr = SafeArrayGetElement(given, &from, place);
+        if (element != VT_VARIANT)
+            item.vt = SUCCEEDED(hr) ? element : VARTYPE{VT_EMPTY};
+        if (SUCCEEDED(hr))
+            hr = StoreScalar(item, type, converted);
+        if (SUCCEEDED(hr))
+            hr = SafeArrayPutElement(array.Get(), &i,
+                                     converted.vt == VT_BSTR ? static_cast<void*>(converted.bstrVal)
+                                                             : &converted.llVal);
+        if (FAILED(hr))
+            return hr;
+    }
+    stored = CVariant::FromArray(array.Detach(), type.Variant);
+    return S_OK;
+}
+
+// Bytes of an element; 0 for texts, and for what is never stored.
+size_t PlainSize(VARTYPE type)
 {
     switch (type)
     {
@@ -157,26 +158,20 @@ ULONG ScalarSize(VARTYPE type)
     case VT_BOOL:
         return 2;
     case VT_I4:
-    case VT_R4:
         return 4;
     }
-    return 8;
+    return 0;
 }
 
-bool SameScalar(VARTYPE type, ULONG size, const void* a, const void* b, bool ignoreCase)
+BSTR ReadText(CByteReader& in)
 {
-    if (type == VT_BSTR)
-        return SameText(*static_cast<const BSTR*>(a), *static_cast<const BSTR*>(b), ignoreCase);
-    if (type == VT_UNKNOWN)
-        return SameEmbedded(*static_cast<IUnknown* const*>(a), *static_cast<IUnknown* const*>(b));
-    return memcmp(a, b, size) == 0;
+    return CBstr(std::wstring_view(in.Text())).Detach();
 }
 } // namespace
 
 CCimValue::CCimValue(const CCimValue& other) : CVariant()
 {
-    const HRESULT hr = VariantCopy(this, const_cast<VARIANT*>(static_cast<const VARIANT*>(&other)));
-    if (FAILED(hr))
+    if (FAILED(VariantCopy(this, const_cast<VARIANT*>(static_cast<const VARIANT*>(&other)))))
         throw std::bad_alloc();
 }
 
@@ -185,24 +180,16 @@ HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexce
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (given.vt & VT_BYREF)
-            {
-                CCimValue direct;
-                if (FAILED(VariantCopyInd(&direct, const_cast<VARIANT*>(&given))))
-                    return wmi::TypeMismatch;
-                return ToCimValue(direct, type, stored);
-            }
-            CVariant converted;
-            HRESULT hr = wmi::TypeMismatch;
-            if (given.vt == VT_NULL)
-            {
-                converted = CVariant::Null();
-                hr = S_OK;
-            }
-            else if (!IsArray(type))
-                hr = StoreScalar(given, type, converted);
-            else if (given.vt & VT_ARRAY)
-                hr = StoreArray(given.parray, ElementType(type), converted);
+            CVariant direct;
+            const CCimType* row = FindCimType(type);
+            if (!row || FAILED(VariantCopyInd(&direct, const_cast<VARIANT*>(&given))))
+                return wmi::TypeMismatch;
+            CVariant converted = CVariant::Null();
+            HRESULT hr = direct.vt == VT_NULL ? S_OK : wmi::TypeMismatch;
+            if (direct.vt != VT_NULL && !IsArray(type))
+                hr = StoreScalar(direct, *row, converted);
+            else if (direct.vt & VT_ARRAY)
+                hr = StoreArray(direct.parray, *row, converted);
             if (SUCCEEDED(hr))
                 stored = CCimValue(std::move(converted));
             return hr;
@@ -212,26 +199,66 @@ HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexce
 HRESULT CopyCimValue(const VARIANT& stored, VARIANT* out) noexcept
 {
     VariantInit(out);
-    if (stored.vt == VT_UNKNOWN || stored.vt == (VT_ARRAY | VT_UNKNOWN))
-        return CopyEmbedded(stored, out);
+    if (stored.vt == VT_UNKNOWN)
+        return CloneObject(stored, out);
     return FAILED(VariantCopy(out, const_cast<VARIANT*>(&stored))) ? wmi::OutOfMemory : S_OK;
 }
 
-bool SameCimValue(const VARIANT& a, const VARIANT& b, bool ignoreCase) noexcept
+void WriteValue(CByteWriter& out, const VARIANT& value)
 {
-    if (a.vt != b.vt)
-        return false;
-    if (a.vt == VT_NULL || a.vt == VT_EMPTY)
-        return true;
-    if (!(a.vt & VT_ARRAY))
-        return SameScalar(a.vt, ScalarSize(a.vt), &a.llVal, &b.llVal, ignoreCase);
-    const CElements left(a.parray);
-    const CElements right(b.parray);
-    if (!left.Valid() || !right.Valid() || left.Count() != right.Count())
-        return false;
-    for (ULONG i = 0; i < left.Count(); ++i)
-        if (!SameScalar(left.Type(), left.Size(), left.At(i), right.At(i), ignoreCase))
-            return false;
-    return true;
+    out.Number(value.vt);
+    const size_t size = PlainSize(value.vt & VT_TYPEMASK);
+    const auto text = [&](BSTR b) { out.Text({b ? b : L"", SysStringLen(b)}); };
+    if (value.vt == VT_BSTR)
+        text(value.bstrVal);
+    else if (value.vt == (VT_ARRAY | VT_BSTR))
+    {
+        const CSafeArrayView<BSTR> texts(value.parray, VT_BSTR);
+        out.Number(static_cast<uint32_t>(texts.Items().size()));
+        for (const BSTR item : texts.Items())
+            text(item);
+    }
+    else if (value.vt & VT_ARRAY)
+    {
+        const CSafeArrayView<BYTE> items(value.parray, value.vt & VT_TYPEMASK);
+        out.Number(static_cast<uint32_t>(items.Items().size()));
+        out.Raw(items.Items().data(), items.Items().size() * size);
+    }
+    else
+        out.Raw(&value.llVal, size);
+}
+
+CCimValue ReadValue(CByteReader& in)
+{
+    CVariant value;
+    const auto given = in.Number<VARTYPE>();
+    const auto type = static_cast<VARTYPE>(given & VT_TYPEMASK);
+    const size_t size = PlainSize(type);
+    if (given == VT_EMPTY || given == VT_NULL)
+        value.vt = given;
+    else if ((given != type && given != (VT_ARRAY | type)) || (size == 0 && type != VT_BSTR))
+        throw CBadBytes();
+    else if (given == VT_BSTR)
+        value = CVariant::FromBstr(ReadText(in));
+    else if (given == type)
+    {
+        memcpy(&value.llVal, in.Raw(size).data(), size);
+        value.vt = type;
+    }
+    else
+    {
+        const uint32_t count = in.Count(size ? size : sizeof(uint32_t));
+        CSafeArray array(SafeArrayCreateVector(type, 0, count));
+        if (!array)
+            throw std::bad_alloc();
+        value = CVariant::FromArray(array.Detach(), type);
+        if (size)
+            memcpy(CSafeArrayView<BYTE>(value.parray, type).Items().data(), in.Raw(size * count).data(),
+                   size * count);
+        else
+            for (BSTR& text : CSafeArrayView<BSTR>(value.parray, VT_BSTR).Items())
+                text = ReadText(in);
+    }
+    return value;
 }
 } // namespace standin

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Common/src/com/Variant.h"
+#include "standin/object/Bytes.h"
 
 #include <wbemcli.h>
 
@@ -26,12 +27,13 @@ class CCimValue : public CVariant
 // Checks what a caller gives against the CIM type and converts it to the stored form. Integers of any VARIANT
 // type are taken where the value fits, 32-bit signed ones also for uint32 (which has no VARIANT form of its
 // own), 64-bit values as decimal texts; texts, booleans and objects only as what they are; VT_NULL as "no
-// value". Anything else is WBEM_E_TYPE_MISMATCH, and `stored` is unchanged.
+// value". Anything else, and any array of objects, is WBEM_E_TYPE_MISMATCH, and `stored` is unchanged.
 HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexcept;
 
 // The copy that a reader gets, in `out`, which need not be initialised.
 HRESULT CopyCimValue(const VARIANT& stored, VARIANT* out) noexcept;
 
-// Equality of stored values; texts with or without regard to case.
-bool SameCimValue(const VARIANT& a, const VARIANT& b, bool ignoreCase) noexcept;
+// A stored value in its marshalled form, VT_EMPTY included; whoever has an embedded object writes it himself.
+void WriteValue(CByteWriter& out, const VARIANT& value);
+CCimValue ReadValue(CByteReader& in);
 } // namespace standin

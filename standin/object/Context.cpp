@@ -1,14 +1,7 @@
 #include "standin/object/Context.h"
 
-#include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/Text.h"
-#include "Common/src/com/WmiStatus.h"
-#include "standin/object/Bytes.h"
 #include "standin/object/CimType.h"
-#include "standin/object/MarshalStream.h"
-#include "standin/object/NameArray.h"
-#include "standin/object/Objects.h"
-#include "standin/object/SrwLock.h"
 #include "standin/object/StandinIds.h"
 
 namespace standin
@@ -16,6 +9,11 @@ namespace standin
 namespace
 {
 constexpr uint32_t kMark = 0x3143575A; // "ZWC1"
+}
+
+CContext::CContext(std::vector<CNamedValue> values) noexcept
+    : CByValueObject(kContextUnmarshaler), m_values(std::move(values))
+{
 }
 
 CContext::CNamedValue* CContext::Find(const wchar_t* name) noexcept
@@ -33,24 +31,8 @@ STDMETHODIMP CContext::Clone(IWbemContext** copy)
         {
             if (!copy)
                 return wmi::InvalidParameter;
-            const CShared lock(m_lock);
+            const CLockScope lock(m_lock);
             *copy = MakeCom<CContext>(m_values).Detach();
-            return S_OK;
-        });
-}
-
-STDMETHODIMP CContext::GetNames(LONG flags, SAFEARRAY** names)
-{
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!names || flags != 0)
-                return wmi::InvalidParameter;
-            const CShared lock(m_lock);
-            std::vector<std::wstring_view> found;
-            for (const CNamedValue& value : m_values)
-                found.push_back(value.Name);
-            *names = NameArray(found).Detach();
             return S_OK;
         });
 }
@@ -59,7 +41,7 @@ STDMETHODIMP CContext::BeginEnumeration(LONG flags)
 {
     if (flags != 0)
         return wmi::InvalidParameter;
-    const CExclusive lock(m_lock);
+    const CLockScope lock(m_lock);
     m_next = 0;
     return S_OK;
 }
@@ -71,7 +53,7 @@ STDMETHODIMP CContext::Next(LONG flags, BSTR* name, VARIANT* value)
         {
             if (flags != 0)
                 return wmi::InvalidParameter;
-            const CExclusive lock(m_lock);
+            const CLockScope lock(m_lock);
             if (m_next == kNoEnumeration)
                 return static_cast<HRESULT>(WBEM_E_UNEXPECTED);
             if (m_next >= m_values.size())
@@ -93,7 +75,7 @@ STDMETHODIMP CContext::Next(LONG flags, BSTR* name, VARIANT* value)
 
 STDMETHODIMP CContext::EndEnumeration()
 {
-    const CExclusive lock(m_lock);
+    const CLockScope lock(m_lock);
     m_next = kNoEnumeration;
     return S_OK;
 }
@@ -110,7 +92,7 @@ STDMETHODIMP CContext::SetValue(LPCWSTR name, LONG flags, VARIANT* value)
                 value->vt == VT_NULL ? CIMTYPE{CIM_STRING} : CimTypeOfVariant(value->vt & ~VT_BYREF);
             if (type == CIM_ILLEGAL || FAILED(ToCimValue(*value, type, added.Value)))
                 return wmi::InvalidParameter;
-            const CExclusive lock(m_lock);
+            const CLockScope lock(m_lock);
             if (CNamedValue* present = Find(name))
                 present->Value = std::move(added.Value);
             else
@@ -126,38 +108,15 @@ STDMETHODIMP CContext::GetValue(LPCWSTR name, LONG flags, VARIANT* value)
         {
             if (!name || !value || flags != 0)
                 return wmi::InvalidParameter;
-            const CShared lock(m_lock);
+            const CLockScope lock(m_lock);
             const CNamedValue* present = Find(name);
             return present ? CopyCimValue(present->Value, value) : wmi::NotFound;
         });
 }
 
-STDMETHODIMP CContext::DeleteValue(LPCWSTR name, LONG flags)
-{
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!name || flags != 0)
-                return wmi::InvalidParameter;
-            const CExclusive lock(m_lock);
-            const CNamedValue* present = Find(name);
-            if (!present)
-                return wmi::NotFound;
-            m_values.erase(m_values.begin() + (present - m_values.data()));
-            return S_OK;
-        });
-}
-
-STDMETHODIMP CContext::DeleteAll()
-{
-    const CExclusive lock(m_lock);
-    m_values.clear();
-    return S_OK;
-}
-
 std::vector<BYTE> CContext::Bytes()
 {
-    const CShared lock(m_lock);
+    const CLockScope lock(m_lock);
     std::vector<BYTE> bytes;
     CByteWriter out(bytes);
     out.Number(kMark);
@@ -165,7 +124,7 @@ std::vector<BYTE> CContext::Bytes()
     for (const CNamedValue& value : m_values)
     {
         out.Text(value.Name);
-        out.Value(value.Value);
+        WriteValue(out, value.Value);
     }
     return bytes;
 }
@@ -179,45 +138,10 @@ ComPtr<IWbemContext> CContext::Decode(std::span<const BYTE> bytes)
     for (uint32_t left = in.Count(); left > 0; --left)
     {
         std::wstring name = in.Text();
-        values.push_back({std::move(name), in.Value()});
+        values.push_back({std::move(name), ReadValue(in)});
     }
     if (!in.AtEnd())
         throw CBadBytes();
     return MakeCom<CContext>(std::move(values));
-}
-
-STDMETHODIMP CContext::Encode(BYTE** bytes, ULONG* size)
-{
-    return AtComBoundary([&] { return GiveBytes(Bytes(), bytes, size); });
-}
-
-STDMETHODIMP CContext::GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid)
-{
-    if (!clsid)
-        return E_POINTER;
-    *clsid = kContextUnmarshaler;
-    return S_OK;
-}
-
-STDMETHODIMP CContext::GetMarshalSizeMax(REFIID, void*, DWORD, void*, DWORD, DWORD* size)
-{
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!size)
-                return E_POINTER;
-            *size = static_cast<DWORD>(Bytes().size() + sizeof(uint32_t));
-            return S_OK;
-        });
-}
-
-STDMETHODIMP CContext::MarshalInterface(IStream* stream, REFIID, void*, DWORD, void*, DWORD)
-{
-    return AtComBoundary([&] { return WriteCounted(stream, Bytes()); });
-}
-
-ComPtr<IWbemContext> MakeContext()
-{
-    return MakeCom<CContext>();
 }
 } // namespace standin

@@ -1,5 +1,9 @@
+#include "standin/object/DefinitionBytes.h"
+
+#include "Common/src/com/CriticalSection.h"
 #include "standin/object/CimType.h"
-#include "standin/object/ObjectBytes.h"
+
+#include <algorithm>
 
 namespace standin
 {
@@ -12,15 +16,18 @@ void Write(CByteWriter& out, const CQualifiers& qualifiers)
     {
         out.Text(qualifier.Name);
         out.Number(static_cast<int32_t>(qualifier.Flavor));
-        out.Value(qualifier.Value);
+        WriteValue(out, qualifier.Value);
     }
 }
+
+// No class has more properties, methods or qualifiers of one element.
+constexpr uint32_t kMaxElements = 1024;
 
 // How many elements follow. More than a class can have would take for ever to look for doubles.
 uint32_t ReadCount(CByteReader& in)
 {
     const uint32_t count = in.Count();
-    if (count > CClassDefinition::kMaxProperties)
+    if (count > kMaxElements)
         throw CBadBytes();
     return count;
 }
@@ -33,7 +40,7 @@ CQualifiers ReadQualifiers(CByteReader& in)
         CQualifier qualifier;
         qualifier.Name = in.Text();
         qualifier.Flavor = in.Number<int32_t>();
-        qualifier.Value = in.Value();
+        qualifier.Value = ReadValue(in);
         qualifiers.Set(std::move(qualifier));
     }
     return qualifiers;
@@ -43,9 +50,8 @@ void Write(CByteWriter& out, const CPropertyDefinition& property)
 {
     out.Text(property.Name);
     out.Number(static_cast<int32_t>(property.Type));
-    out.Value(property.Default);
+    WriteValue(out, property.Default);
     Write(out, property.Qualifiers);
-    out.Text(property.Origin);
     out.Number(static_cast<uint8_t>(property.Local));
 }
 
@@ -54,9 +60,8 @@ CPropertyDefinition ReadProperty(CByteReader& in)
     CPropertyDefinition property;
     property.Name = in.Text();
     property.Type = in.Number<int32_t>();
-    property.Default = in.Value();
+    property.Default = ReadValue(in);
     property.Qualifiers = ReadQualifiers(in);
-    property.Origin = in.Text();
     property.Local = in.Number<uint8_t>() != 0;
     const VARTYPE stored = VariantTypeOf(property.Type);
     if (stored == VT_EMPTY || (property.Default.vt != VT_NULL && property.Default.vt != stored))
@@ -66,17 +71,16 @@ CPropertyDefinition ReadProperty(CByteReader& in)
 
 void Write(CByteWriter& out, const ClassDefinition& signature)
 {
-    if (!signature)
-        return out.Number(uint32_t{0});
-    const auto bytes = signature->Bytes();
-    out.Number(static_cast<uint32_t>(bytes->size()));
-    out.Raw(bytes->data(), bytes->size());
+    if (signature)
+        out.Block(*EncodeDefinition(*signature));
+    else
+        out.Block({});
 }
 
 ClassDefinition ReadSignature(CByteReader& in)
 {
-    const uint32_t size = in.Count();
-    return size == 0 ? nullptr : DecodeDefinition(in.Raw(size), in.Nested());
+    const auto bytes = in.Block();
+    return bytes.empty() ? nullptr : DecodeDefinition(bytes, in.Nested());
 }
 
 void Write(CByteWriter& out, const CMethodDefinition& method)
@@ -85,7 +89,6 @@ void Write(CByteWriter& out, const CMethodDefinition& method)
     Write(out, method.In);
     Write(out, method.Out);
     Write(out, method.Qualifiers);
-    out.Text(method.Origin);
     out.Number(static_cast<uint8_t>(method.Local));
 }
 
@@ -96,13 +99,11 @@ CMethodDefinition ReadMethod(CByteReader& in)
     method.In = ReadSignature(in);
     method.Out = ReadSignature(in);
     method.Qualifiers = ReadQualifiers(in);
-    method.Origin = in.Text();
     method.Local = in.Number<uint8_t>() != 0;
     return method;
 }
-} // namespace
 
-std::vector<BYTE> EncodeDefinition(const CClassDefinition& definition)
+std::vector<BYTE> Encode(const CClassDefinition& definition)
 {
     std::vector<BYTE> bytes;
     CByteWriter out(bytes);
@@ -120,7 +121,7 @@ std::vector<BYTE> EncodeDefinition(const CClassDefinition& definition)
     return bytes;
 }
 
-ClassDefinition DecodeDefinition(std::span<const BYTE> bytes, int nesting)
+ClassDefinition Decode(std::span<const BYTE> bytes, int nesting)
 {
     CByteReader in(bytes, nesting);
     auto definition = std::make_shared<CClassDefinition>(in.Text());
@@ -138,6 +139,59 @@ ClassDefinition DecodeDefinition(std::span<const BYTE> bytes, int nesting)
         definition->SetMethod(ReadMethod(in));
     if (!in.AtEnd())
         throw CBadBytes();
+    return definition;
+}
+
+// The definitions that came in last.
+class CRecentDefinitions
+{
+  public:
+    ClassDefinition Find(std::span<const BYTE> bytes)
+    {
+        const CLockScope lock(m_lock);
+        const auto same = [&](const CEntry& entry) { return std::ranges::equal(entry.Bytes, bytes); };
+        const auto found = std::ranges::find_if(m_entries, same);
+        return found == std::end(m_entries) ? nullptr : found->Definition;
+    }
+    void Add(std::span<const BYTE> bytes, ClassDefinition definition)
+    {
+        CEntry entry{{bytes.begin(), bytes.end()}, std::move(definition)};
+        const CLockScope lock(m_lock);
+        std::swap(m_entries[m_next++ % std::size(m_entries)], entry);
+    }
+
+  private:
+    struct CEntry
+    {
+        std::vector<BYTE> Bytes;
+        ClassDefinition Definition;
+    };
+
+    CCriticalSection m_lock;
+    CEntry m_entries[16];
+    size_t m_next = 0;
+};
+
+CRecentDefinitions& RecentDefinitions()
+{
+    // Never destroyed: objects may still come in while other statics go.
+    static CRecentDefinitions& recent = *new CRecentDefinitions;
+    return recent;
+}
+} // namespace
+
+std::shared_ptr<const std::vector<BYTE>> EncodeDefinition(const CClassDefinition& definition)
+{
+    return definition.Encoded().Get(
+        [&] { return std::make_shared<const std::vector<BYTE>>(Encode(definition)); });
+}
+
+ClassDefinition DecodeDefinition(std::span<const BYTE> bytes, int nesting)
+{
+    if (ClassDefinition known = RecentDefinitions().Find(bytes))
+        return known;
+    ClassDefinition definition = Decode(bytes, nesting);
+    RecentDefinitions().Add(bytes, definition);
     return definition;
 }
 } // namespace standin

@@ -1,95 +1,24 @@
 #include "standin/object/ManagementObject.h"
 
-#include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/WmiStatus.h"
-#include "standin/object/Compare.h"
-#include "standin/object/Instance.h"
-#include "standin/object/MofText.h"
-#include "standin/object/NameArray.h"
-#include "standin/object/PropertySelection.h"
-#include "standin/object/QualifierSet.h"
-#include "standin/object/SystemProperty.h"
+#include "Common/src/com/SafeArray.h"
+#include "standin/object/StandinIds.h"
+#include "standin/object/StateBytes.h"
 
 namespace standin
 {
-const CQualifiers* CQualifierPlace::In(const CClassDefinition& definition) const noexcept
+namespace
 {
-    switch (Kind)
-    {
-    case Property:
-    {
-        const CPropertyDefinition* property = definition.FindProperty(Name);
-        return property ? &property->Qualifiers : nullptr;
-    }
-    case Method:
-    {
-        const CMethodDefinition* method = definition.FindMethod(Name);
-        return method ? &method->Qualifiers : nullptr;
-    }
-    default:
-        return &definition.Qualifiers;
-    }
+// A signature is handed out as an object of its own; one that the method has not got is a null pointer.
+void HandOut(const ClassDefinition& signature, IWbemClassObject** out)
+{
+    if (out)
+        *out = signature ? MakeCom<CManagementObject>(CObjectState(signature, true)).Detach() : nullptr;
 }
+} // namespace
 
-CQualifiers* CQualifierPlace::In(CClassDefinition& definition) const noexcept
+CManagementObject::CManagementObject(CObjectState state)
+    : CByValueObject(kObjectUnmarshaler), m_state(std::move(state))
 {
-    return const_cast<CQualifiers*>(In(std::as_const(definition)));
-}
-
-ClassDefinition CManagementObject::Definition() const
-{
-    const CShared lock(m_lock);
-    return m_definition;
-}
-
-CClassDefinition& CManagementObject::OwnDefinition()
-{
-    // Others take their share of the definition under our lock only, so that a count of one stays one.
-    if (m_definition.use_count() != 1)
-        m_definition = std::make_shared<CClassDefinition>(*m_definition);
-    auto& own = const_cast<CClassDefinition&>(*m_definition);
-    own.Changed();
-    return own;
-}
-
-HRESULT CManagementObject::OpenQualifiers(CQualifierPlace place, IWbemQualifierSet** out)
-{
-    if (!out)
-        return wmi::InvalidParameter;
-    *out = nullptr;
-    if (!place.In(*Definition()))
-        return wmi::NotFound;
-    *out = MakeCom<CQualifierSet>(ComPtr<CManagementObject>(this), std::move(place)).Detach();
-    return S_OK;
-}
-
-STDMETHODIMP CManagementObject::GetQualifierSet(IWbemQualifierSet** out)
-{
-    return AtComBoundary([&] { return OpenQualifiers({}, out); });
-}
-
-STDMETHODIMP CManagementObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out)
-{
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!property)
-                return wmi::InvalidParameter;
-            if (FindSystemProperty(property))
-                return static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY);
-            return OpenQualifiers({CQualifierPlace::Property, property}, out);
-        });
-}
-
-STDMETHODIMP CManagementObject::GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** out)
-{
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (!method)
-                return wmi::InvalidParameter;
-            return OpenQualifiers({CQualifierPlace::Method, method}, out);
-        });
 }
 
 STDMETHODIMP CManagementObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor)
@@ -99,18 +28,36 @@ STDMETHODIMP CManagementObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CI
         {
             if (!name || flags != 0)
                 return wmi::InvalidParameter;
-            const CShared lock(m_lock);
-            const CObjectView view = View();
-            const size_t index = m_definition->IndexOf(name);
-            if (index != CClassDefinition::npos)
-                return ReadProperty(view, index, value, type, flavor);
-            const CSystemProperty* property = FindSystemProperty(name);
-            return property ? ReadProperty(view, *property, value, type, flavor) : wmi::NotFound;
+            const CLockScope lock(m_lock);
+            return ReadProperty(m_state, name, value, type, flavor);
         });
 }
 
-STDMETHODIMP CManagementObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierValue,
-                                         SAFEARRAY** names)
+STDMETHODIMP CManagementObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (!name || flags != 0)
+                return wmi::InvalidParameter;
+            const size_t index = Definition().IndexOf(name);
+            if (index == CClassDefinition::npos)
+                return IsSystemProperty(name) ? static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY) : wmi::NotFound;
+            const CIMTYPE own = Definition().Properties()[index].Type;
+            if (type != CIM_EMPTY && type != own)
+                return wmi::TypeMismatch;
+            // Without the lock, because the value may be an object, even this one, that is asked for a copy.
+            CCimValue stored = CVariant::Null();
+            const HRESULT hr = value ? ToCimValue(*value, own, stored) : S_OK;
+            if (FAILED(hr))
+                return hr;
+            const CLockScope lock(m_lock);
+            std::swap(m_state.Values[index], stored);
+            return S_OK;
+        });
+}
+
+STDMETHODIMP CManagementObject::GetNames(LPCWSTR, LONG flags, VARIANT*, SAFEARRAY** names)
 {
     return AtComBoundary(
         [&]() -> HRESULT
@@ -118,17 +65,19 @@ STDMETHODIMP CManagementObject::GetNames(LPCWSTR qualifier, LONG flags, VARIANT*
             if (!names)
                 return wmi::InvalidParameter;
             *names = nullptr;
-            const CShared lock(m_lock);
-            const CObjectView view = View();
-            std::vector<uint16_t> selected;
-            const HRESULT hr = SelectProperties(
-                view, flags, {flags & WBEM_MASK_PRIMARY_CONDITION, qualifier, qualifierValue}, selected);
-            if (FAILED(hr))
+            std::vector<std::wstring> selected;
+            const CLockScope lock(m_lock);
+            if (const HRESULT hr = SelectNames(m_state, flags, selected); FAILED(hr))
                 return hr;
-            std::vector<std::wstring_view> found;
-            for (const uint16_t item : selected)
-                found.push_back(ItemName(*m_definition, item));
-            *names = NameArray(found).Detach();
+            CSafeArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(selected.size())));
+            if (!array)
+                return wmi::OutOfMemory;
+            {
+                const CSafeArrayView<BSTR> items(array.Get(), VT_BSTR);
+                for (size_t i = 0; i < selected.size(); ++i)
+                    items.Items()[i] = CBstr(std::wstring_view(selected[i])).Detach();
+            }
+            *names = array.Detach();
             return S_OK;
         });
 }
@@ -138,13 +87,14 @@ STDMETHODIMP CManagementObject::BeginEnumeration(LONG flags)
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            const CExclusive lock(m_lock);
-            auto enumeration = std::make_unique<CEnumeration>();
-            enumeration->Definition = m_definition;
-            const HRESULT hr = SelectProperties(View(), flags, {}, enumeration->Items);
-            if (SUCCEEDED(hr))
-                m_properties = std::move(enumeration);
-            return hr;
+            std::vector<std::wstring> names;
+            const CLockScope lock(m_lock);
+            const HRESULT hr = SelectNames(m_state, flags, names);
+            if (FAILED(hr))
+                return hr;
+            m_names = std::move(names);
+            m_next = 0;
+            return S_OK;
         });
 }
 
@@ -155,47 +105,56 @@ STDMETHODIMP CManagementObject::Next(LONG flags, BSTR* name, VARIANT* value, CIM
         {
             if (flags != 0)
                 return wmi::InvalidParameter;
-            const CExclusive lock(m_lock);
-            if (!m_properties)
+            const CLockScope lock(m_lock);
+            if (m_next == kNoEnumeration)
                 return static_cast<HRESULT>(WBEM_E_UNEXPECTED);
-            CEnumeration& enumeration = *m_properties;
-            while (enumeration.Next < enumeration.Items.size())
-            {
-                const uint16_t item = enumeration.Items[enumeration.Next++];
-                const std::wstring_view itemName = ItemName(*enumeration.Definition, item);
-                const CSystemProperty* system = item & kSystemItem ? FindSystemProperty(itemName) : nullptr;
-                // The class may have changed since; a property that is gone is passed over.
-                const size_t index =
-                    enumeration.Definition == m_definition ? item : m_definition->IndexOf(itemName);
-                if (!system && index == CClassDefinition::npos)
-                    continue;
-                CBstr copy(itemName);
-                const HRESULT hr = system ? ReadProperty(View(), *system, value, type, flavor)
-                                          : ReadProperty(View(), index, value, type, flavor);
-                if (SUCCEEDED(hr) && name)
-                    *name = copy.Detach();
+            if (m_next == m_names.size())
+                return WBEM_S_NO_MORE_DATA;
+            const std::wstring_view current = m_names[m_next];
+            CBstr copy(current);
+            const HRESULT hr = ReadProperty(m_state, current, value, type, flavor);
+            if (FAILED(hr))
                 return hr;
-            }
-            return WBEM_S_NO_MORE_DATA;
+            if (name)
+                *name = copy.Detach();
+            ++m_next;
+            return S_OK;
         });
 }
 
 STDMETHODIMP CManagementObject::EndEnumeration()
 {
-    const CExclusive lock(m_lock);
-    m_properties.reset();
+    const CLockScope lock(m_lock);
+    m_next = kNoEnumeration;
     return S_OK;
 }
 
-STDMETHODIMP CManagementObject::GetObjectText(LONG flags, BSTR* text)
+STDMETHODIMP CManagementObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out)
 {
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (!text || (flags & ~WBEM_FLAG_NO_FLAVORS))
+            if (!property || !out)
                 return wmi::InvalidParameter;
-            const CShared lock(m_lock);
-            *text = CBstr(MofText(View(), (flags & WBEM_FLAG_NO_FLAVORS) == 0)).Detach();
+            *out = nullptr;
+            const CPropertyDefinition* found = Definition().FindProperty(property);
+            if (!found)
+                return IsSystemProperty(property) ? static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY)
+                                                  : wmi::NotFound;
+            *out = MakeQualifierSet({m_state.Definition, &found->Qualifiers}).Detach();
+            return S_OK;
+        });
+}
+
+STDMETHODIMP CManagementObject::Clone(IWbemClassObject** copy)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (!copy)
+                return wmi::InvalidParameter;
+            const CLockScope lock(m_lock);
+            *copy = MakeCom<CManagementObject>(m_state).Detach();
             return S_OK;
         });
 }
@@ -208,46 +167,79 @@ STDMETHODIMP CManagementObject::SpawnInstance(LONG flags, IWbemClassObject** out
             if (!out || flags != 0)
                 return wmi::InvalidParameter;
             *out = nullptr;
-            const ClassDefinition definition = Definition();
-            if (definition->Name.empty() || definition->Qualifiers.IsTrue(L"abstract"))
+            if (Definition().Name.empty() || Definition().Qualifiers.IsTrue(L"abstract"))
                 return static_cast<HRESULT>(WBEM_E_INCOMPLETE_CLASS);
-            *out = MakeInstance(definition).Detach();
+            *out = MakeCom<CManagementObject>(CObjectState(Definition().ForInstances(), false)).Detach();
             return S_OK;
         });
 }
 
 STDMETHODIMP CManagementObject::CompareTo(LONG flags, IWbemClassObject* other)
 {
-    return AtComBoundary([&]() -> HRESULT { return CompareObjects(*this, other, flags); });
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (flags != 0 || !other)
+                return wmi::InvalidParameter;
+            return Bytes() == TakeBytes(other) ? HRESULT{WBEM_S_SAME} : HRESULT{WBEM_S_DIFFERENT};
+        });
 }
 
-STDMETHODIMP CManagementObject::GetPropertyOrigin(LPCWSTR name, BSTR* className)
+STDMETHODIMP CManagementObject::GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in,
+                                          IWbemClassObject** out)
 {
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (!name || !className)
+            HandOut(nullptr, in);
+            HandOut(nullptr, out);
+            if (!name || flags != 0)
                 return wmi::InvalidParameter;
-            const ClassDefinition definition = Definition();
-            if (FindSystemProperty(name))
-                *className = CBstr(L"___SYSTEM").Detach();
-            else if (const CPropertyDefinition* property = definition->FindProperty(name))
-                *className = CBstr(property->Origin).Detach();
-            else
+            const CMethodDefinition* method = Definition().FindMethod(name);
+            if (!method)
                 return wmi::NotFound;
+            HandOut(method->In, in);
+            HandOut(method->Out, out);
             return S_OK;
         });
 }
 
-STDMETHODIMP CManagementObject::InheritsFrom(LPCWSTR ancestor)
+STDMETHODIMP CManagementObject::BeginMethodEnumeration(LONG flags)
+{
+    if (flags != 0)
+        return wmi::InvalidParameter;
+    const CLockScope lock(m_lock);
+    m_nextMethod = 0;
+    return S_OK;
+}
+
+STDMETHODIMP CManagementObject::NextMethod(LONG flags, BSTR* name, IWbemClassObject** in,
+                                           IWbemClassObject** out)
 {
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            if (!ancestor)
+            if (flags != 0)
                 return wmi::InvalidParameter;
-            return Definition()->InheritsFrom(ancestor) ? S_OK : S_FALSE; // WBEM_S_FALSE
+            const CLockScope lock(m_lock);
+            if (m_nextMethod == kNoEnumeration)
+                return static_cast<HRESULT>(WBEM_E_UNEXPECTED);
+            if (m_nextMethod == Definition().Methods().size())
+                return WBEM_S_NO_MORE_DATA;
+            const CMethodDefinition& method = Definition().Methods()[m_nextMethod++];
+            if (name)
+                *name = CBstr(std::wstring_view(method.Name)).Detach();
+            HandOut(method.In, in);
+            HandOut(method.Out, out);
+            return S_OK;
         });
+}
+
+STDMETHODIMP CManagementObject::EndMethodEnumeration()
+{
+    const CLockScope lock(m_lock);
+    m_nextMethod = kNoEnumeration;
+    return S_OK;
 }
 
 STDMETHODIMP CManagementObject::Decorate(const wchar_t* server, const wchar_t* nameSpace)
@@ -255,12 +247,16 @@ STDMETHODIMP CManagementObject::Decorate(const wchar_t* server, const wchar_t* n
     return AtComBoundary(
         [&]() -> HRESULT
         {
-            std::shared_ptr<const CDecoration> decoration;
-            if (server && nameSpace)
-                decoration = std::make_shared<const CDecoration>(CDecoration{server, nameSpace});
-            const CExclusive lock(m_lock);
-            m_decoration = std::move(decoration);
+            auto decoration = std::make_shared<const CDecoration>(CDecoration{server, nameSpace});
+            const CLockScope lock(m_lock);
+            m_state.Decoration = std::move(decoration);
             return S_OK;
         });
+}
+
+std::vector<BYTE> CManagementObject::Bytes()
+{
+    const CLockScope lock(m_lock);
+    return EncodeState(m_state);
 }
 } // namespace standin

@@ -1,20 +1,17 @@
-// What class objects and instances have in common. Both hold a shared definition and, under a lock, what is
-// their own; the two derived classes say what a change does.
+// IWbemClassObject of a class, an instance, or the parameters of a method, as far as the provider and its
+// clients use it. Its definition never changes; what is put stays the object's own, also where it is a class.
 #pragma once
 
-#include "Common/src/com/ComObject.h"
-#include "standin/object/Bytes.h"
-#include "standin/object/ObjectView.h"
-
-#include <memory>
-#include <vector>
+#include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/WmiStatus.h"
+#include "standin/object/ByValue.h"
+#include "standin/object/ObjectState.h"
 
 namespace standin
 {
-// By which our objects know each other, also when they were made by different modules of a process.
+// What only objects of ours can.
 struct IStandinObject : public IUnknown
 {
-    // Null pointers take the decoration away.
     virtual HRESULT STDMETHODCALLTYPE Decorate(const wchar_t* server, const wchar_t* nameSpace) = 0;
 };
 } // namespace standin
@@ -23,88 +20,63 @@ __CRT_UUID_DECL(standin::IStandinObject, 0x1b6e07c6, 0x52d9, 0x4f0b, 0x8a, 0x41,
 
 namespace standin
 {
-// Which qualifiers a set stands for.
-struct CQualifierPlace
-{
-    enum EKind
-    {
-        Object,
-        Property,
-        Method
-    };
-    EKind Kind = Object;
-    std::wstring Name;
-
-    // Null where the definition has no such property or method (any more).
-    const CQualifiers* In(const CClassDefinition& definition) const noexcept;
-    CQualifiers* In(CClassDefinition& definition) const noexcept;
-};
-
-class CManagementObject : public CComObject<IWbemClassObject, IStandinObject, IByValue, IMarshal>
+class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject>
 {
   public:
-    STDMETHODIMP GetQualifierSet(IWbemQualifierSet** out) override;
+    explicit CManagementObject(CObjectState state);
+
     STDMETHODIMP Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
+    // Of properties that the class has. The type may be 0 or the property's own.
+    STDMETHODIMP Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override;
+    // Without a condition on a qualifier.
     STDMETHODIMP GetNames(LPCWSTR qualifier, LONG flags, VARIANT* qualifierValue, SAFEARRAY** names) override;
     STDMETHODIMP BeginEnumeration(LONG flags) override;
     STDMETHODIMP Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
     STDMETHODIMP EndEnumeration() override;
     STDMETHODIMP GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out) override;
-    STDMETHODIMP GetObjectText(LONG flags, BSTR* text) override;
+    STDMETHODIMP Clone(IWbemClassObject** copy) override;
     STDMETHODIMP SpawnInstance(LONG flags, IWbemClassObject** out) override;
+    // Same in every byte, without flags.
     STDMETHODIMP CompareTo(LONG flags, IWbemClassObject* other) override;
-    STDMETHODIMP GetPropertyOrigin(LPCWSTR name, BSTR* className) override;
-    STDMETHODIMP InheritsFrom(LPCWSTR ancestor) override;
+
+    // The management service shows methods of class objects only; here an instance has them as well, because
+    // the scripting objects of the development platform ask it, where the management service's own fetch the
+    // class.
     STDMETHODIMP GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, IWbemClassObject** out) override;
     STDMETHODIMP BeginMethodEnumeration(LONG flags) override;
     STDMETHODIMP NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, IWbemClassObject** out) override;
     STDMETHODIMP EndMethodEnumeration() override;
-    STDMETHODIMP GetMethodQualifierSet(LPCWSTR method, IWbemQualifierSet** out) override;
-    STDMETHODIMP GetMethodOrigin(LPCWSTR name, BSTR* className) override;
+
+    // Nobody here asks for these.
+    STDMETHODIMP GetQualifierSet(IWbemQualifierSet**) override { return wmi::NotSupported; }
+    STDMETHODIMP GetMethodQualifierSet(LPCWSTR, IWbemQualifierSet**) override { return wmi::NotSupported; }
+    STDMETHODIMP Delete(LPCWSTR) override { return wmi::NotSupported; }
+    STDMETHODIMP GetObjectText(LONG, BSTR*) override { return wmi::NotSupported; }
+    STDMETHODIMP SpawnDerivedClass(LONG, IWbemClassObject**) override { return wmi::NotSupported; }
+    STDMETHODIMP GetPropertyOrigin(LPCWSTR, BSTR*) override { return wmi::NotSupported; }
+    STDMETHODIMP GetMethodOrigin(LPCWSTR, BSTR*) override { return wmi::NotSupported; }
+    STDMETHODIMP InheritsFrom(LPCWSTR) override { return wmi::NotSupported; }
+    STDMETHODIMP PutMethod(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*) override
+    {
+        return wmi::NotSupported;
+    }
+    STDMETHODIMP DeleteMethod(LPCWSTR) override { return wmi::NotSupported; }
 
     STDMETHODIMP Decorate(const wchar_t* server, const wchar_t* nameSpace) override;
-    STDMETHODIMP Encode(BYTE** bytes, ULONG* size) override;
-
-    STDMETHODIMP GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid) override;
-    STDMETHODIMP GetMarshalSizeMax(REFIID, void*, DWORD, void*, DWORD, DWORD* size) override;
-    STDMETHODIMP MarshalInterface(IStream* stream, REFIID, void*, DWORD, void*, DWORD) override;
-    STDMETHODIMP UnmarshalInterface(IStream*, REFIID, void**) override { return E_NOTIMPL; }
-    STDMETHODIMP ReleaseMarshalData(IStream*) override { return S_OK; }
-    STDMETHODIMP DisconnectObject(DWORD) override { return S_OK; }
-
-    // For qualifier sets: the definition as it is now, and a change of it. An instance's change is its own.
-    ClassDefinition Definition() const;
-    template <class Change>
-    HRESULT ChangeDefinition(Change&& change)
-    {
-        const CExclusive lock(m_lock);
-        return change(OwnDefinition());
-    }
 
   protected:
-    explicit CManagementObject(ClassDefinition definition) noexcept : m_definition(std::move(definition)) {}
-    // Under the lock.
-    virtual CObjectView View() const noexcept = 0;
-    // Under the lock: the definition for changing, copied first where others see it as well.
-    CClassDefinition& OwnDefinition();
-
-    mutable SRWLOCK m_lock = SRWLOCK_INIT;
-    ClassDefinition m_definition;
-    std::shared_ptr<const CDecoration> m_decoration;
+    std::vector<BYTE> Bytes() override;
 
   private:
-    // An enumeration goes over the object as it was when it began.
-    struct CEnumeration
-    {
-        ClassDefinition Definition;
-        std::vector<uint16_t> Items;
-        size_t Next = 0;
-    };
+    // The definition needs no lock: it stays the same.
+    const CClassDefinition& Definition() const noexcept { return *m_state.Definition; }
 
-    HRESULT OpenQualifiers(CQualifierPlace place, IWbemQualifierSet** out);
-    std::vector<BYTE> Bytes() const;
+    CCriticalSection m_lock;
+    CObjectState m_state;
+    std::vector<std::wstring> m_names; // that the enumeration visits
+    size_t m_next = kNoEnumeration;
+    size_t m_nextMethod = kNoEnumeration;
 
-    std::unique_ptr<CEnumeration> m_properties;
-    std::unique_ptr<CEnumeration> m_methods;
+    static constexpr size_t kNoEnumeration = static_cast<size_t>(-1);
 };
 } // namespace standin

@@ -1,13 +1,31 @@
 #include "standin/object/Objects.h"
 
-#include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/SafeArray.h"
-#include "Common/src/com/Variant.h"
-#include "Common/src/com/WmiStatus.h"
+#include "standin/object/Context.h"
 #include "standin/object/ManagementObject.h"
 
 namespace standin
 {
+ComPtr<IWbemClassObject> MakeClassObject(ClassDefinition definition)
+{
+    return MakeCom<CManagementObject>(CObjectState(std::move(definition), true));
+}
+
+ComPtr<IWbemClassObject> MakeInstance(const ClassDefinition& definition)
+{
+    return MakeCom<CManagementObject>(CObjectState(definition->ForInstances(), false));
+}
+
+ComPtr<IWbemClassObject> MakeEmptyClass()
+{
+    return MakeClassObject(std::make_shared<CClassDefinition>(std::wstring()));
+}
+
+ComPtr<IWbemContext> MakeContext()
+{
+    return MakeCom<CContext>();
+}
+
 HRESULT Decorate(IWbemClassObject* object, const wchar_t* server, const wchar_t* nameSpace) noexcept
 {
     ComPtr<IStandinObject> ours;

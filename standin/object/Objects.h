@@ -4,21 +4,17 @@
 #pragma once
 
 #include "Common/src/com/ComPtr.h"
+#include "standin/object/ClassDefinition.h"
 
-#include <memory>
 #include <wbemcli.h>
 
 namespace standin
 {
-class CClassDefinition;
-using ClassDefinition = std::shared_ptr<const CClassDefinition>;
-
 // The class itself as an object: clients read its properties and signatures and spawn from it.
 ComPtr<IWbemClassObject> MakeClassObject(ClassDefinition definition);
 // An instance whose properties have the defaults of the class.
 ComPtr<IWbemClassObject> MakeInstance(const ClassDefinition& definition);
-// What the management service returns where a client asks for the class with an empty name: a class object
-// to be given a name and properties.
+// What the management service returns where a client asks for the class with an empty name.
 ComPtr<IWbemClassObject> MakeEmptyClass();
 // An empty call context.
 ComPtr<IWbemContext> MakeContext();

@@ -1,8 +1,10 @@
-// The qualifiers of a class, property or method.
+// The qualifiers of a class, property or method, and IWbemQualifierSet over them.
 #pragma once
 
+#include "Common/src/com/ComPtr.h"
 #include "standin/object/CimValue.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,4 +39,11 @@ class CQualifiers
   private:
     std::vector<CQualifier> m_all;
 };
+
+// A qualifier as MOF gives it where no flavor is written: most stay where they are, some (such as "key") are
+// known to reach derived classes and instances.
+CQualifier MakeQualifier(std::wstring_view name, CVariant value);
+
+// For reading one qualifier at a time; everything else is WBEM_E_NOT_SUPPORTED.
+ComPtr<IWbemQualifierSet> MakeQualifierSet(std::shared_ptr<const CQualifiers> qualifiers);
 } // namespace standin

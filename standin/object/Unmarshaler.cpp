@@ -1,54 +1,39 @@
-// The class objects that COM asks where marshalled bytes arrive.
+// What COM asks where marshalled bytes arrive: class objects that are their own instances, because they have
+// no state.
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ComObject.h"
-#include "standin/object/Context.h"
-#include "standin/object/MarshalStream.h"
+#include "standin/object/ByValue.h"
 #include "standin/object/ObjectBytes.h"
+#include "standin/object/Objects.h"
 #include "standin/object/StandinIds.h"
 
 namespace standin
 {
 namespace
 {
-HRESULT MakeObject(const std::vector<BYTE>& bytes, REFIID riid, void** out)
-{
-    return DecodeObject(bytes, kMaxNesting)->QueryInterface(riid, out);
-}
-
-HRESULT MakeContextFrom(const std::vector<BYTE>& bytes, REFIID riid, void** out)
-{
-    return CContext::Decode(bytes)->QueryInterface(riid, out);
-}
-
-using Decoder = HRESULT (*)(const std::vector<BYTE>& bytes, REFIID riid, void** out);
-
-// COM makes one for every object that arrives.
-class CUnmarshaler : public CComObject<IMarshal>
+class CUnmarshaler : public CComObject<IClassFactory, IMarshal>
 {
   public:
-    explicit CUnmarshaler(Decoder decode) noexcept : m_decode(decode) {}
+    explicit CUnmarshaler(bool context) noexcept : m_context(context) {}
+
+    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** out) override
+    {
+        *out = nullptr;
+        if (outer)
+            return CLASS_E_NOAGGREGATION;
+        return AtComBoundary(
+            [&]
+            {
+                return m_context && !IsEqualIID(riid, IID_IMarshal) ? MakeContext()->QueryInterface(riid, out)
+                                                                    : QueryInterface(riid, out);
+            });
+    }
+    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
     STDMETHODIMP UnmarshalInterface(IStream* stream, REFIID riid, void** out) override
     {
-        if (!out)
-            return E_POINTER;
         *out = nullptr;
-        return AtComBoundary(
-            [&]() -> HRESULT
-            {
-                std::vector<BYTE> bytes;
-                const HRESULT hr = ReadCounted(stream, bytes);
-                if (FAILED(hr))
-                    return hr;
-                try
-                {
-                    return m_decode(bytes, riid, out);
-                }
-                catch (const CBadBytes&)
-                {
-                    return static_cast<HRESULT>(WBEM_E_INVALID_STREAM);
-                }
-            });
+        return AtComBoundary([&] { return Unmarshal(stream, riid, out); });
     }
     STDMETHODIMP ReleaseMarshalData(IStream* stream) override
     {
@@ -65,50 +50,35 @@ class CUnmarshaler : public CComObject<IMarshal>
     STDMETHODIMP MarshalInterface(IStream*, REFIID, void*, DWORD, void*, DWORD) override { return E_NOTIMPL; }
 
   private:
-    const Decoder m_decode;
-};
-
-class CFactory : public CComObject<IClassFactory>
-{
-  public:
-    explicit CFactory(Decoder decode) noexcept : m_decode(decode) {}
-
-    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** out) override
+    HRESULT Unmarshal(IStream* stream, REFIID riid, void** out) const
     {
-        if (!out)
-            return E_POINTER;
-        *out = nullptr;
-        if (outer)
-            return CLASS_E_NOAGGREGATION;
-        return AtComBoundary(
-            [&]() -> HRESULT
-            {
-                if (m_decode == MakeContextFrom && !IsEqualIID(riid, IID_IMarshal))
-                    return MakeContext()->QueryInterface(riid, out);
-                return MakeCom<CUnmarshaler>(m_decode)->QueryInterface(riid, out);
-            });
+        constexpr HRESULT bad = static_cast<HRESULT>(WBEM_E_INVALID_STREAM);
+        std::vector<BYTE> bytes;
+        const HRESULT hr = ReadCounted(stream, bytes);
+        if (FAILED(hr) || bytes.empty())
+            return bad;
+        try
+        {
+            return m_context ? ContextFrom(bytes)->QueryInterface(riid, out)
+                             : ObjectFrom(bytes)->QueryInterface(riid, out);
+        }
+        catch (const CBadBytes&)
+        {
+            return bad;
+        }
     }
-    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
-  private:
-    const Decoder m_decode;
+    const bool m_context;
 };
 } // namespace
 
 HRESULT GetUnmarshalClassObject(REFCLSID clsid, REFIID riid, void** out) noexcept
 {
-    if (!out)
-        return E_POINTER;
     *out = nullptr;
-    return AtComBoundary(
-        [&]() -> HRESULT
-        {
-            if (IsEqualCLSID(clsid, kObjectUnmarshaler))
-                return MakeCom<CFactory>(MakeObject)->QueryInterface(riid, out);
-            if (IsEqualCLSID(clsid, kContextUnmarshaler) || IsEqualCLSID(clsid, CLSID_WbemContext))
-                return MakeCom<CFactory>(MakeContextFrom)->QueryInterface(riid, out);
-            return CLASS_E_CLASSNOTAVAILABLE;
-        });
+    const bool context = IsEqualCLSID(clsid, kContextUnmarshaler) || IsEqualCLSID(clsid, CLSID_WbemContext);
+    if (!context && !IsEqualCLSID(clsid, kObjectUnmarshaler))
+        return CLASS_E_CLASSNOTAVAILABLE;
+    return AtComBoundary([&] { return MakeCom<CUnmarshaler>(context)->QueryInterface(riid, out); });
 }
 
 CUnmarshalRegistration::CUnmarshalRegistration()

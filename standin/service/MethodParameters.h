@@ -1,7 +1,7 @@
 // The check of a method's in-parameters against its declaration.
 #pragma once
 
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 
 namespace standin
 {

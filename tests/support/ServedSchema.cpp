@@ -29,7 +29,7 @@ ComPtr<CFakeServices> MakeServedNamespace(CallPlan plan)
     return MakeCom<CFakeServices>(
         [plan](const std::wstring& path) -> ComPtr<IWbemClassObject>
         {
-            ComPtr<IWbemClassObject> definition = ServedSchema().GetClass(kServedNamespace, path, 0x409);
+            ComPtr<IWbemClassObject> definition = ServedSchema().GetClass(kServedNamespace, path);
             return definition ? MakeCom<CFailingClassObject>(definition, plan) : nullptr;
         });
 }

@@ -5,7 +5,7 @@
 #include "tests/support/FakeServices.h"
 
 #include "standin/mof/Repository.h"
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 
 // The name space in which the schema is compiled.
 inline constexpr wchar_t kServedNamespace[] = L"root\\cimv2";

@@ -1,6 +1,5 @@
 #include "Common/src/WomClassObject.h"
 #include "Common/src/WomContext.h"
-#include "standin/object/ClassDefinition.h"
 #include "standin/object/Objects.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"

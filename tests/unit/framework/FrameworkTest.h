@@ -5,7 +5,7 @@
 #include "Common/src/WomClassCache.h"
 #include "Common/src/WomClassObject.h"
 #include "Common/src/WomProviderException.h"
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 #include "tests/support/FailingClassObject.h"
 #include "tests/support/FakeResources.h"
 #include "tests/support/FakeServices.h"

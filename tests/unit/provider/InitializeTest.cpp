@@ -1,4 +1,4 @@
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 #include "tests/unit/provider/ProviderTest.h"
 
 #include <algorithm>

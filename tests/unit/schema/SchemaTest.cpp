@@ -3,7 +3,7 @@
 #include "Common/src/com/SafeArray.h"
 #include "Common/src/com/Text.h"
 #include "Common/src/com/Variant.h"
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/ServedSchema.h"
 

@@ -3,7 +3,7 @@
 #include "Common/src/com/SafeArray.h"
 #include "Common/src/com/Variant.h"
 #include "InstanceError.h"
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 #include "tests/support/ServedSchema.h"
 #include "tools/zebdiag/WmiValue.h"
 

@@ -1,6 +1,5 @@
 // What the client learns about the machine: names of adapters, processes, the configured length of runs.
 #include "FakeDiagnostics.h"
-#include "standin/object/ClassDefinition.h"
 #include "standin/object/Objects.h"
 #include "tests/support/RegistryScope.h"
 #include "tools/zebdiag/Commands.h"
