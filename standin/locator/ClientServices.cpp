@@ -94,8 +94,7 @@ STDMETHODIMP CClientServices::PutInstance(IWbemClassObject* object, long flags, 
                                           IWbemCallResult** result)
 {
     return AtComBoundary(
-        [&]
-        {
+        [&] {
             return Call(Message(Operation::PutInstance, flags, context, nullptr, nullptr, object), nullptr,
                         result);
         });
@@ -105,9 +104,8 @@ STDMETHODIMP CClientServices::CreateInstanceEnum(const BSTR className, long flag
                                                  IEnumWbemClassObject** objects)
 {
     return AtComBoundary(
-        [&] {
-            return Enumerate(Message(Operation::EnumerateInstances, flags, context, className), objects);
-        });
+        [&]
+        { return Enumerate(Message(Operation::EnumerateInstances, flags, context, className), objects); });
 }
 
 STDMETHODIMP CClientServices::ExecQuery(const BSTR language, const BSTR query, long flags,
@@ -122,8 +120,7 @@ STDMETHODIMP CClientServices::ExecMethod(const BSTR path, const BSTR method, lon
                                          IWbemCallResult** result)
 {
     return AtComBoundary(
-        [&] {
-            return Call(Message(Operation::ExecuteMethod, flags, context, path, method, in), out, result);
-        });
+        [&]
+        { return Call(Message(Operation::ExecuteMethod, flags, context, path, method, in), out, result); });
 }
 } // namespace standin

@@ -52,8 +52,9 @@ HRESULT StartService()
     if (FAILED(hr))
         return hr;
     const HANDLE either[] = {listening.Get(), process.Get()};
-    return WaitForMultipleObjects(2, either, FALSE, kLongestStart) == WAIT_OBJECT_0 ? S_OK
-                                                                                   : CO_E_SERVER_EXEC_FAILURE;
+    return WaitForMultipleObjects(2, either, FALSE, kLongestStart) == WAIT_OBJECT_0
+               ? S_OK
+               : CO_E_SERVER_EXEC_FAILURE;
 }
 } // namespace
 

@@ -5,8 +5,8 @@
 
 namespace standin
 {
-// A client holds this mutex while it connects, and the service while it ends. So a client never meets a service
-// that is about to go, and only one client at a time starts a service.
+// A client holds this mutex while it connects, and the service while it ends. So a client never meets a
+// service that is about to go, and only one client at a time starts a service.
 inline constexpr wchar_t kConnecting[] = L"WMI stand-in: a client connects";
 // A service that a client starts sets this event once it listens.
 inline constexpr wchar_t kListening[] = L"WMI stand-in: the service listens";

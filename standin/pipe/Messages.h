@@ -1,5 +1,5 @@
-// What travels over the pipe. A client opens a pipe for each thing that it wants and closes it when it wants no
-// more: one to keep its connection to a namespace, and one for each call. It sends one CCallMessage; the
+// What travels over the pipe. A client opens a pipe for each thing that it wants and closes it when it wants
+// no more: one to keep its connection to a namespace, and one for each call. It sends one CCallMessage; the
 // service answers with objects and, in the end, with one COutcome.
 #pragma once
 

@@ -86,9 +86,9 @@ bool CPipe::BeginRead()
         return m_underWay;
     m_reading = {};
     m_reading.hEvent = m_read.Get();
-    m_underWay = ReadFile(m_handle.Get(), m_chunk.data(), static_cast<DWORD>(m_chunk.size()), nullptr,
-                          &m_reading) ||
-                 GetLastError() == ERROR_IO_PENDING;
+    m_underWay =
+        ReadFile(m_handle.Get(), m_chunk.data(), static_cast<DWORD>(m_chunk.size()), nullptr, &m_reading) ||
+        GetLastError() == ERROR_IO_PENDING;
     m_gone = !m_underWay;
     return m_underWay;
 }

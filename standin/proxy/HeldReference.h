@@ -1,12 +1,12 @@
-// How the service gives its namespace to a provider, so that Wine keeps the proxies of the provider's process in
-// order.
+// How the service gives its namespace to a provider, so that Wine keeps the proxies of the provider's process
+// in order.
 //
-// Whoever lets go of a proxy tells the owner's process, through one more proxy (IRemUnknown) that Wine makes when
-// it is first needed and shares among all proxies of that owner. When one thread gives up the last use of it
-// while another one takes it up, Wine goes on with freed memory, and the process dies. A provider releases the
-// sinks of its calls on many threads at once, so this does happen. A proxy that has asked the owner something
-// keeps the shared one for as long as it lives: the namespace, which a provider holds all its life, is made to ask
-// as soon as it arrives.
+// Whoever lets go of a proxy tells the owner's process, through one more proxy (IRemUnknown) that Wine makes
+// when it is first needed and shares among all proxies of that owner. When one thread gives up the last use
+// of it while another one takes it up, Wine goes on with freed memory, and the process dies. A provider
+// releases the sinks of its calls on many threads at once, so this does happen. A proxy that has asked the
+// owner something keeps the shared one for as long as it lives: the namespace, which a provider holds all its
+// life, is made to ask as soon as it arrives.
 #pragma once
 
 #include "standin/locator/UnsupportedServices.h"

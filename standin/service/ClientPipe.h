@@ -10,7 +10,7 @@ namespace standin
 {
 class CService;
 
-// Reads what the client wants, does it on threads of its own, and sends the answers; returns at once. `use` keeps
-// the service up meanwhile.
+// Reads what the client wants, does it on threads of its own, and sends the answers; returns at once. `use`
+// keeps the service up meanwhile.
 void ServePipe(CService& service, CServiceLife::CUse use, std::unique_ptr<CPipe> pipe);
 } // namespace standin

@@ -100,9 +100,10 @@ ON_MATCH(References, out.Association.References = true);
 #undef ON_MATCH
 
 // How a property's value stands to a literal; unordered where they cannot be compared.
-std::partial_ordering Order(const VARIANT& value, const std::wstring& literal)
+std::partial_ordering Order(const VARIANT& value, CIMTYPE type, const std::wstring& literal)
 {
-    if (value.vt == VT_BSTR)
+    const bool isLongNumber = type == CIM_UINT64 || type == CIM_SINT64;
+    if (value.vt == VT_BSTR && !isLongNumber)
     {
         const int order = CompareStringOrdinal(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal)),
                                                literal.c_str(), static_cast<int>(literal.size()), TRUE);
@@ -110,11 +111,11 @@ std::partial_ordering Order(const VARIANT& value, const std::wstring& literal)
     }
     CVariant left;
     CVariant right = CVariant::FromText(literal.c_str());
-    const VARTYPE type = value.vt == VT_BOOL ? VT_BOOL : VT_R8;
-    if (FAILED(VariantChangeType(left.Put(), const_cast<VARIANT*>(&value), 0, type)) ||
-        FAILED(VariantChangeType(&right, &right, 0, type)))
+    const VARTYPE common = value.vt == VT_BOOL ? VT_BOOL : VT_R8;
+    if (FAILED(VariantChangeType(left.Put(), const_cast<VARIANT*>(&value), 0, common)) ||
+        FAILED(VariantChangeType(&right, &right, 0, common)))
         return std::partial_ordering::unordered;
-    return type == VT_BOOL ? right.boolVal <=> left.boolVal : left.dblVal <=> right.dblVal;
+    return common == VT_BOOL ? right.boolVal <=> left.boolVal : left.dblVal <=> right.dblVal;
 }
 
 bool Meets(IWbemClassObject* object, const CComparison& comparison)
@@ -131,10 +132,11 @@ bool Meets(IWbemClassObject* object, const CComparison& comparison)
         {L">=", std::is_gteq},
     };
     CVariant value;
-    if (FAILED(object->Get(comparison.Property.c_str(), 0, value.Put(), nullptr, nullptr)) ||
+    CIMTYPE type = CIM_EMPTY;
+    if (FAILED(object->Get(comparison.Property.c_str(), 0, value.Put(), &type, nullptr)) ||
         value.vt == VT_NULL)
         return false;
-    const std::partial_ordering order = Order(value, comparison.Literal);
+    const std::partial_ordering order = Order(value, type, comparison.Literal);
     return std::any_of(std::begin(operators), std::end(operators),
                        [&](const OperatorRow& row)
                        { return comparison.Operator == row.Text && row.Holds(order); });

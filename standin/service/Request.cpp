@@ -5,8 +5,7 @@
 namespace standin
 {
 CRequest::CRequest(long flags, ComPtr<IWbemContext> context)
-    : m_flags(flags), m_context(std::move(context)),
-      m_answered(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+    : m_flags(flags), m_context(std::move(context)), m_answered(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_cancelled(CreateEventW(nullptr, TRUE, FALSE, nullptr))
 {
 }

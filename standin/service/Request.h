@@ -1,5 +1,5 @@
-// One call of a client while the service works on it. The work runs on a thread of its own and makes its calls
-// to the provider one after another; the answers wait here until the client's connection sends them.
+// One call of a client while the service works on it. The work runs on a thread of its own and makes its
+// calls to the provider one after another; the answers wait here until the client's connection sends them.
 #pragma once
 
 #include "Common/src/com/CriticalSection.h"

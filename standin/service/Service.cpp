@@ -23,7 +23,8 @@ std::wstring NewId()
 
 CService::CService()
     : m_server(ThisComputer()), m_id(NewId()), m_repository(m_server),
-      m_providers([this](const std::wstring& nameSpace) { return MakeProviderNamespace(m_repository, nameSpace); })
+      m_providers([this](const std::wstring& nameSpace)
+                  { return MakeProviderNamespace(m_repository, nameSpace); })
 {
 }
 } // namespace standin

@@ -1,7 +1,6 @@
 #include "Common/src/com/StubHold.h"
 
 #include "Common/src/com/ComPtr.h"
-#include "Common/src/com/Owned.h"
 
 #include <atomic>
 #include <new>
@@ -50,22 +49,6 @@ HRESULT HoldStub(REFIID riid) noexcept
                       : CoMarshalInterface(stream.Get(), riid, nobody.Get(), MSHCTX_LOCAL, nullptr,
                                            MSHLFLAGS_TABLESTRONG);
 }
-
-struct CClientHold
-{
-    std::initializer_list<IID> Interfaces;
-    HRESULT Result;
-};
-
-DWORD WINAPI HoldInMultithreadedApartment(void* parameter)
-{
-    CClientHold& hold = *static_cast<CClientHold*>(parameter);
-    CO_MTA_USAGE_COOKIE usage = nullptr;
-    hold.Result = CoIncrementMTAUsage(&usage);
-    if (SUCCEEDED(hold.Result))
-        hold.Result = HoldStubs(hold.Interfaces);
-    return 0;
-}
 } // namespace
 
 HRESULT HoldStubs(std::initializer_list<IID> interfaces) noexcept
@@ -79,13 +62,4 @@ HRESULT HoldStubs(std::initializer_list<IID> interfaces) noexcept
 HRESULT HoldActivationStubs() noexcept
 {
     return HoldStubs({__uuidof(IServiceProvider), __uuidof(IClassFactory)});
-}
-
-HRESULT HoldClientStubs(std::initializer_list<IID> interfaces) noexcept
-{
-    CClientHold hold = {interfaces, E_OUTOFMEMORY};
-    const CHandle thread(CreateThread(nullptr, 0, HoldInMultithreadedApartment, &hold, 0, nullptr));
-    if (thread)
-        WaitForSingleObject(thread.Get(), INFINITE);
-    return hold.Result;
 }

@@ -16,7 +16,3 @@ HRESULT HoldStubs(std::initializer_list<IID> interfaces) noexcept;
 
 // The same for what activation uses.
 HRESULT HoldActivationStubs() noexcept;
-
-// The same for a client, in the process's multithreaded apartment, which is then kept until the process ends:
-// the interfaces of the objects that it hands out, such as sinks. Once per process.
-HRESULT HoldClientStubs(std::initializer_list<IID> interfaces) noexcept;

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 #include <servprov.h>
-#include <thread>
 
 namespace
 {
@@ -23,19 +22,5 @@ TEST(StubHold, HoldsWhatActivationUsesAndAsOftenAsOneLikes)
 TEST(StubHold, SaysWhichInterfaceCannotBeMarshalled)
 {
     EXPECT_EQ(HoldStubs({__uuidof(IClassFactory), kUnknownInterface}), E_NOINTERFACE);
-}
-
-TEST(StubHold, ServesAClientOfAnyApartment)
-{
-    HRESULT held = E_FAIL;
-    std::thread(
-        [&]
-        {
-            CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-            held = HoldClientStubs({__uuidof(IClassFactory)});
-            CoUninitialize();
-        })
-        .join();
-    EXPECT_EQ(held, S_OK);
 }
 } // namespace

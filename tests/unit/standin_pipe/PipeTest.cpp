@@ -1,0 +1,108 @@
+// Frames through a pipe whose both ends are in this process.
+#include "standin/pipe/Pipe.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace
+{
+using standin::CPipe;
+using Received = CPipe::Received;
+using Frame = std::vector<BYTE>;
+
+class Pipe : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        const std::wstring name = L"\\\\.\\pipe\\WMI stand-in test " + std::to_wstring(GetCurrentProcessId());
+        CFileHandle server(CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                            PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr));
+        CFileHandle client(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                       FILE_FLAG_OVERLAPPED, nullptr));
+        ASSERT_TRUE(server);
+        ASSERT_TRUE(client);
+        m_server = std::make_unique<CPipe>(std::move(server));
+        m_client = std::make_unique<CPipe>(std::move(client));
+    }
+
+    std::unique_ptr<CPipe> m_server;
+    std::unique_ptr<CPipe> m_client;
+};
+
+TEST_F(Pipe, CarriesFramesInTheirOrder)
+{
+    EXPECT_TRUE(m_client->Send(Frame{1, 2, 3}));
+    EXPECT_TRUE(m_client->Send(Frame{}));
+    EXPECT_TRUE(m_client->Send(Frame{4}));
+    for (const Frame& expected : {Frame{1, 2, 3}, Frame{}, Frame{4}})
+    {
+        Frame frame;
+        ASSERT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+        EXPECT_EQ(frame, expected);
+    }
+}
+
+TEST_F(Pipe, CarriesAFrameThatIsLargerThanItsBuffers)
+{
+    Frame large(1000000);
+    for (size_t i = 0; i < large.size(); ++i)
+        large[i] = static_cast<BYTE>(i * 7);
+    std::thread sender([&] { EXPECT_TRUE(m_client->Send(large)); });
+    Frame frame;
+    EXPECT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+    sender.join();
+    EXPECT_EQ(frame, large);
+}
+
+TEST_F(Pipe, LosesNothingWhenAWaitIsOver)
+{
+    Frame frame;
+    EXPECT_EQ(m_server->Receive(frame, 0), Received::Nothing);
+    EXPECT_TRUE(m_client->Send(Frame{5}));
+    ASSERT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+    EXPECT_EQ(frame, Frame{5});
+}
+
+TEST_F(Pipe, GoesOnAfterTheThreadThatBeganToWaitHasEnded)
+{
+    Frame frame;
+    std::thread([&] { EXPECT_EQ(m_server->Receive(frame, 0), Received::Nothing); }).join();
+    EXPECT_TRUE(m_client->Send(Frame{6}));
+    ASSERT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+    EXPECT_EQ(frame, Frame{6});
+}
+
+TEST_F(Pipe, TellsWhenTheOtherEndIsGone)
+{
+    EXPECT_TRUE(m_client->Send(Frame{7}));
+    m_client.reset();
+    Frame frame;
+    ASSERT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+    EXPECT_EQ(m_server->Receive(frame, INFINITE), Received::TheEnd);
+    EXPECT_EQ(m_server->Receive(frame, INFINITE), Received::TheEnd);
+    EXPECT_FALSE(m_server->Send(Frame{8}));
+}
+
+TEST_F(Pipe, SetsItsEventForAFrameAndForTheEnd)
+{
+    EXPECT_EQ(WaitForSingleObject(m_server->Incoming(), 0), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(m_client->Send(Frame{9}));
+    EXPECT_EQ(WaitForSingleObject(m_server->Incoming(), INFINITE), WAIT_OBJECT_0);
+    Frame frame;
+    EXPECT_EQ(m_server->Receive(frame, 0), Received::Frame);
+    m_client.reset();
+    EXPECT_EQ(WaitForSingleObject(m_server->Incoming(), INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(m_server->Receive(frame, 0), Received::TheEnd);
+    EXPECT_EQ(WaitForSingleObject(m_server->Incoming(), 0), WAIT_OBJECT_0);
+}
+
+TEST(Deadline, LeavesWhatItWasGivenAndNothingAfterwards)
+{
+    EXPECT_EQ(standin::CDeadline(INFINITE).Left(), INFINITE);
+    EXPECT_EQ(standin::CDeadline(0).Left(), 0u);
+    EXPECT_LE(standin::CDeadline(5000).Left(), 5000u);
+}
+} // namespace
