@@ -1,20 +1,19 @@
 // Bad input from clients and from the machine: a clear status, and the same process goes on serving.
-#include "tests/system/provider/ProviderFixture.h"
+#include "tests/system/provider/SharedMachine.h"
 
 #include "Common/src/com/WmiStatus.h"
 #include "tests/support/CaseName.h"
 
-#include <gtest/gtest.h>
+#include <optional>
 
 namespace
 {
-TEST(BadInput, ClientGetsAStatusAndTheProcessServesOn)
+TEST_F(Served, BadInputGetsAStatusAndTheProcessServesOn)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
     const CWmiClient client;
     ASSERT_EQ(5u, client.Instances(L"Tolva_DiagTest").size());
-    const std::vector<DWORD> before = ProcessesOf(L"Drevok.EXE");
+    const CHandle process = OpenProcessOf(L"Drevok.EXE");
+    ASSERT_TRUE(process);
 
     const struct
     {
@@ -42,107 +41,116 @@ TEST(BadInput, ClientGetsAStatusAndTheProcessServesOn)
     }
     ComPtr<IWbemClassObject> object;
     EXPECT_EQ(S_OK, client.Get(TestPath(L"1@ALPHA"), object));
-    EXPECT_EQ(before, ProcessesOf(L"Drevok.EXE"));
+    EXPECT_EQ(1u, ProcessesOf(L"Drevok.EXE").size());
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(process.Get(), 0));
 }
 
-struct RegistryCase
+struct LoadCase
 {
     const char* name;
-    const wchar_t* value;
-    bool asText; // text where a number belongs, else three bytes of binary data
+    void (*prepare)(const CProviderMachine& machine);
+    size_t tests;                    // that are served all the same
+    std::vector<const char*> traced; // texts
 };
 
-class OddRegistry : public testing::TestWithParam<RegistryCase>
+template <const char* Script>
+void SetScript(const CProviderMachine& machine)
 {
-};
-
-TEST_P(OddRegistry, CountsAsAbsent)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    if (GetParam().asText)
-        machine.SetText(L"ZebDiag", GetParam().value, L"2");
-    else
-        machine.SetBinary(L"ZebDiag", GetParam().value, "abc");
-    EXPECT_EQ(5u, CWmiClient().Instances(L"Tolva_DiagTest").size());
+    machine.SetScript(Script);
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, OddRegistry,
-                         testing::Values(RegistryCase{"EnableAsText", L"Enable", true},
-                                         RegistryCase{"FileAppendOfThreeBytes", L"FileAppend", false},
-                                         RegistryCase{"LogFileNameAsBytes", L"LogFileName", false}),
-                         NameOf<RegistryCase>);
-
-TEST(BadInput, ResultFileThatIsNoStorageIsTracedAndLeftOutOfTheStart)
+// One process, in which the management service lets the provider go after each request, so that every case
+// has it loaded anew with values, files and an agent of the case's own.
+class LoadedAnew : public CSharedMachine, public testing::WithParamInterface<LoadCase>
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    machine.WriteFileBytes(L"ZebDiag.bin", std::string(5000, 'x'));
+  public:
+    static void SetUpTestSuite()
     {
-        const CWmiClient client;
-        EXPECT_EQ(5u, client.Instances(L"Tolva_DiagTest").size());
-        EXPECT_TRUE(client.Instances(L"Tolva_DiagResult").empty());
+        constexpr DWORD kAtOnce = 100;
+        MakeMachine().SetIdleTime(kAtOnce);
+        s_service.emplace();
     }
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-    EXPECT_NE(
-        std::string::npos,
-        machine.ReadFileBytes(L"ZebDiagDbg.log").find("CDiagMgr::LoadResult:LoadResult failed, hr = <"));
-}
+    // Whatever it was given to load, the process ends by itself.
+    static void TearDownTestSuite()
+    {
+        s_service.reset();
+        EXPECT_TRUE(Machine().WaitUntilAllEnded());
+        CSharedMachine::TearDownTestSuite();
+    }
 
-TEST(BadInput, RefusedConfigurationFailsTheStartAndTellsTheClient)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    machine.SetNumber(L"ZebDiag", L"Enable", 2);
-    HRESULT status = S_OK;
-    EXPECT_TRUE(CWmiClient().Instances(L"Tolva_DiagTest", &status).empty());
-    EXPECT_TRUE(FAILED(status));
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-    const std::string log = machine.ReadFileBytes(L"ZebDiagDbg.log");
-    EXPECT_NE(std::string::npos, log.find("CDiagMgr::Initialize:\"Enable\" should be a BOOLEAN!!"));
-    EXPECT_NE(std::string::npos, log.find("Sending FAILED"));
-}
+  protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(Machine().WaitForFile(kTrace,
+                                          [](const std::string& text) {
+                                              return CountOf(text, "{ --> CProviderImp::Initialize") ==
+                                                     CountOf(text, "} <-- ~CVormAgentMgr()");
+                                          }));
+        Machine().ForgetValues();
+        Machine().RemoveFile(L"ZebDiag.bin");
+        SetAdapters(Machine(), kTwoAdapters);
+    }
 
-struct AgentFaultCase
-{
-    const char* name;
-    const char* script;
-    size_t tests; // that are served all the same
+  private:
+    static inline std::optional<CWmiClient> s_service; // keeps it
 };
 
-class AgentFault : public testing::TestWithParam<AgentFaultCase>
+TEST_P(LoadedAnew, ServesWhatIsNotAffected)
 {
-};
-
-TEST_P(AgentFault, LeavesTheRestServed)
-{
-    const CProviderMachine machine;
-    machine.SetScript(GetParam().script);
+    const std::string before = Machine().ReadFileBytes(kTrace);
+    GetParam().prepare(Machine());
+    const CWmiClient client;
     HRESULT status = S_OK;
-    EXPECT_EQ(GetParam().tests, CWmiClient().Instances(L"Tolva_DiagTest", &status).size());
+    EXPECT_EQ(GetParam().tests, client.Instances(L"Tolva_DiagTest", &status).size());
     EXPECT_EQ(GetParam().tests == 0, FAILED(status));
+    EXPECT_TRUE(client.Instances(L"Tolva_DiagResult", &status).empty());
+    EXPECT_EQ(GetParam().tests == 0, FAILED(status));
+    const std::string trace = NewTrace(Machine(), before);
+    for (const char* text : GetParam().traced)
+        EXPECT_NE(std::string::npos, trace.find(text)) << text << "\n" << trace;
 }
+
+constexpr char kInitializeFails[] = R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
+    "Faults": {"Initialize": {"Result": "0x80040307"}}})";
+constexpr char kInitializeThrows[] = R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
+    "Faults": {"Initialize": {"Throw": true}}})";
+constexpr char kEnumAdaptersThrows[] = R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
+    "Faults": {"EnumAdapters": {"Throw": true}}})";
+constexpr char kFirstAdapterCannotListItsTests[] = R"({"Adapters": [
+    {"Key": "A", "Tests": [{"TestID": 1}], "Faults": {"EnumDiagTests": {"Result": "0x80040308"}}},
+    {"Key": "B", "Tests": [{"TestID": 1}, {"TestID": 2}]}]})";
+constexpr char kReleaseThrows[] = R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
+    "Faults": {"Release": {"Throw": true}}})";
 
 INSTANTIATE_TEST_SUITE_P(
-    Calls, AgentFault,
+    Machines, LoadedAnew,
     testing::Values(
-        AgentFaultCase{"InitializeFails", R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
-                       "Faults": {"Initialize": {"Result": "0x80040307"}}})",
-                       0},
-        AgentFaultCase{"InitializeThrows", R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
-                       "Faults": {"Initialize": {"Throw": true}}})",
-                       0},
-        AgentFaultCase{"EnumAdaptersThrows", R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
-                       "Faults": {"EnumAdapters": {"Throw": true}}})",
-                       0},
-        AgentFaultCase{"FirstAdapterCannotListItsTests",
-                       R"({"Adapters": [
-                         {"Key": "A", "Tests": [{"TestID": 1}],
-                          "Faults": {"EnumDiagTests": {"Result": "0x80040308"}}},
-                         {"Key": "B", "Tests": [{"TestID": 1}, {"TestID": 2}]}]})",
-                       2},
-        AgentFaultCase{"ReleaseThrows", R"({"Adapters": [{"Key": "A", "Tests": [{"TestID": 1}]}],
-                       "Faults": {"Release": {"Throw": true}}})",
-                       1}),
-    NameOf<AgentFaultCase>);
+        LoadCase{"EnableAsText",
+                 [](const CProviderMachine& machine) { machine.SetText(L"ZebDiag", L"Enable", L"2"); },
+                 5,
+                 {}},
+        LoadCase{"FileAppendOfThreeBytes",
+                 [](const CProviderMachine& machine) { machine.SetBinary(L"ZebDiag", L"FileAppend", "abc"); },
+                 5,
+                 {}},
+        LoadCase{"LogFileNameAsBytes",
+                 [](const CProviderMachine& machine)
+                 { machine.SetBinary(L"ZebDiag", L"LogFileName", "abc"); },
+                 5,
+                 {}},
+        LoadCase{"EnableThatIsRefused",
+                 [](const CProviderMachine& machine) { machine.SetNumber(L"ZebDiag", L"Enable", 2); },
+                 0,
+                 {"CDiagMgr::Initialize:\"Enable\" should be a BOOLEAN!!", "Sending FAILED"}},
+        LoadCase{"ResultFileThatIsNoStorage",
+                 [](const CProviderMachine& machine)
+                 { machine.WriteFileBytes(L"ZebDiag.bin", std::string(5000, 'x')); },
+                 5,
+                 {"CDiagMgr::LoadResult:LoadResult failed, hr = <"}},
+        LoadCase{"InitializeFails", SetScript<kInitializeFails>, 0, {}},
+        LoadCase{"InitializeThrows", SetScript<kInitializeThrows>, 0, {}},
+        LoadCase{"EnumAdaptersThrows", SetScript<kEnumAdaptersThrows>, 0, {}},
+        LoadCase{"FirstAdapterCannotListItsTests", SetScript<kFirstAdapterCannotListItsTests>, 2, {}},
+        LoadCase{"ReleaseThrows", SetScript<kReleaseThrows>, 1, {}}),
+    NameOf<LoadCase>);
 } // namespace

@@ -9,7 +9,9 @@
 #include "tests/support/Answers.h"
 #include "tests/support/TraceMarks.h"
 
+#include <atomic>
 #include <functional>
+#include <future>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -56,6 +58,12 @@ std::wstring ResultPath(const CRow& row)
            L"\",DiagnosticCreationClassName=\"Tolva_DiagTest\",ExecutionID=\"" + EscapedKey(row.adapter) +
            L"\"";
 }
+
+struct CSetAtEnd
+{
+    std::atomic<bool>& Flag;
+    ~CSetAtEnd() { Flag = true; }
+};
 
 class Concurrency : public testing::Test
 {
@@ -189,7 +197,8 @@ class Concurrency : public testing::Test
                 }
             });
     }
-    // Runs the sender twice; another client stops the second run when it has come somewhere.
+    // Runs the sender twice; another client stops the second run, which is longer, when it has come
+    // somewhere.
     void BeginSender()
     {
         BeginThread(
@@ -199,19 +208,30 @@ class Concurrency : public testing::Test
                 m_answers.Add("RunTest", Exec(client, kSender, L"RunTest"));
                 if (Look(client, kSender) != L"2")
                     m_answers.AddFault("a run that nobody stopped has not passed");
-                std::thread stopper(
-                    [this]
-                    {
-                        const CWmiClient other;
-                        while (Progress(other) <= 0)
-                            SwitchToThread();
-                        m_answers.Add("DiscontinueTest", Exec(other, kSender, L"DiscontinueTest"));
-                    });
-                m_answers.Add("RunTest", Exec(client, kSender, L"RunTest"));
-                stopper.join();
+                m_machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 100);
+                std::atomic<bool> over{false};
+                {
+                    const auto stopper = std::async(std::launch::async, [&] { StopSender(over); });
+                    const CSetAtEnd end{over};
+                    m_answers.Add("RunTest", Exec(client, kSender, L"RunTest"));
+                }
                 if (Look(client, kSender) != L"5")
                     m_answers.AddFault("a run that was stopped is not shown so");
             });
+    }
+    void StopSender(const std::atomic<bool>& over)
+    {
+        try
+        {
+            const CWmiClient other;
+            while (Progress(other) <= 0 && !over)
+                SwitchToThread();
+            m_answers.Add("DiscontinueTest", Exec(other, kSender, L"DiscontinueTest"));
+        }
+        catch (const std::exception& failure)
+        {
+            m_answers.AddFault(failure.what());
+        }
     }
     // How far the sender's run has come; -1 where none is going on.
     int Progress(const CWmiClient& client)
@@ -293,11 +313,12 @@ TEST_F(Concurrency, ManyClientsGetPossibleAnswersAndTheProviderEndsByItself)
 
 TEST_F(Concurrency, ClientsThatAllVanishLeaveRunsThatEndAndAreStored)
 {
+    m_machine.SetIdleTime(100);
     {
         std::vector<std::unique_ptr<CRunningProgram>> consoles;
         for (const wchar_t* arguments : {L"run --adapter ALPHA --test 9", L"list", L"results"})
             consoles.push_back(std::make_unique<CRunningProgram>(ZebdiagCommand(arguments)));
-        ASSERT_TRUE(consoles[0]->WaitForOutput("%"));
+        ASSERT_TRUE(WaitForCalls(m_machine, "9@ALPHA", "RunDiagTest", 1));
         for (const auto& console : consoles)
             KillProcess(console->Id());
     }

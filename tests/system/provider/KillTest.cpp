@@ -5,39 +5,20 @@
 #include "Common/src/com/Owned.h"
 
 #include <atomic>
+#include <future>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <optional>
-#include <thread>
 
 namespace
 {
-TEST(Kill, DuringARunKeepsWhatWasStoredBefore)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    ShortPolls(machine);
-    Zebdiag(L"run --adapter BETA --test 1");
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-
-    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
-    ASSERT_TRUE(run.WaitForOutput("%"));
-    for (const DWORD provider : ProcessesOf(L"Drevok.EXE"))
-        KillProcess(provider);
-    const CRunResult killed = run.Finish();
-    EXPECT_EQ(3u, killed.ExitCode) << killed.Output;
-    KillServers({L"WmiStandin.exe"});
-
-    const nlohmann::json results = ZebdiagJson(L"results");
-    EXPECT_EQ("passed", StateOf(results, "1@BETA"));
-    EXPECT_EQ("none", StateOf(results, "9@ALPHA"));
-}
-
 constexpr wchar_t kProvider[] = L"Drevok.EXE";
-constexpr wchar_t kTrace[] = L"ZebDiagDbg.log";
 constexpr char kStoringBegins[] = "{ --> CDiagMgr::StoreResults";
 constexpr char kStoringEnds[] = "} <-- CDiagMgr::StoreResults";
 constexpr char kClearingBegins[] = "{ --> CDiagMgr::ClearResults";
+
+// The management service lets an idle provider go at once, and with it store its results.
+constexpr DWORD kShortIdleTime = 100;
 
 constexpr unsigned kTests = 50; // so many results that storing them takes some time
 
@@ -56,14 +37,6 @@ std::string ManyInstantTests()
     return R"({ "Adapters": [ { "Key": "ALPHA", "Tests": [ )" + tests + " ] } ] }";
 }
 
-size_t CountOf(const std::string& text, const char* mark)
-{
-    size_t count = 0;
-    for (size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1))
-        ++count;
-    return count;
-}
-
 size_t MarksIn(const CProviderMachine& machine, const char* mark)
 {
     return CountOf(machine.ReadFileBytes(kTrace), mark);
@@ -74,6 +47,43 @@ bool WaitForMarks(const CProviderMachine& machine, const char* mark, size_t coun
     return machine.WaitForFile(kTrace, [&](const std::string& text) { return CountOf(text, mark) >= count; });
 }
 
+TEST(Kill, DuringARunKeepsWhatWasStoredBefore)
+{
+    const CProviderMachine machine;
+    SetAdapters(machine, kTwoAdapters);
+    machine.SetIdleTime(kShortIdleTime);
+    RunUntilStopped(machine);
+    EXPECT_EQ(0u, Zebdiag(L"run --adapter BETA --test 1").ExitCode);
+    ASSERT_TRUE(WaitForMarks(machine, kStoringEnds, 1));
+
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
+    ASSERT_TRUE(WaitForCalls(machine, "9@ALPHA", "RunDiagTest", 1));
+    for (const DWORD provider : ProcessesOf(kProvider))
+        KillProcess(provider);
+    const CRunResult killed = run.Finish();
+    EXPECT_EQ(3u, killed.ExitCode) << killed.Output;
+    KillServers({L"WmiStandin.exe"});
+
+    const nlohmann::json results = ZebdiagJson(L"results");
+    EXPECT_EQ("passed", StateOf(results, "1@BETA"));
+    EXPECT_EQ("none", StateOf(results, "9@ALPHA"));
+}
+
+TEST(Kill, ProviderIsReplacedForTheNextRequest)
+{
+    const CProviderMachine machine;
+    SetAdapters(machine, kTwoAdapters);
+    const CWmiClient client;
+    ASSERT_EQ(5u, client.Instances(L"Tolva_DiagTest").size());
+    const CHandle first = OpenProcessOf(kProvider);
+    ASSERT_TRUE(first);
+    KillServers({kProvider});
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(first.Get(), 0));
+
+    EXPECT_EQ(5u, client.Instances(L"Tolva_DiagTest").size());
+    EXPECT_EQ(1u, ProcessesOf(kProvider).size());
+}
+
 ULONGLONG Microseconds()
 {
     LARGE_INTEGER now, frequency;
@@ -82,13 +92,12 @@ ULONGLONG Microseconds()
     return static_cast<ULONGLONG>(now.QuadPart) * 1000000 / static_cast<ULONGLONG>(frequency.QuadPart);
 }
 
-// A machine whose management service lets an idle provider go at once, and with it store its results.
 class KilledWhileStoring : public testing::Test
 {
   protected:
     KilledWhileStoring()
     {
-        m_machine.SetIdleTime(100);
+        m_machine.SetIdleTime(kShortIdleTime);
         m_machine.SetScript(ManyInstantTests());
         m_client.emplace(); // starts the management service
     }
@@ -105,10 +114,10 @@ class KilledWhileStoring : public testing::Test
     CResultTexts RunUntilStoringBegins(unsigned first, unsigned count)
     {
         RunTests(first, count);
-        for (const DWORD id : ProcessesOf(kProvider))
-            m_provider.Reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, id));
         const size_t before = MarksIn(m_machine, kStoringBegins);
         CResultTexts results = Results();
+        m_provider = OpenProcessOf(kProvider);
+        EXPECT_TRUE(m_provider);
         EXPECT_TRUE(WaitForMarks(m_machine, kStoringBegins, before + 1));
         return results;
     }
@@ -160,28 +169,25 @@ TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
 class CRunAndClearLoop
 {
   public:
-    explicit CRunAndClearLoop(std::wstring key) : m_thread([this, key = std::move(key)] { Perform(key); }) {}
-    ~CRunAndClearLoop()
+    explicit CRunAndClearLoop(std::wstring key)
+        : m_end(std::async(std::launch::async, [this, key = std::move(key)] { Perform(key); }))
     {
-        End();
-        m_thread.join();
     }
-    void End() { m_ended = true; }
+    ~CRunAndClearLoop() { TellToEnd(); } // the future waits for the end
+    void TellToEnd() { m_ended = true; }
+    // Throws what ended the loop early.
+    void WaitForEnd() { m_end.get(); }
 
   private:
     void Perform(const std::wstring& key) const
     {
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        {
-            const CWmiClient client;
-            for (bool run = true; !m_ended; run = !run)
-                CallTest(client, key, run ? L"RunTest" : L"ClearResults");
-        }
-        CoUninitialize();
+        const CWmiClient client;
+        for (bool run = true; !m_ended; run = !run)
+            CallTest(client, key, run ? L"RunTest" : L"ClearResults");
     }
 
     std::atomic<bool> m_ended{false};
-    std::thread m_thread;
+    std::future<void> m_end;
 };
 
 TEST_F(KilledWhileStoring, OfAClearingCostsNoOtherResult)
@@ -196,8 +202,9 @@ TEST_F(KilledWhileStoring, OfAClearingCostsNoOtherResult)
         {
             CRunAndClearLoop loop(KeyOf(0));
             ASSERT_TRUE(WaitForMarks(m_machine, kClearingBegins, cleared + 1 + kill));
-            loop.End();
+            loop.TellToEnd();
             KillServers({kProvider});
+            EXPECT_NO_THROW(loop.WaitForEnd());
         }
         CResultTexts after = Results();
         after.erase(KeyOf(0));

@@ -1,5 +1,5 @@
 // Listing tests across processes: every client gets the same, from one provider process, in every mode.
-#include "tests/system/provider/ProviderFixture.h"
+#include "tests/system/provider/SharedMachine.h"
 
 #include "Common/src/VormArray.h"
 #include "Common/src/com/Text.h"
@@ -12,11 +12,8 @@ namespace
 {
 const std::vector<std::string> kKeysOfTwoAdapters = {"1@ALPHA", "1@BETA", "2@ALPHA", "9@ALPHA", "F@BETA"};
 
-TEST(List, EveryClientGetsTheSameTests)
+TEST_F(Served, ListsTheSameTestsToEveryClient)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-
     EXPECT_EQ(kKeysOfTwoAdapters, TestKeys(ZebdiagJson(L"list")));
     EXPECT_EQ(kKeysOfTwoAdapters, RunScript(L"list.vbs"));
     std::vector<std::string> raw;
@@ -25,11 +22,8 @@ TEST(List, EveryClientGetsTheSameTests)
     EXPECT_EQ(kKeysOfTwoAdapters, raw);
 }
 
-TEST(List, InstancesHaveEveryServedProperty)
+TEST_F(Served, InstancesHaveEveryServedProperty)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-
     ComPtr<IWbemClassObject> test;
     ASSERT_EQ(S_OK, CWmiClient().Get(TestPath(L"9@alpha"), test));
     EXPECT_EQ(L"9@ALPHA", PropertyText(test.Get(), L"Name"));
@@ -46,11 +40,8 @@ TEST(List, InstancesHaveEveryServedProperty)
     EXPECT_EQ(computer, PropertyText(test.Get(), L"SystemName"));
 }
 
-TEST(List, TwoClientsAtOnceAreServedByOneProcess)
+TEST_F(Served, TwoClientsAtOnceByOneProcess)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-
     CRunningProgram first(ZebdiagCommand(L"list --json"));
     CRunningProgram second(ZebdiagCommand(L"list --json"));
     const CRunResult one = first.Finish();
@@ -63,7 +54,7 @@ TEST(List, TwoClientsAtOnceAreServedByOneProcess)
 TEST(List, ProxyAgentIsReachedAcrossProcesses)
 {
     const CProviderMachine machine(CProviderMachine::Agent::Proxy);
-    machine.SetScript(kScriptOfTwoAdapters);
+    SetAdapters(machine, kTwoAdapters);
 
     EXPECT_EQ(kKeysOfTwoAdapters, TestKeys(ZebdiagJson(L"list")));
     EXPECT_EQ(1u, ProcessesOf(L"VorlProxy.exe").size());

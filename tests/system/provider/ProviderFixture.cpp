@@ -1,6 +1,7 @@
 #include "tests/system/provider/ProviderFixture.h"
 
 #include "Common/src/com/Text.h"
+#include "Common/src/com/Variant.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -9,33 +10,39 @@
 namespace
 {
 constexpr char kCountsFile[] = "counts.json";
+
+unsigned CallsIn(const std::string& text, const char* test, const char* call)
+{
+    const nlohmann::json counts = nlohmann::json::parse(text, nullptr, false);
+    if (counts.is_discarded())
+        return 0; // not there yet
+    const nlohmann::json calls = counts.at("Tests").value(test, nlohmann::json::object());
+    return calls.value(call, 0u);
+}
 } // namespace
 
-const char kScriptOfTwoAdapters[] = R"({
-  "Adapters": [
+const wchar_t kTrace[] = L"ZebDiagDbg.log";
+
+const char kTwoAdapters[] = R"([
     { "Key": "ALPHA", "Tests": [ { "TestID": 1 }, { "TestID": 2, "Outcome": "0x80040321" }, { "TestID": 9 } ] },
     { "Key": "BETA", "Tests": [ { "TestID": 1 }, { "TestID": 15 } ] }
-  ]
-})";
+])";
 
-void SetCountedScript(const CProviderMachine& machine, const std::string& adapters)
+void SetAdapters(const CProviderMachine& machine, const std::string& adapters)
 {
     const nlohmann::json counts = NarrowText(machine.Folder()) + kCountsFile;
     machine.SetScript("{ \"CountsFile\": " + counts.dump() + ", \"Adapters\": " + adapters + " }");
 }
 
+unsigned CallsOf(const CProviderMachine& machine, const char* test, const char* call)
+{
+    return CallsIn(machine.ReadFileBytes(WidenText(kCountsFile)), test, call);
+}
+
 bool WaitForCalls(const CProviderMachine& machine, const char* test, const char* call, unsigned count)
 {
     return machine.WaitForFile(WidenText(kCountsFile),
-                               [&](const std::string& text)
-                               {
-                                   const nlohmann::json counts = nlohmann::json::parse(text, nullptr, false);
-                                   if (counts.is_discarded())
-                                       return false; // not there yet
-                                   const nlohmann::json calls =
-                                       counts.at("Tests").value(test, nlohmann::json());
-                                   return calls.is_object() && calls.value(call, 0u) >= count;
-                               });
+                               [&](const std::string& text) { return CallsIn(text, test, call) >= count; });
 }
 
 std::wstring ZebdiagCommand(const std::wstring& arguments)
@@ -101,11 +108,26 @@ CResultTexts AllResults(const CWmiClient& client)
     return results;
 }
 
-void ShortPolls(const CProviderMachine& machine)
+void RunUntilStopped(const CProviderMachine& machine)
 {
+    constexpr DWORD kForEver = 1000000;
     machine.SetNumber(L"ZebDiag", L"CheckTime", 1);
-    machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 100);
-    machine.SetNumber(L"ZebDiag", L"MaxPktsRcvd", 1000000);
+    machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", kForEver);
+    machine.SetNumber(L"ZebDiag", L"MaxPktsRcvd", kForEver * 1000);
+}
+
+std::string NewTrace(const CProviderMachine& machine, const std::string& before)
+{
+    const std::string now = machine.ReadFileBytes(kTrace);
+    return now.starts_with(before) ? now.substr(before.size()) : now;
+}
+
+size_t CountOf(const std::string& text, const char* mark)
+{
+    size_t count = 0;
+    for (size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1))
+        ++count;
+    return count;
 }
 
 HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_t* method,
@@ -119,6 +141,13 @@ HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_
 {
     ComPtr<IWbemClassObject> out;
     return CallTest(client, key, method, out);
+}
+
+HRESULT PutCoverage(const CWmiClient& client, IWbemClassObject* setting, BYTE percent)
+{
+    CVariant value = CVariant::FromByte(percent);
+    const HRESULT hr = setting->Put(L"PercentOfTestCoverage", 0, &value, 0);
+    return FAILED(hr) ? hr : client.Services()->PutInstance(setting, WBEM_FLAG_UPDATE_ONLY, nullptr, nullptr);
 }
 
 std::wstring TestPath(const std::wstring& key)

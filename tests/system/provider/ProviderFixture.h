@@ -11,12 +11,14 @@
 #include <vector>
 
 // Two adapters with an ordinary test each that passes, one that fails, and a sender.
-extern const char kScriptOfTwoAdapters[];
+extern const char kTwoAdapters[];
 
 // Sets a script whose adapters are given as JSON text and whose calls are counted, for WaitForCalls.
-void SetCountedScript(const CProviderMachine& machine, const std::string& adapters);
-// Waits until the agent was called so often for a test, such as "RunDiagTest" for "9@ALPHA"; false after a
-// minute.
+void SetAdapters(const CProviderMachine& machine, const std::string& adapters);
+// How often the agent was called for a test, such as "RunDiagTest" for "9@ALPHA", since the provider loaded
+// it.
+unsigned CallsOf(const CProviderMachine& machine, const char* test, const char* call);
+// Waits until the agent was called so often; false after a minute.
 bool WaitForCalls(const CProviderMachine& machine, const char* test, const char* call, unsigned count);
 
 // Runs "zebdiag ARGUMENTS --json" and reads its document. The exit code must be the expected one.
@@ -36,13 +38,21 @@ std::vector<std::string> TestKeys(const nlohmann::json& list);
 using CResultTexts = std::map<std::wstring, CPropertyTexts>;
 CResultTexts AllResults(const CWmiClient& client);
 
-// Many short polls, so that a stop comes long before the end of a sender's or responder's run.
-void ShortPolls(const CProviderMachine& machine);
+// From now on a sender's or responder's run polls every second and ends by nothing but a stop.
+void RunUntilStopped(const CProviderMachine& machine);
+
+// What is in the trace, and what came to it since it was seen before. A new process begins a new trace.
+extern const wchar_t kTrace[];
+std::string NewTrace(const CProviderMachine& machine, const std::string& before);
+size_t CountOf(const std::string& text, const char* mark);
 
 // Calls a method of a test for the adapter that its key names. `out` is what the method gave back.
 HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_t* method,
                  ComPtr<IWbemClassObject>& out);
 HRESULT CallTest(const CWmiClient& client, const std::wstring& key, const wchar_t* method);
+
+// Stores a setting with another coverage.
+HRESULT PutCoverage(const CWmiClient& client, IWbemClassObject* setting, BYTE percent);
 
 // The object path of a Tolva_DiagTest and of an adapter.
 std::wstring TestPath(const std::wstring& key);

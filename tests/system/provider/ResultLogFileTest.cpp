@@ -120,7 +120,7 @@ const LoggedRun kRuns[] = {
 TEST(ResultLogFile, HoldsARecordOfEveryPassedAndStoppedRunAndOfNoFailedOne)
 {
     const CProviderMachine machine;
-    SetCountedScript(machine, kAdapter);
+    SetAdapters(machine, kAdapter);
     machine.SetNumber(L"ZebDiag", L"Enable", 1);
     machine.SetNumber(L"ZebDiag", L"CheckTime", 1);
     machine.SetNumber(L"ZebDiag", L"MaxPktsRcvd", 300);
@@ -151,13 +151,5 @@ TEST(ResultLogFile, HoldsARecordOfEveryPassedAndStoppedRunAndOfNoFailedOne)
     const std::string log = machine.ReadFileBytes(L"ZebDiag.log");
     EXPECT_EQ(expected, log);
     EXPECT_TRUE(std::regex_search(log, std::regex(R"(\r\nTestStartTime=\d{14}\.\d{6}[+-]-?\d+\r\n)"))) << log;
-}
-
-TEST(ResultLogFile, IsNotMadeWhereLoggingIsOff)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    EXPECT_EQ(0u, Zebdiag(L"run --adapter BETA --test 1").ExitCode);
-    EXPECT_FALSE(machine.HasFile(L"ZebDiag.log"));
 }
 } // namespace

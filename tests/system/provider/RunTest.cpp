@@ -1,20 +1,13 @@
-// Running, stopping and clearing tests across processes, and what stays of it over a restart.
-#include "tests/system/provider/ProviderFixture.h"
+// Running tests and changing settings across processes.
+#include "tests/system/provider/SharedMachine.h"
 
 #include "Common/src/com/Text.h"
 #include "Common/src/com/Variant.h"
 
-#include <gtest/gtest.h>
-
 namespace
 {
-constexpr wchar_t kResultClass[] = L"Tolva_DiagResult";
-
-TEST(Run, EndsWithTheOutcomeOfTheAgentInWords)
+TEST_F(Served, RunEndsWithTheOutcomeOfTheAgentInWords)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-
     const CRunResult passed = Zebdiag(L"run --adapter BETA --test 1");
     EXPECT_EQ(0u, passed.ExitCode) << passed.Output;
     EXPECT_NE(std::string::npos, passed.Output.find("PASSED: Link on BETA.")) << passed.Output;
@@ -28,44 +21,35 @@ TEST(Run, EndsWithTheOutcomeOfTheAgentInWords)
     EXPECT_EQ("failed", StateOf(results, "2@ALPHA"));
 }
 
-TEST(Run, ResultsOutliveTheProvider)
+TEST_F(Served, ChangeOfASettingIsSeenByEveryClientAndUsedByTheNextRun)
 {
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    Zebdiag(L"run --adapter BETA --test 1");
-    Zebdiag(L"run --adapter ALPHA --test 2");
-    const nlohmann::json before = ZebdiagJson(L"results");
-    ASSERT_EQ(2u, before.at("results").size());
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-    ASSERT_TRUE(machine.HasFile(L"ZebDiag.bin"));
-
-    EXPECT_EQ(before, ZebdiagJson(L"results"));
-}
-
-TEST(Run, ClearedResultsStayGone)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
-    Zebdiag(L"run --adapter BETA --test 1");
-    EXPECT_EQ(0u, Zebdiag(L"clear --all").ExitCode);
-    EXPECT_TRUE(CWmiClient().Instances(kResultClass).empty());
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
-    EXPECT_TRUE(CWmiClient().Instances(kResultClass).empty());
-}
-
-TEST(Settings, ChangeIsSeenByEveryClientAndUsedByTheNextRun)
-{
-    const CProviderMachine machine;
-    machine.SetScript(kScriptOfTwoAdapters);
     EXPECT_EQ(0u, Zebdiag(L"set --adapter ALPHA --test 9 --coverage 40").ExitCode);
     ComPtr<IWbemClassObject> setting;
     ASSERT_EQ(S_OK, CWmiClient().Get(L"Tolva_DiagSetting.SettingID=\"9@ALPHA\"", setting));
     EXPECT_EQ(L"40", PropertyText(setting.Get(), L"PercentOfTestCoverage"));
     EXPECT_EQ(std::vector<std::string>{"now: 40"}, RunScript(L"set.vbs", L"9@ALPHA"));
 
-    machine.SetNumber(L"ZebDiag", L"CheckTime", 1);
-    machine.SetNumber(L"ZebDiag", L"MaxPktsRcvd", 1);
+    Machine().SetNumber(L"ZebDiag", L"CheckTime", 1);
+    Machine().SetNumber(L"ZebDiag", L"MaxPktsRcvd", 1);
     EXPECT_EQ(0u, Zebdiag(L"run --adapter ALPHA --test 9").ExitCode);
     EXPECT_EQ(L"40", AllResults(CWmiClient()).at(L"9@ALPHA").at(L"PercentOfTestCoverage"));
+}
+
+TEST_F(Served, RunIsNotLoggedWhereLoggingIsOff)
+{
+    EXPECT_EQ(0u, Zebdiag(L"run --adapter BETA --test 1").ExitCode);
+    EXPECT_FALSE(Machine().HasFile(L"ZebDiag.log"));
+}
+
+TEST_F(Served, SecondRunOfARunningTestIsBusy)
+{
+    RunUntilStopped(Machine());
+    const unsigned runs = CallsOf(Machine(), "9@ALPHA", "RunDiagTest");
+    CRunningProgram run(ZebdiagCommand(L"run --adapter ALPHA --test 9"));
+    ASSERT_TRUE(WaitForCalls(Machine(), "9@ALPHA", "RunDiagTest", runs + 1));
+    ASSERT_TRUE(run.WaitForOutput("%"));
+    EXPECT_EQ(5u, Zebdiag(L"run --adapter ALPHA --test 9").ExitCode);
+    EXPECT_EQ(0u, Zebdiag(L"stop").ExitCode);
+    EXPECT_EQ(2u, run.Finish().ExitCode);
 }
 } // namespace

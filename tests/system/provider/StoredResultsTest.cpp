@@ -1,148 +1,25 @@
 // Results of every state that a run can leave behind, before and after the provider ended and started again.
-#include "tests/system/provider/ProviderFixture.h"
-
-#include "Common/src/com/Variant.h"
-
-#include <gtest/gtest.h>
+#include "tests/system/provider/EndedProvider.h"
 
 namespace
 {
-constexpr char kAdapters[] = R"([
-    { "Key": "ALPHA", "Tests": [
-        { "TestID": 1 },
-        { "TestID": 2, "Outcome": "0x80040321" },
-        { "TestID": 3, "Duration": "until stopped" },
-        { "TestID": 4, "Faults": { "RunDiagTest": { "Throw": true } } },
-        { "TestID": 5, "Outcome": "0x80070005" },
-        { "TestID": 6 },
-        { "TestID": 9 },
-        { "TestID": 10 } ] },
-    { "Key": "beta", "Tests": [
-        { "TestID": 9, "Faults": { "StopTest": { "Result": "0x80040362" } } },
-        { "TestID": 10, "Duration": 0, "Outcome": "0x80040311" } ] },
-    { "Key": "{GAMMA \\ \"3\"}", "Tests": [
-        { "TestID": 9 },
-        { "TestID": 10, "Faults": { "GetDiagTestStatistics": { "Result": "0x80040306" } } } ] }
-])";
-
-struct ExpectedResult
+TEST_F(EndedProvider, ShowedAResultOfEveryState)
 {
-    const wchar_t* key;
-    const wchar_t* state;
-    size_t lines; // of TestResults
-};
-
-constexpr ExpectedResult kPassed{L"1@ALPHA", L"2", 0};
-constexpr ExpectedResult kFailed{L"2@ALPHA", L"3", 2};
-constexpr ExpectedResult kStopped{L"3@ALPHA", L"5", 0};
-constexpr ExpectedResult kThrown{L"4@ALPHA", L"3", 2};
-constexpr ExpectedResult kSystemError{L"5@ALPHA", L"3", 2};
-constexpr ExpectedResult kSenderPassed{L"9@ALPHA", L"2", 11};
-constexpr ExpectedResult kResponderStopped{L"A@ALPHA", L"5", 11};
-constexpr ExpectedResult kTerminated{L"9@BETA", L"3", 2};
-constexpr ExpectedResult kEndedTooEarly{L"A@BETA", L"3", 2};
-constexpr ExpectedResult kRefused{L"9@{GAMMA \\ \"3\"}", L"3", 2};
-constexpr ExpectedResult kPassedWithoutCounters{L"A@{GAMMA \\ \"3\"}", L"2", 0};
-// Test 6 of ALPHA is never run.
-constexpr ExpectedResult kAll[] = {
-    kPassed,           kFailed,     kStopped,       kThrown,  kSystemError,          kSenderPassed,
-    kResponderStopped, kTerminated, kEndedTooEarly, kRefused, kPassedWithoutCounters};
-
-void RunToItsEnd(const CWmiClient& client, const ExpectedResult& expected)
-{
-    EXPECT_EQ(S_OK, CallTest(client, expected.key, L"RunTest")) << expected.key;
-}
-
-void SetCoverage(const CWmiClient& client, const std::wstring& path, BYTE percent)
-{
-    ComPtr<IWbemClassObject> setting;
-    ASSERT_EQ(S_OK, client.Get(path, setting));
-    CVariant value = CVariant::FromByte(percent);
-    ASSERT_EQ(S_OK, setting->Put(L"PercentOfTestCoverage", 0, &value, 0));
-    ASSERT_EQ(S_OK, client.Services()->PutInstance(setting.Get(), WBEM_FLAG_UPDATE_ONLY, nullptr, nullptr));
-}
-
-// A run of no length is refused.
-void RunWithoutCoverage(const CWmiClient& client)
-{
-    const std::wstring setting = L"Tolva_DiagSetting.SettingID=\"" + EscapedKey(kRefused.key) + L"\"";
-    SetCoverage(client, setting, 0);
-    ComPtr<IWbemClassObject> out;
-    const std::wstring key = kRefused.key;
-    EXPECT_EQ(S_OK, client.Exec(TestPath(key), L"RunTest",
-                                {{L"SystemElement", AdapterPath(key.substr(key.find(L'@') + 1))},
-                                 {L"Setting", setting}},
-                                out));
-}
-
-void RunAndStop(const CProviderMachine& machine, const CWmiClient& client, const wchar_t* command,
-                const char* test, const ExpectedResult& expected)
-{
-    CRunningProgram run(ZebdiagCommand(command));
-    ASSERT_TRUE(WaitForCalls(machine, test, "RunDiagTest", 1));
-    EXPECT_EQ(S_OK, CallTest(client, expected.key, L"DiscontinueTest"));
-    EXPECT_EQ(2u, run.Finish().ExitCode);
-}
-
-// The agent refuses to stop the run, until the provider gives up and ends its thread. Between its attempts
-// the provider waits for the stop signal, so a second one spares the time.
-void RunUntilTerminated(const CProviderMachine& machine, const CWmiClient& client)
-{
-    CRunningProgram run(ZebdiagCommand(L"run --adapter BETA --test 9"));
-    ASSERT_TRUE(WaitForCalls(machine, "9@beta", "RunDiagTest", 1));
-    EXPECT_EQ(S_OK, CallTest(client, kTerminated.key, L"DiscontinueTest"));
-    ASSERT_TRUE(WaitForCalls(machine, "9@beta", "StopTest", 1));
-    EXPECT_EQ(S_OK, CallTest(client, kTerminated.key, L"DiscontinueTest"));
-    EXPECT_EQ(1u, run.Finish().ExitCode);
-    EXPECT_TRUE(WaitForCalls(machine, "9@beta", "StopTest", 4));
-}
-
-size_t LinesOf(IWbemClassObject* result)
-{
-    CVariant lines;
-    if (FAILED(result->Get(L"TestResults", 0, &lines, nullptr, nullptr)) || lines.vt != (VT_ARRAY | VT_BSTR))
-        return static_cast<size_t>(-1);
-    LONG last = -1;
-    SafeArrayGetUBound(lines.parray, 1, &last);
-    return static_cast<size_t>(last + 1);
-}
-
-TEST(StoredResults, OfEveryStateReadTheSameAfterARestart)
-{
-    const CProviderMachine machine;
-    SetCountedScript(machine, kAdapters);
-    machine.SetNumber(L"ZebDiag", L"CheckTime", 1);
-    machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 1);
-    CResultTexts before;
+    const CServedResults& before = Story().Before;
+    EXPECT_EQ(Expected().size(), before.Properties.size());
+    EXPECT_EQ(Expected().size(), before.Console.size());
+    for (const ExpectedResult& expected : Expected())
     {
-        const CWmiClient client;
-        for (const ExpectedResult& expected :
-             {kPassed, kFailed, kThrown, kSystemError, kSenderPassed, kEndedTooEarly, kPassedWithoutCounters})
-            RunToItsEnd(client, expected);
-        RunWithoutCoverage(client);
-        machine.SetNumber(L"ZebDiag", L"TimeoutSndRsp", 100);
-        RunAndStop(machine, client, L"run --adapter ALPHA --test 3", "3@ALPHA", kStopped);
-        RunAndStop(machine, client, L"run --adapter ALPHA --test A", "A@ALPHA", kResponderStopped);
-        RunUntilTerminated(machine, client);
-
-        before = AllResults(client);
-        EXPECT_EQ(std::size(kAll), before.size());
-        for (const auto& result : client.Instances(L"Tolva_DiagResult"))
-        {
-            const std::wstring key = PropertyText(result.Get(), L"DiagnosticName").value();
-            const auto expected = std::find_if(std::begin(kAll), std::end(kAll),
-                                               [&](const ExpectedResult& row) { return row.key == key; });
-            ASSERT_NE(std::end(kAll), expected) << key;
-            EXPECT_EQ(expected->state, PropertyText(result.Get(), L"TestState")) << key;
-            EXPECT_EQ(expected->lines, LinesOf(result.Get())) << key;
-        }
+        ASSERT_EQ(1u, before.Properties.count(expected.key)) << expected.key;
+        EXPECT_EQ(expected.state, before.Properties.at(expected.key).at(L"TestState")) << expected.key;
+        EXPECT_EQ(expected.lines, before.Lines.at(expected.key)) << expected.key;
     }
-    const std::vector<DWORD> first = ProcessesOf(L"Drevok.EXE");
-    ASSERT_EQ(1u, first.size());
-    ASSERT_TRUE(machine.WaitUntilAllEnded());
+}
 
-    const CResultTexts after = AllResults(CWmiClient());
-    EXPECT_NE(first, ProcessesOf(L"Drevok.EXE"));
+TEST_F(EndedProvider, ResultsOutliveItForEveryProperty)
+{
+    const CResultTexts& before = Story().Before.Properties;
+    const CResultTexts& after = Story().After.Properties;
     EXPECT_EQ(before.size(), after.size());
     for (const auto& [key, properties] : before)
     {
@@ -150,5 +27,22 @@ TEST(StoredResults, OfEveryStateReadTheSameAfterARestart)
         for (const auto& [name, value] : properties)
             EXPECT_EQ(value, after.at(key).at(name)) << key << L" " << name;
     }
+}
+
+TEST_F(EndedProvider, ResultsOutliveItForConsoles)
+{
+    EXPECT_TRUE(Story().Stored);
+    EXPECT_EQ(Story().Before.Console, Story().After.Console);
+}
+
+// Needs an end of its own.
+TEST_F(EndedProvider, ClearedResultsStayGoneInTheNext)
+{
+    Zebdiag(L"run --adapter ALPHA --test 1");
+    EXPECT_FALSE(AllResults(CWmiClient()).empty());
+    EXPECT_EQ(0u, Zebdiag(L"clear --all").ExitCode);
+    EXPECT_TRUE(AllResults(CWmiClient()).empty());
+    ASSERT_TRUE(Machine().WaitUntilAllEnded());
+    EXPECT_TRUE(AllResults(CWmiClient()).empty());
 }
 } // namespace

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 #include <objbase.h>
-#include <set>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -42,26 +42,22 @@ HRESULT Activate(ComPtr<IUnknown>& provider)
                             provider.PutVoid());
 }
 
-// The one server process that runs.
-CHandle OpenServer()
+std::wstring Built()
 {
-    const std::vector<DWORD> ids = ProcessesOf(kServer);
-    EXPECT_EQ(ids.size(), 1u);
-    return CHandle(ids.empty() ? nullptr
-                               : OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, ids[0]));
+    return BinFolder() + kServer;
 }
 
 // Whatever a test does, the provider that was built is the registered one afterwards.
+void PutBackRegistration()
+{
+    EXPECT_TRUE(WaitForNoProcess(kServer));
+    EXPECT_EQ(RunProgram(Quoted(Built()) + L" /RegServer").ExitCode, 0u);
+}
+
 class ServerProcessTest : public testing::Test
 {
   protected:
-    ~ServerProcessTest() override
-    {
-        EXPECT_TRUE(WaitForNoProcess(kServer));
-        EXPECT_EQ(RunProgram(Quoted(Built()) + L" /RegServer").ExitCode, 0u);
-    }
-
-    static std::wstring Built() { return BinFolder() + kServer; }
+    ~ServerProcessTest() override { PutBackRegistration(); }
 
     CProviderMachine m_machine;
 };
@@ -84,39 +80,6 @@ TEST_F(ServerProcessTest, CommandLineRegistersAndUnregisters)
     EXPECT_TRUE(HasKey(L"TypeLib\\{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E22}\\1.0\\0\\win64"));
 }
 
-TEST_F(ServerProcessTest, EndsByItselfAfterTheLastRelease)
-{
-    ComPtr<IUnknown> first, second;
-    ASSERT_EQ(Activate(first), S_OK);
-    ASSERT_EQ(Activate(second), S_OK);
-    const CHandle process = OpenServer();
-    ASSERT_TRUE(process);
-    first.Reset();
-    second.Reset();
-    ASSERT_EQ(WaitForSingleObject(process.Get(), kPatience), WAIT_OBJECT_0);
-    DWORD exitCode = 1;
-    EXPECT_TRUE(GetExitCodeProcess(process.Get(), &exitCode));
-    EXPECT_EQ(exitCode, 0u);
-    const std::string trace = m_machine.ReadFileBytes(L"ZebDiagDbg.log");
-    EXPECT_TRUE(trace.starts_with("<center><h1>ZebDiag</h1></center>")) << trace.substr(0, 100);
-    EXPECT_NE(trace.find("} <-- ~CVormAgentMgr()"), trace.npos) << "the provider objects were destroyed";
-}
-
-TEST_F(ServerProcessTest, IsStartedAnewForTheNextClient)
-{
-    std::set<DWORD> ids;
-    for (int i = 0; i < 2; ++i)
-    {
-        ComPtr<IUnknown> provider;
-        ASSERT_EQ(Activate(provider), S_OK);
-        for (const DWORD id : ProcessesOf(kServer))
-            ids.insert(id);
-        provider.Reset();
-        EXPECT_TRUE(WaitForNoProcess(kServer));
-    }
-    EXPECT_EQ(ids.size(), 2u);
-}
-
 TEST_F(ServerProcessTest, ServesWhereSomethingFollowsTheSwitch)
 {
     RunProgram(Quoted(Built()) + L" /UnregServer");
@@ -131,26 +94,91 @@ TEST_F(ServerProcessTest, ServesWhereSomethingFollowsTheSwitch)
     EXPECT_EQ(program.Finish().ExitCode, 0u);
 }
 
-TEST_F(ServerProcessTest, RunsFromAFolderWithBlanksInItsName)
+// A server process from its clients' coming to its end. The open handle keeps its number from coming again.
+struct CLife
 {
-    const std::wstring folder = m_machine.Folder() + L"Program Files";
-    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
-    const std::wstring copy = folder + L"\\" + kServer;
-    ASSERT_TRUE(CopyFileW(Built().c_str(), copy.c_str(), FALSE));
-    EXPECT_EQ(RunProgram(Quoted(copy) + L" /RegServer").ExitCode, 0u);
-    EXPECT_EQ(RegisteredServer(), copy);
-    ComPtr<IUnknown> provider;
-    EXPECT_EQ(Activate(provider), S_OK);
+    bool Served = true; // every client
+    CHandle Process;
+    std::wstring Image;
+    bool Ended = false;
+};
+
+CLife Live(size_t clients)
+{
+    CLife life;
+    std::vector<ComPtr<IUnknown>> providers(clients);
+    for (ComPtr<IUnknown>& provider : providers)
+        life.Served = Activate(provider) == S_OK && life.Served;
+    life.Process = OpenProcessOf(kServer);
+    wchar_t image[MAX_PATH] = {};
+    DWORD size = MAX_PATH;
+    if (QueryFullProcessImageNameW(life.Process.Get(), 0, image, &size))
+        life.Image = image;
+    providers.clear();
+    life.Ended = WaitForSingleObject(life.Process.Get(), kPatience) == WAIT_OBJECT_0;
+    return life;
+}
+
+// Two lives, one after the other, as ending takes a server some seconds: two clients of the server that was
+// built, then one client of a copy in a folder with blanks in its name.
+class ServerLives : public testing::Test
+{
+  public:
+    static void SetUpTestSuite()
     {
-        const CHandle process = OpenServer();
-        wchar_t image[MAX_PATH] = {};
-        DWORD size = MAX_PATH;
-        EXPECT_TRUE(QueryFullProcessImageNameW(process.Get(), 0, image, &size));
-        EXPECT_EQ(std::wstring(image), copy);
+        const CProviderMachine machine;
+        s_first = Live(2);
+        s_trace = machine.ReadFileBytes(L"ZebDiagDbg.log");
+
+        const std::wstring folder = machine.Folder() + L"Program Files";
+        s_copy = folder + L"\\" + kServer;
+        ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+        ASSERT_TRUE(CopyFileW(Built().c_str(), s_copy.c_str(), FALSE));
+        EXPECT_EQ(RunProgram(Quoted(s_copy) + L" /RegServer").ExitCode, 0u);
+        s_registered = RegisteredServer();
+        s_second = Live(1);
+        PutBackRegistration();
+        DeleteFileW(s_copy.c_str());
+        RemoveDirectoryW(folder.c_str());
     }
-    provider.Reset();
-    EXPECT_TRUE(WaitForNoProcess(kServer));
-    DeleteFileW(copy.c_str());
-    RemoveDirectoryW(folder.c_str());
+    static void TearDownTestSuite()
+    {
+        s_first.Process.Reset();
+        s_second.Process.Reset();
+    }
+
+  protected:
+    static inline CLife s_first, s_second;
+    static inline std::string s_trace; // of the first
+    static inline std::wstring s_copy, s_registered;
+};
+
+TEST_F(ServerLives, EndByThemselvesAfterTheLastRelease)
+{
+    ASSERT_TRUE(s_first.Served);
+    ASSERT_TRUE(s_first.Process);
+    ASSERT_TRUE(s_first.Ended);
+    DWORD exitCode = 1;
+    EXPECT_TRUE(GetExitCodeProcess(s_first.Process.Get(), &exitCode));
+    EXPECT_EQ(exitCode, 0u);
+    EXPECT_TRUE(s_trace.starts_with("<center><h1>ZebDiag</h1></center>")) << s_trace.substr(0, 100);
+    EXPECT_NE(s_trace.find("} <-- ~CVormAgentMgr()"), s_trace.npos) << "the provider objects were destroyed";
+}
+
+TEST_F(ServerLives, BeginAnewForTheNextClient)
+{
+    ASSERT_TRUE(s_first.Process);
+    ASSERT_TRUE(s_second.Process);
+    EXPECT_NE(GetProcessId(s_first.Process.Get()), GetProcessId(s_second.Process.Get()));
+    EXPECT_TRUE(s_first.Ended);
+    EXPECT_TRUE(s_second.Ended);
+}
+
+TEST_F(ServerLives, RunFromAFolderWithBlanksInItsName)
+{
+    EXPECT_EQ(s_registered, s_copy);
+    EXPECT_TRUE(s_second.Served);
+    EXPECT_EQ(s_second.Image, s_copy);
+    EXPECT_TRUE(s_second.Ended);
 }
 } // namespace

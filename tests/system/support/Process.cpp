@@ -11,6 +11,7 @@
 namespace
 {
 constexpr DWORD kLongest = 120000;
+constexpr DWORD kLongestEnd = 60000;
 
 struct CPipe
 {
@@ -18,14 +19,57 @@ struct CPipe
     CHandle Write;
 };
 
+// The running processes of an image. A handle keeps the number of its process, so one that is still listed
+// once it is open is of that image.
+std::vector<CHandle> OpenProcessesOf(const std::wstring& image, DWORD access)
+{
+    std::vector<CHandle> processes;
+    for (const DWORD id : ProcessesOf(image))
+    {
+        CHandle process(OpenProcess(access, FALSE, id));
+        const std::vector<DWORD> now = ProcessesOf(image);
+        if (process && std::find(now.begin(), now.end(), id) != now.end())
+            processes.push_back(std::move(process));
+    }
+    return processes;
+}
+
+bool WaitForEnd(const std::vector<CHandle>& processes, ULONGLONG deadline)
+{
+    for (const CHandle& process : processes)
+    {
+        const ULONGLONG now = GetTickCount64();
+        const DWORD left = now < deadline ? static_cast<DWORD>(deadline - now) : 0;
+        if (WaitForSingleObject(process.Get(), left) != WAIT_OBJECT_0)
+            return false;
+    }
+    return true;
+}
+
+// A service that is just starting or stopping takes no orders, and nothing tells when it does.
+bool StopService(SC_HANDLE service)
+{
+    constexpr DWORD kBetweenAttempts = 20;
+    const ULONGLONG deadline = GetTickCount64() + kLongestEnd;
+    SERVICE_STATUS status = {};
+    while (!ControlService(service, SERVICE_CONTROL_STOP, &status))
+    {
+        if (GetLastError() == ERROR_SERVICE_NOT_ACTIVE)
+            return true;
+        if (GetLastError() != ERROR_SERVICE_CANNOT_ACCEPT_CTRL || GetTickCount64() > deadline)
+            return false;
+        Sleep(kBetweenAttempts);
+    }
+    return true;
+}
+
+// Any client of COM may start its service again as soon as the old process is gone.
 void RestartService(const wchar_t* name, const wchar_t* image)
 {
     const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const CServiceHandle service(OpenServiceW(manager.Get(), name, SERVICE_STOP | SERVICE_START));
-    SERVICE_STATUS status = {};
-    const bool stopped = service && (ControlService(service.Get(), SERVICE_CONTROL_STOP, &status) ||
-                                     GetLastError() == ERROR_SERVICE_NOT_ACTIVE);
-    if (!stopped || !WaitForNoProcess(image) ||
+    const std::vector<CHandle> old = OpenProcessesOf(image, SYNCHRONIZE);
+    if (!service || !StopService(service.Get()) || !WaitForEnd(old, GetTickCount64() + kLongestEnd) ||
         (!StartServiceW(service.Get(), 0, nullptr) && GetLastError() != ERROR_SERVICE_ALREADY_RUNNING))
         throw std::runtime_error("COM's own service could not be restarted");
 }
@@ -139,13 +183,18 @@ std::vector<DWORD> ProcessesOf(const std::wstring& image)
 
 bool WaitForNoProcess(const std::wstring& image)
 {
-    for (const DWORD id : ProcessesOf(image))
-    {
-        const CHandle process(OpenProcess(SYNCHRONIZE, FALSE, id));
-        if (process && WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0)
+    const ULONGLONG deadline = GetTickCount64() + kLongestEnd;
+    while (!ProcessesOf(image).empty())
+        if (!WaitForEnd(OpenProcessesOf(image, SYNCHRONIZE), deadline) || GetTickCount64() > deadline)
             return false;
-    }
-    return ProcessesOf(image).empty();
+    return true;
+}
+
+CHandle OpenProcessOf(const std::wstring& image)
+{
+    std::vector<CHandle> processes =
+        OpenProcessesOf(image, SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_LIMITED_INFORMATION);
+    return processes.size() == 1 ? std::move(processes.front()) : CHandle();
 }
 
 void KillProcess(DWORD id)
@@ -164,11 +213,14 @@ void KillServers(const std::vector<std::wstring>& images)
 {
     bool killed = false;
     for (const std::wstring& image : images)
-        for (const DWORD id : ProcessesOf(image))
-        {
-            KillProcess(id);
-            killed = true;
-        }
+    {
+        const std::vector<CHandle> processes = OpenProcessesOf(image, PROCESS_TERMINATE | SYNCHRONIZE);
+        for (const CHandle& process : processes)
+            TerminateProcess(process.Get(), 9);
+        if (!WaitForEnd(processes, GetTickCount64() + kLongestEnd))
+            throw std::runtime_error("a server could not be killed");
+        killed = killed || !processes.empty();
+    }
     if (killed)
         RestartComService();
 }

@@ -54,6 +54,10 @@ std::wstring BinFolder();
 // The ids of the running processes of an image, such as L"Drevok.EXE" (case does not matter).
 std::vector<DWORD> ProcessesOf(const std::wstring& image);
 
+// The one process of an image that runs; null where there is none or more than one. As long as the handle is
+// open, no other process gets the number.
+CHandle OpenProcessOf(const std::wstring& image);
+
 // Waits until no process of the image runs any more; false after a minute.
 bool WaitForNoProcess(const std::wstring& image);
 
@@ -69,5 +73,5 @@ void RestartComService();
 // many: only the first number can be relied on.
 void BecomeFirstClientOfCom();
 
-// Ends all processes of an image at once and makes COM forget that they served.
+// Ends all processes of the images at once, one image after the other, and makes COM forget that they served.
 void KillServers(const std::vector<std::wstring>& images);

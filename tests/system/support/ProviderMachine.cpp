@@ -4,6 +4,7 @@
 #include "tests/system/support/Process.h"
 
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <stdexcept>
 
@@ -66,26 +67,39 @@ void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void
 }
 } // namespace
 
-CProviderMachine::CProviderMachine(Agent agent) : m_folder(MakeTestFolder())
+CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeTestFolder())
 {
     if (!WaitUntilAllEnded())
         throw std::runtime_error("a server of an earlier test still runs");
     BecomeFirstClientOfCom();
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
-    SetText(L"ZebDiag", L"InstalledDir", m_folder);
-    SetText(L"ZebDiag", L"DebugFileName", m_folder + L"ZebDiagDbg.log");
-    SetNumber(L"ZebDiag", L"DebugLevel", 2);
-    SetNumber(L"WMI\\Providers", L"TestVorl", static_cast<DWORD>(agent));
+    ForgetValues();
 }
 
 CProviderMachine::~CProviderMachine()
 {
-    // That they end by themselves is a test of its own; waiting for it here would cost each test ten seconds.
-    KillServers({std::begin(kServers), std::end(kServers)});
+    // That they end by themselves is a test of its own; waiting for it here would cost each machine ten
+    // seconds.
+    try
+    {
+        KillServers({std::begin(kServers), std::end(kServers)});
+    }
+    catch (const std::exception& failure)
+    {
+        ADD_FAILURE() << failure.what();
+    }
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     RemoveFolder(m_folder);
+}
+
+void CProviderMachine::ForgetValues() const
+{
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
+    SetText(L"ZebDiag", L"InstalledDir", m_folder);
+    SetText(L"ZebDiag", L"DebugFileName", m_folder + L"ZebDiagDbg.log");
+    SetNumber(L"ZebDiag", L"DebugLevel", 2);
+    SetNumber(L"WMI\\Providers", L"TestVorl", static_cast<DWORD>(m_agent));
 }
 
 void CProviderMachine::SetScript(const std::string& json) const
@@ -134,6 +148,12 @@ void CProviderMachine::WriteFileBytes(const std::wstring& name, const std::strin
 bool CProviderMachine::HasFile(const std::wstring& name) const
 {
     return GetFileAttributesW((m_folder + name).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void CProviderMachine::RemoveFile(const std::wstring& name) const
+{
+    if (!DeleteFileW((m_folder + name).c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND)
+        throw std::runtime_error("a file of a test could not be removed");
 }
 
 bool CProviderMachine::WaitForFile(const std::wstring& name,

@@ -30,11 +30,14 @@ class CProviderMachine
     void SetNumber(const wchar_t* subkey, const wchar_t* name, DWORD value) const;
     void SetText(const wchar_t* subkey, const wchar_t* name, const std::wstring& value) const;
     void SetBinary(const wchar_t* subkey, const wchar_t* name, const std::string& bytes) const;
+    // Puts the values back to those of a new machine, which has no script.
+    void ForgetValues() const;
 
     // Files of the folder, as bytes. A missing file is empty.
     std::string ReadFileBytes(const std::wstring& name) const;
     void WriteFileBytes(const std::wstring& name, const std::string& bytes) const;
     bool HasFile(const std::wstring& name) const;
+    void RemoveFile(const std::wstring& name) const;
     // Waits until the bytes of a file of the folder are as wanted; false after a minute.
     bool WaitForFile(const std::wstring& name, const std::function<bool(const std::string&)>& wanted) const;
 
@@ -46,5 +49,6 @@ class CProviderMachine
     bool WaitUntilAllEnded() const;
 
   private:
-    std::wstring m_folder;
+    const Agent m_agent;
+    const std::wstring m_folder;
 };
