@@ -16,3 +16,24 @@ hold_wine() {
   exec {wine_hold}> >(exec wine cmd.exe /q >/dev/null 2>&1)
   wine cmd.exe /c exit </dev/null >/dev/null 2>&1
 }
+
+# The processes that run in the prefix, by the host's numbers.
+prefix_processes() {
+  local folder
+  for folder in /proc/[0-9]*; do
+    if [[ $(readlink "$folder/exe") == */wine* ]] && grep -qzxF "WINEPREFIX=$WINEPREFIX" "$folder/environ"; then
+      echo "${folder#/proc/}"
+    fi
+  done 2>/dev/null
+}
+
+# Ends everything that runs in the prefix, and nothing else.
+stop_wine() {
+  local process
+  wineserver -k 2>/dev/null || true
+  if ! timeout 30 wineserver -w 2>/dev/null; then
+    for process in $(prefix_processes); do
+      kill -KILL "$process" 2>/dev/null || true
+    done
+  fi
+}
