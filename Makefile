@@ -1,26 +1,47 @@
-# The only commands to remember. Everything is built in build/ and runs in a Wine prefix there.
-.PHONY: demo test bench build check format clean
+# The only commands to remember. Everything is built in build/ and runs in Wine prefixes there. STEP is what a
+# script writes before it says what it does.
+.PHONY: demo test bench soak build check machines format clean
 
 export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
 export CCACHE_SLOPPINESS := pch_defines,time_macros
 
+ROUNDS ?= 10
+
+demo:
+	@STEP='[1/5] ' scripts/install-packages
+	@STEP='[2/5] ' scripts/build demo_parts "the provider and what the demonstration needs"
+	@STEP='[3/5] ' scripts/wine-prefix build/prefix
+	@STEP='[4/5] ' scripts/register
+	@STEP='[5/5] ' scripts/demo
+
+test:
+	@STEP='[1/4] ' scripts/install-packages
+	@STEP='[2/4] ' scripts/build all "everything and its tests"
+	@STEP='[3/4] ' scripts/wine-prefix build/prefix
+	@STEP='[4/4] ' scripts/test
+
+bench:
+	@STEP='[1/4] ' scripts/install-packages
+	@STEP='[2/4] ' scripts/build bench_parts "the provider and the benchmark"
+	@STEP='[3/4] ' scripts/wine-prefix build/prefix
+	@STEP='[4/4] ' scripts/bench
+
+soak:
+	@scripts/install-packages
+	@scripts/build all "everything and its tests"
+	@scripts/soak --rounds $(ROUNDS)
+
 build:
 	@scripts/install-packages
-	@scripts/build
-
-test: build
-	@scripts/test
-
-demo: build
-	@scripts/demo
-
-bench: build
-	@scripts/bench
+	@scripts/build all "everything and its tests"
 
 check:
 	@scripts/install-packages
 	@scripts/check
+
+machines:
+	@scripts/check-machines
 
 format:
 	@scripts/install-packages
