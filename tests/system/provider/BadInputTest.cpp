@@ -73,8 +73,11 @@ class LoadedAnew : public CSharedMachine, public testing::WithParamInterface<Loa
     // Whatever it was given to load, the process ends by itself.
     static void TearDownTestSuite()
     {
-        s_service.reset();
-        EXPECT_TRUE(Machine().WaitUntilAllEnded());
+        if (s_service)
+        {
+            s_service.reset();
+            EXPECT_TRUE(Machine().WaitUntilAllEnded());
+        }
         CSharedMachine::TearDownTestSuite();
     }
 

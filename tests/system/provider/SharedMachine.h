@@ -13,9 +13,10 @@ class CSharedMachine : public testing::Test
     static void TearDownTestSuite() { s_machine.reset(); }
 
   protected:
-    // For SetUpTestSuite.
+    // Ends what runs on the one before.
     static const CProviderMachine& MakeMachine()
     {
+        s_machine.reset();
         s_machine = std::make_unique<const CProviderMachine>();
         return *s_machine;
     }
@@ -26,12 +27,13 @@ class CSharedMachine : public testing::Test
 };
 
 // A provider that the management service holds on to for the whole suite. No case sees another one's results
-// or settings.
+// or settings, nor what a case that failed has left running.
 class CSharedProvider : public CSharedMachine
 {
   protected:
     static void MakeProvider(const char* adapters)
     {
+        s_adapters = adapters;
         constexpr DWORD kLongerThanAnySuite = 3600000;
         const CProviderMachine& machine = MakeMachine();
         machine.SetIdleTime(kLongerThanAnySuite);
@@ -48,6 +50,14 @@ class CSharedProvider : public CSharedMachine
             ASSERT_EQ(S_OK, coverage ? PutCoverage(client, setting.Get(), 100) : S_OK);
         }
     }
+    void TearDown() override
+    {
+        if (HasFailure())
+            MakeProvider(s_adapters);
+    }
+
+  private:
+    static inline const char* s_adapters = nullptr;
 };
 
 // The provider of kTwoAdapters.

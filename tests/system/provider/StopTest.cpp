@@ -37,15 +37,12 @@ struct StopCase
 class StoppedRun : public CSharedProvider, public testing::WithParamInterface<StopCase>
 {
   public:
-    static void SetUpTestSuite()
-    {
-        MakeProvider(kAdapters);
-        RunUntilStopped(Machine());
-    }
+    static void SetUpTestSuite() { MakeProvider(kAdapters); }
 };
 
 TEST_P(StoppedRun, EndsAsStoppedForTheOneThatStartedItElsewhere)
 {
+    RunUntilStopped(Machine());
     const unsigned runs = CallsOf(Machine(), GetParam().test, "RunDiagTest");
     CRunningProgram run(ZebdiagCommand(GetParam().run));
     ASSERT_TRUE(WaitForCalls(Machine(), GetParam().test, "RunDiagTest", runs + 1));
