@@ -20,16 +20,12 @@ namespace standin
 class CMofError : public std::runtime_error
 {
   public:
-    // `reason` is a sentence without the place; what() is "file(line,column): reason".
+    // `reason` is a sentence without the place; what() is "file(line,column): reason", both counted from 1.
     CMofError(const std::string& source, size_t line, size_t column, const std::string& reason)
         : std::runtime_error(source + "(" + std::to_string(line) + "," + std::to_string(column) +
-                             "): " + reason),
-          Line(line), Column(column)
+                             "): " + reason)
     {
     }
-
-    size_t Line;
-    size_t Column; // both count from 1
 };
 
 // What MOF says about a provider.
@@ -59,8 +55,7 @@ class CRepository
     ~CRepository();
 
     // Reads a MOF text in UTF-8; compiling one again changes nothing. Throws CMofError and, where memory
-    // ends, std::bad_alloc. `sourceName` stands in errors. A file that cannot be read is a CMofError at line
-    // 0.
+    // ends, std::bad_alloc. `sourceName` stands in errors. A file that cannot be read is an error at line 0.
     void Compile(std::string_view text, const std::string& sourceName);
     void CompileFile(const std::wstring& path);
 

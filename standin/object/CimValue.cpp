@@ -23,6 +23,10 @@ bool ReadInteger(const VARIANT& given, CVariant& integer)
 {
     switch (given.vt)
     {
+    case VT_UI8:
+        integer.vt = VT_UI8;
+        integer.ullVal = given.ullVal;
+        return true;
     case VT_I1:
     case VT_UI1:
     case VT_I2:
@@ -32,9 +36,7 @@ bool ReadInteger(const VARIANT& given, CVariant& integer)
     case VT_INT:
     case VT_UINT:
     case VT_I8:
-    case VT_UI8:
-        return SUCCEEDED(VariantChangeType(integer.Put(), const_cast<VARIANT*>(&given), 0, VT_I8)) ||
-               SUCCEEDED(VariantChangeType(integer.Put(), const_cast<VARIANT*>(&given), 0, VT_UI8));
+        return SUCCEEDED(VariantChangeType(integer.Put(), const_cast<VARIANT*>(&given), 0, VT_I8));
     }
     return false;
 }

@@ -14,7 +14,20 @@ void HandOut(const ClassDefinition& signature, IWbemClassObject** out)
     if (out)
         *out = signature ? MakeCom<CManagementObject>(CObjectState(signature, true)).Detach() : nullptr;
 }
+
+// The bytes of an object in which nothing is left to the class.
+std::vector<BYTE> WholeBytes(CObjectState state)
+{
+    for (size_t i = 0; i < state.Values.size(); ++i)
+        state.Values[i] = CCimValue(state.Value(i));
+    return EncodeState(state);
+}
 } // namespace
+
+ComPtr<IWbemClassObject> CManagementObject::Decode(std::span<const BYTE> bytes, int nesting)
+{
+    return MakeCom<CManagementObject>(DecodeState(bytes, nesting, Decode));
+}
 
 CManagementObject::CManagementObject(CObjectState state)
     : CByValueObject(kObjectUnmarshaler), m_state(std::move(state))
@@ -181,7 +194,12 @@ STDMETHODIMP CManagementObject::CompareTo(LONG flags, IWbemClassObject* other)
         {
             if (flags != 0 || !other)
                 return wmi::InvalidParameter;
-            return Bytes() == TakeBytes(other) ? HRESULT{WBEM_S_SAME} : HRESULT{WBEM_S_DIFFERENT};
+            const std::vector<BYTE> bytes = TakeBytes(other);
+            if (bytes.empty())
+                return WBEM_S_DIFFERENT;
+            const std::vector<BYTE> theirs = WholeBytes(DecodeState(bytes, kMaxNesting, Decode));
+            const CLockScope lock(m_lock);
+            return WholeBytes(m_state) == theirs ? HRESULT{WBEM_S_SAME} : HRESULT{WBEM_S_DIFFERENT};
         });
 }
 

@@ -24,6 +24,8 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
 {
   public:
     explicit CManagementObject(CObjectState state);
+    // Throws CBadBytes or std::bad_alloc.
+    static ComPtr<IWbemClassObject> Decode(std::span<const BYTE> bytes, int nesting);
 
     STDMETHODIMP Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
     // Of properties that the class has. The type may be 0 or the property's own.
@@ -36,7 +38,7 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     STDMETHODIMP GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out) override;
     STDMETHODIMP Clone(IWbemClassObject** copy) override;
     STDMETHODIMP SpawnInstance(LONG flags, IWbemClassObject** out) override;
-    // Same in every byte, without flags.
+    // Without flags. Values count, wherever they come from.
     STDMETHODIMP CompareTo(LONG flags, IWbemClassObject* other) override;
 
     // The management service shows methods of class objects only; here an instance has them as well, because

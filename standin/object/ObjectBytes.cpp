@@ -2,18 +2,9 @@
 
 #include "standin/object/Context.h"
 #include "standin/object/ManagementObject.h"
-#include "standin/object/StateBytes.h"
 
 namespace standin
 {
-namespace
-{
-ComPtr<IWbemClassObject> Decode(std::span<const BYTE> bytes, int nesting)
-{
-    return MakeCom<CManagementObject>(DecodeState(bytes, nesting, Decode));
-}
-} // namespace
-
 std::vector<BYTE> BytesOf(IWbemClassObject* object)
 {
     return TakeBytes(object);
@@ -26,7 +17,7 @@ std::vector<BYTE> BytesOf(IWbemContext* context)
 
 ComPtr<IWbemClassObject> ObjectFrom(std::span<const BYTE> bytes)
 {
-    return bytes.empty() ? nullptr : Decode(bytes, kMaxNesting);
+    return bytes.empty() ? nullptr : CManagementObject::Decode(bytes, kMaxNesting);
 }
 
 ComPtr<IWbemContext> ContextFrom(std::span<const BYTE> bytes)

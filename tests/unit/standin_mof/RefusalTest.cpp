@@ -28,13 +28,10 @@ INSTANTIATE_TEST_SUITE_P(
     Statements, Refused,
     testing::Values(
         RefusalCase{"NoSuperclass", "class A : B {};",
-                    "(1,11): the superclass \"B\" is not in the namespace \"root\\cimv2\""},
+                    "(1,11): the class \"B\" is not in the namespace \"root\\cimv2\""},
         RefusalCase{"Cycle", "class Device : Lamp {};", "(1,16): class \"Device\" would derive from itself"},
         RefusalCase{"OtherType", "class A : Lamp { string Watts; };",
                     "(1,25): the property \"Watts\" has another type in class \"Lamp\""},
-        RefusalCase{"DescendantNoLongerFits", "class Lamp : Device { string Watts; };\n",
-                    "(1,7): class \"FloorLamp\" would no longer fit: the property \"Watts\" has another type "
-                    "in class \"Lamp\""},
         RefusalCase{"PropertyTwice", "class A { uint8 P; string p; };", "(1,27): \"p\" is there twice"},
         RefusalCase{"MethodTwice", "class A { void M(); void m(); };", "(1,26): \"m\" is there twice"},
         RefusalCase{"QualifierTwice", "[Foo, foo(2)] class A {};",
@@ -52,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"TextForNumber", "class A { uint8 P[] = {1, \"x\"}; };",
                     "(1,23): the value does not fit the type uint8[]"},
         RefusalCase{"ReferenceToNumber", "class A { uint8 ref P; };",
-                    "(1,11): a reference to \"uint8\", which is no class"},
+                    "(1,11): a reference needs the name of a class"},
         RefusalCase{"UnknownFlavor", "[Foo: Sideways] class A {};", "(1,7): unknown flavor \"Sideways\""},
         RefusalCase{"QualifierOfNothing", "[Foo(NULL)] class A {};",
                     "(1,6): a qualifier cannot have this value"},
@@ -68,6 +65,5 @@ INSTANTIATE_TEST_SUITE_P(
                     "(1,28): no instance has the alias $N"},
         RefusalCase{"NoNamespace", "#pragma namespace(\"root\\\\no\")",
                     "(1,19): there is no namespace \"root\\no\""},
-        RefusalCase{"NoArgument", "#pragma namespace", "(1,9): #pragma namespace needs an argument"},
         RefusalCase{"UnknownDirective", "#pragma once", "(1,9): unknown directive #pragma once"}),
     NameOf<RefusalCase>);

@@ -9,7 +9,6 @@ namespace standin
 constexpr const wchar_t* kCimv2 = L"root\\cimv2";
 constexpr const char* kSystem = R"(#pragma namespace("\\\\.\\root")
     [Abstract] class __SystemClass {};
-    class __NAMESPACE : __SystemClass { [Key] string Name; };
     [Abstract] class __Provider : __SystemClass { [Key] string Name; };
     class __Win32Provider : __Provider { string CLSID; string HostingModel; };
     [Abstract] class __ProviderRegistration : __SystemClass { __Provider ref provider; };
@@ -24,10 +23,7 @@ class Repository : public testing::Test
     Repository() { m_repository.Compile(kSystem, "system"); }
 
     void Compile(const std::string& text) { m_repository.Compile(text, "t"); }
-    ClassDefinition Class(const wchar_t* name, LCID locale = 0)
-    {
-        return m_repository.GetDefinition(kCimv2, name, locale);
-    }
+    ClassDefinition Class(const wchar_t* name) { return m_repository.GetDefinition(kCimv2, name); }
     // "" for success, else what the error says behind the place.
     std::string Refusal(const std::string& text)
     {
@@ -51,5 +47,5 @@ constexpr const char* kLamps = R"(
         uint32 Dim([In] uint8 Level, [In, Out, Optional] Device ref Where, [Out] string Was[]); };
     class FloorLamp : Lamp { [Override("Watts")] uint16 Watts; };
     instance of Lamp { Name = "desk"; };
-    instance of FloorLamp as $F { Name = "corner"; Watts = 0x64; Colours = {}; };)";
+    instance of FloorLamp as $F { Name = "corner"; Watts = 100; Colours = {}; };)";
 } // namespace standin

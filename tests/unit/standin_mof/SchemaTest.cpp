@@ -3,8 +3,6 @@
 #include "tests/support/CaseName.h"
 #include "tests/support/ServedSchema.h"
 
-#include "standin/object/ClassDefinition.h"
-
 #include <gtest/gtest.h>
 
 using namespace standin;
@@ -32,7 +30,7 @@ TEST_P(BaseClass, LeavesTheChoiceOfKeysToDerivedClasses)
     ASSERT_TRUE(definition);
     EXPECT_EQ(definition->Derivation.empty() ? L"" : definition->Derivation.front(), GetParam().superclass);
     EXPECT_TRUE(definition->Qualifiers.IsTrue(L"abstract"));
-    EXPECT_TRUE(definition->Keys()->empty());
+    EXPECT_TRUE(definition->Keys().empty());
     for (const wchar_t* key : GetParam().modelKeys)
     {
         const CPropertyDefinition* property = definition->FindProperty(key);
@@ -80,8 +78,8 @@ TEST(Schema, AComputerIsKnownByItsName)
 {
     const ClassDefinition computer = ServedSchema().GetDefinition(kServedNamespace, L"Win32_ComputerSystem");
     ASSERT_TRUE(computer);
-    ASSERT_EQ(computer->Keys()->size(), 1u);
-    EXPECT_EQ(computer->Properties()[computer->Keys()->front()].Name, L"Name");
+    ASSERT_EQ(computer->Keys().size(), 1u);
+    EXPECT_EQ(computer->Properties()[computer->Keys().front()].Name, L"Name");
     EXPECT_FALSE(computer->Qualifiers.IsTrue(L"abstract"));
 }
 

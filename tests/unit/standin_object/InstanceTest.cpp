@@ -46,18 +46,6 @@ TEST(Instance, TakesDefaultsFromItsClass)
     EXPECT_EQ(flavor, WBEM_FLAVOR_ORIGIN_PROPAGATED);
     EXPECT_EQ(lamp->Put(L"Status", 0, nullptr, 0), S_OK);
     EXPECT_EQ(Text(*lamp, L"Status"), L"<null>");
-    EXPECT_EQ(lamp->Delete(L"Status"), WBEM_S_RESET_TO_DEFAULT);
-    EXPECT_EQ(Text(*lamp, L"Status"), L"OK");
-    EXPECT_EQ(lamp->Delete(L"Weight"), wmi::NotFound);
-}
-
-TEST(Instance, IsNoClass)
-{
-    const auto lamp = MakeInstance(sample::Lamp());
-    ComPtr<IWbemClassObject> derived;
-    EXPECT_EQ(lamp->SpawnDerivedClass(0, derived.Put()), static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
-    EXPECT_EQ(lamp->PutMethod(L"M", 0, nullptr, nullptr), static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
-    EXPECT_EQ(lamp->DeleteMethod(L"Dim"), static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
 }
 
 // System properties
@@ -125,11 +113,8 @@ TEST(SystemProperties, KeysAreInOrderOfTheirNamesAndWrittenByType)
     EXPECT_EQ(Text(*many, L"__RELPATH"), L"Many.Alpha=\"B.K=\\\"1\\\"\",beta=4294967295,Gamma=-5,Zeta=TRUE");
 }
 
-TEST(SystemProperties, SingletonsAndClassesWithoutKeys)
+TEST(SystemProperties, AClassWithoutKeysGivesNoPath)
 {
-    auto single = std::make_shared<CClassDefinition>(L"Single");
-    single->Qualifiers.Set(MakeQualifier(L"singleton", CVariant::FromBool(true)));
-    EXPECT_EQ(Text(*MakeInstance(single), L"__RELPATH"), L"Single=@");
     EXPECT_EQ(Text(*MakeInstance(std::make_shared<CClassDefinition>(L"Plain")), L"__RELPATH"), L"<null>");
 }
 
@@ -156,6 +141,23 @@ TEST(Instance, SpawnsAnEmptyOneOfItsClass)
     ASSERT_EQ(lamp->SpawnInstance(0, fresh.Put()), S_OK);
     EXPECT_EQ(Text(*fresh, L"__CLASS"), L"Lamp");
     EXPECT_EQ(Text(*fresh, L"Name"), L"<null>");
+}
+
+TEST(Instance, IsComparedInEverything)
+{
+    const auto a = MakeInstance(sample::Lamp());
+    const auto b = MakeInstance(sample::Lamp());
+    EXPECT_EQ(a->CompareTo(0, b.Get()), WBEM_S_SAME);
+    PutText(*a, L"Status", L"OK"); // as in the class
+    EXPECT_EQ(a->CompareTo(0, b.Get()), WBEM_S_SAME);
+    EXPECT_EQ(a->CompareTo(0, MakeClassObject(sample::Lamp()).Get()), WBEM_S_DIFFERENT);
+    PutText(*a, L"Name", L"desk");
+    EXPECT_EQ(a->CompareTo(0, b.Get()), WBEM_S_DIFFERENT);
+    PutText(*b, L"Name", L"desk");
+    Decorate(b.Get(), L"PC", L"root");
+    EXPECT_EQ(a->CompareTo(0, b.Get()), WBEM_S_DIFFERENT);
+    EXPECT_EQ(a->CompareTo(0, nullptr), wmi::InvalidParameter);
+    EXPECT_EQ(a->CompareTo(WBEM_FLAG_IGNORE_CASE, b.Get()), wmi::InvalidParameter);
 }
 
 TEST(CopyProperties, ChecksAgainstTheTargetsDefinition)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Common/src/com/SafeArray.h"
-#include "standin/object/ClassDefinition.h"
+#include "standin/object/Objects.h"
 
 #include <gtest/gtest.h>
 
@@ -102,11 +102,10 @@ inline std::vector<std::wstring> Strings(SAFEARRAY* array)
     return result;
 }
 
-inline std::vector<std::wstring> Names(IWbemClassObject& object, long flags,
-                                       const wchar_t* qualifier = nullptr, VARIANT* value = nullptr)
+inline std::vector<std::wstring> Names(IWbemClassObject& object, long flags)
 {
     CSafeArray names;
-    EXPECT_EQ(object.GetNames(qualifier, flags, value, names.Put()), S_OK);
+    EXPECT_EQ(object.GetNames(nullptr, flags, nullptr, names.Put()), S_OK);
     return Strings(names.Get());
 }
 } // namespace sample

@@ -4,8 +4,6 @@
 #include "tests/support/CaseName.h"
 #include "tests/unit/standin_object/SampleClass.h"
 
-#include <cmath>
-
 using namespace standin;
 
 namespace
@@ -15,17 +13,6 @@ CVariant Of(VARTYPE type, LONGLONG bits)
     CVariant v;
     v.vt = type;
     v.llVal = bits;
-    return v;
-}
-
-CVariant Real(VARTYPE type, double value)
-{
-    CVariant v;
-    v.vt = type;
-    if (type == VT_R4)
-        v.fltVal = static_cast<float>(value);
-    else
-        v.dblVal = value;
     return v;
 }
 
@@ -45,13 +32,12 @@ CVariant Make(const CGiven& given)
         return CVariant::FromText(given.Text);
     case VT_BOOL:
         return CVariant::FromBool(given.Number != 0);
-    case VT_R4:
     case VT_R8:
-        return Real(given.Type, given.Number);
     case VT_DATE:
     {
-        CVariant v = Real(VT_R8, given.Number);
-        v.vt = VT_DATE;
+        CVariant v;
+        v.vt = given.Type;
+        v.dblVal = given.Number;
         return v;
     }
     }
@@ -77,10 +63,6 @@ std::wstring Show(const VARIANT& v)
         return L"I2 " + std::to_wstring(v.iVal);
     case VT_I4:
         return L"I4 " + std::to_wstring(v.lVal);
-    case VT_R4:
-        return L"R4 " + std::to_wstring(std::lround(v.fltVal * 100));
-    case VT_R8:
-        return L"R8 " + std::to_wstring(std::lround(v.dblVal * 100));
     }
     return L"type " + std::to_wstring(v.vt);
 }
@@ -146,10 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ValueCase{"Uint16FromUi1", CIM_UINT16, {VT_UI1, 3, nullptr}, L"I4 3"},
                     ValueCase{"Uint16TooLarge", CIM_UINT16, {VT_I4, 65536, nullptr}, nullptr},
                     ValueCase{"Uint16Negative", CIM_UINT16, {VT_I4, -1, nullptr}, nullptr},
-                    ValueCase{"Uint16FromText", CIM_UINT16, {VT_BSTR, 0, L"1"}, nullptr},
-                    ValueCase{"Char16FromI2", CIM_CHAR16, {VT_I2, 65, nullptr}, L"I2 65"},
-                    ValueCase{"Char16Upper", CIM_CHAR16, {VT_I4, 0xFFFF, nullptr}, L"I2 -1"},
-                    ValueCase{"Char16FromText", CIM_CHAR16, {VT_BSTR, 0, L"A"}, nullptr}),
+                    ValueCase{"Uint16FromText", CIM_UINT16, {VT_BSTR, 0, L"1"}, nullptr}),
     NameOf<ValueCase>);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -196,12 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Others, PutValue,
-    testing::Values(ValueCase{"Real32FromR4", CIM_REAL32, {VT_R4, 2.5, nullptr}, L"R4 250"},
-                    ValueCase{"Real32FromR8", CIM_REAL32, {VT_R8, -0.25, nullptr}, L"R4 -25"},
-                    ValueCase{"Real64FromR8", CIM_REAL64, {VT_R8, 2.5, nullptr}, L"R8 250"},
-                    ValueCase{"Real64FromI4", CIM_REAL64, {VT_I4, 2, nullptr}, L"R8 200"},
-                    ValueCase{"Real64FromText", CIM_REAL64, {VT_BSTR, 0, L"2.5"}, nullptr},
-                    ValueCase{"BooleanTrue", CIM_BOOLEAN, {VT_BOOL, 1, nullptr}, L"BOOL TRUE"},
+    testing::Values(ValueCase{"BooleanTrue", CIM_BOOLEAN, {VT_BOOL, 1, nullptr}, L"BOOL TRUE"},
                     ValueCase{"BooleanFalse", CIM_BOOLEAN, {VT_BOOL, 0, nullptr}, L"BOOL FALSE"},
                     ValueCase{"BooleanFromI4", CIM_BOOLEAN, {VT_I4, 1, nullptr}, nullptr},
                     ValueCase{"BooleanFromText", CIM_BOOLEAN, {VT_BSTR, 0, L"TRUE"}, nullptr},
