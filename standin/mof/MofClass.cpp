@@ -50,17 +50,6 @@ CCimValue ReadQualifierValue(CMofReader& reader)
     return value;
 }
 
-bool SameValue(const CCimValue& a, const CCimValue& b)
-{
-    std::vector<BYTE> left;
-    std::vector<BYTE> right;
-    CByteWriter leftWriter(left);
-    CByteWriter rightWriter(right);
-    WriteValue(leftWriter, a);
-    WriteValue(rightWriter, b);
-    return left == right;
-}
-
 // An inherited qualifier that says so cannot be given another value.
 void CheckOverrides(const CQualifiers& inherited, const CQualifiers& own, const CMofPlace& place)
 {
@@ -69,7 +58,7 @@ void CheckOverrides(const CQualifiers& inherited, const CQualifiers& own, const 
         const CQualifier* present = inherited.Find(qualifier.Name);
         if (present && (present->Flavor & WBEM_FLAVOR_NOT_OVERRIDABLE) &&
             (present->Flavor & WBEM_FLAVOR_FLAG_PROPAGATE_TO_DERIVED_CLASS) &&
-            !SameValue(present->Value, qualifier.Value))
+            !SameCimValue(present->Value, qualifier.Value))
             throw CMofProblem{place,
                               "the inherited qualifier " + Quoted(qualifier.Name) + " cannot be changed"};
     }

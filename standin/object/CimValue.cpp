@@ -206,6 +206,25 @@ HRESULT CopyCimValue(const VARIANT& stored, VARIANT* out) noexcept
     return FAILED(VariantCopy(out, const_cast<VARIANT*>(&stored))) ? wmi::OutOfMemory : S_OK;
 }
 
+bool SameCimValue(const VARIANT& a, const VARIANT& b)
+{
+    if (a.vt == VT_UNKNOWN && b.vt == VT_UNKNOWN)
+    {
+        ComPtr<IWbemClassObject> left;
+        ComPtr<IWbemClassObject> right;
+        return SUCCEEDED(a.punkVal->QueryInterface(IID_IWbemClassObject, left.PutVoid())) &&
+               SUCCEEDED(b.punkVal->QueryInterface(IID_IWbemClassObject, right.PutVoid())) &&
+               left->CompareTo(0, right.Get()) == WBEM_S_SAME;
+    }
+    std::vector<BYTE> left;
+    std::vector<BYTE> right;
+    CByteWriter leftWriter(left);
+    CByteWriter rightWriter(right);
+    WriteValue(leftWriter, a);
+    WriteValue(rightWriter, b);
+    return left == right;
+}
+
 void WriteValue(CByteWriter& out, const VARIANT& value)
 {
     out.Number(value.vt);

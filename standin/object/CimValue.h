@@ -33,6 +33,9 @@ HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexce
 // The copy that a reader gets, in `out`, which need not be initialised.
 HRESULT CopyCimValue(const VARIANT& stored, VARIANT* out) noexcept;
 
+// Embedded objects are compared by their values.
+bool SameCimValue(const VARIANT& a, const VARIANT& b);
+
 // A stored value in its marshalled form, VT_EMPTY included; whoever has an embedded object writes it himself.
 void WriteValue(CByteWriter& out, const VARIANT& value);
 CCimValue ReadValue(CByteReader& in);

@@ -4,6 +4,8 @@
 #include "standin/object/StandinIds.h"
 #include "standin/object/StateBytes.h"
 
+#include <algorithm>
+
 namespace standin
 {
 namespace
@@ -13,14 +15,6 @@ void HandOut(const ClassDefinition& signature, IWbemClassObject** out)
 {
     if (out)
         *out = signature ? MakeCom<CManagementObject>(CObjectState(signature, true)).Detach() : nullptr;
-}
-
-// The bytes of an object in which nothing is left to the class.
-std::vector<BYTE> WholeBytes(CObjectState state)
-{
-    for (size_t i = 0; i < state.Values.size(); ++i)
-        state.Values[i] = CCimValue(state.Value(i));
-    return EncodeState(state);
 }
 } // namespace
 
@@ -194,12 +188,22 @@ STDMETHODIMP CManagementObject::CompareTo(LONG flags, IWbemClassObject* other)
         {
             if (flags != 0 || !other)
                 return wmi::InvalidParameter;
-            const std::vector<BYTE> bytes = TakeBytes(other);
-            if (bytes.empty())
-                return WBEM_S_DIFFERENT;
-            const std::vector<BYTE> theirs = WholeBytes(DecodeState(bytes, kMaxNesting, Decode));
-            const CLockScope lock(m_lock);
-            return WholeBytes(m_state) == theirs ? HRESULT{WBEM_S_SAME} : HRESULT{WBEM_S_DIFFERENT};
+            // Of a copy, because the other object has a lock of its own.
+            ComPtr<IWbemClassObject> copy;
+            std::vector<std::wstring> names;
+            const HRESULT hr = Clone(copy.Put());
+            if (FAILED(hr))
+                return hr;
+            SelectNames(m_state, 0, names);
+            const auto same = [&](const std::wstring& name)
+            {
+                CVariant own;
+                CVariant others;
+                return SUCCEEDED(copy->Get(name.c_str(), 0, &own, nullptr, nullptr)) &&
+                       SUCCEEDED(other->Get(name.c_str(), 0, &others, nullptr, nullptr)) &&
+                       SameCimValue(own, others);
+            };
+            return std::ranges::all_of(names, same) ? HRESULT{WBEM_S_SAME} : HRESULT{WBEM_S_DIFFERENT};
         });
 }
 

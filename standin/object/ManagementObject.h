@@ -38,7 +38,8 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     STDMETHODIMP GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out) override;
     STDMETHODIMP Clone(IWbemClassObject** copy) override;
     STDMETHODIMP SpawnInstance(LONG flags, IWbemClassObject** out) override;
-    // Without flags. Values count, wherever they come from.
+    // Without flags. The values of all properties count, wherever they come from; the other object may be
+    // foreign.
     STDMETHODIMP CompareTo(LONG flags, IWbemClassObject* other) override;
 
     // The management service shows methods of class objects only; here an instance has them as well, because

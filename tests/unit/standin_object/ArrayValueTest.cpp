@@ -140,6 +140,11 @@ TEST(EmbeddedObject, IsCopiedInAndOut)
     ASSERT_EQ(read.punkVal->QueryInterface(IID_IWbemClassObject, copy.PutVoid()), S_OK);
     EXPECT_EQ(sample::Text(*copy, L"Name"), L"before");
     sample::PutText(*copy, L"Name", L"changed");
+    ComPtr<IWbemClassObject> other;
+    ASSERT_EQ(object->Clone(other.Put()), S_OK);
+    EXPECT_EQ(object->CompareTo(0, other.Get()), WBEM_S_SAME);
+    other->Put(L"Inner", 0, &read, 0);
+    EXPECT_EQ(object->CompareTo(0, other.Get()), WBEM_S_DIFFERENT);
     CVariant again;
     object->Get(L"Inner", 0, &again, nullptr, nullptr);
     ComPtr<IWbemClassObject> second;
