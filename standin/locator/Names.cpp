@@ -1,7 +1,6 @@
 #include "standin/locator/Names.h"
 
 #include "Common/src/com/Text.h"
-#include "Common/src/com/Variant.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -72,15 +71,5 @@ std::wstring LocaleText(LCID locale)
     wchar_t text[16] = {};
     _snwprintf(text, std::size(text) - 1, L"MS_%lX", locale);
     return text;
-}
-
-LCID AmendedLocale(long flags, IWbemContext* context)
-{
-    if (!(flags & WBEM_FLAG_USE_AMENDED_QUALIFIERS))
-        return 0;
-    CVariant value;
-    if (!context || FAILED(context->GetValue(L"LocaleID", 0, value.Put())) || value.vt != VT_BSTR)
-        return GetUserDefaultLCID();
-    return ParseLocale({value.bstrVal, SysStringLen(value.bstrVal)}).value_or(GetUserDefaultLCID());
 }
 } // namespace standin

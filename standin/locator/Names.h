@@ -26,8 +26,4 @@ bool IsThisComputer(std::wstring_view server);
 std::optional<LCID> ParseLocale(std::wstring_view text) noexcept;
 // The other way.
 std::wstring LocaleText(LCID locale);
-
-// The language in which a client wants the texts of amended qualifiers: that of its context's "LocaleID", or
-// the machine's. 0 where its flags do not ask for them.
-LCID AmendedLocale(long flags, IWbemContext* context);
 } // namespace standin

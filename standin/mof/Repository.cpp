@@ -83,8 +83,7 @@ ClassDefinition CRepository::GetDefinition(std::wstring_view nameSpace, std::wst
     return found ? state->FindClass(*found, name) : nullptr;
 }
 
-ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std::wstring_view name,
-                                               LCID) const
+ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std::wstring_view name) const
 {
     ClassDefinition definition = GetDefinition(nameSpace, name);
     if (!definition)
@@ -95,7 +94,7 @@ ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std:
 }
 
 std::vector<ClassDefinition> CRepository::DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                         bool deep, LCID) const
+                                                         bool deep) const
 {
     const auto state = Current();
     std::vector<ClassDefinition> result;

@@ -62,11 +62,11 @@ class CRepository
     bool HasNamespace(std::wstring_view nameSpace) const;
 
     // The class as an object. The schema is in one language, whichever a client asks for.
-    ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name, LCID = 0) const;
+    ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name) const;
     ClassDefinition GetDefinition(std::wstring_view nameSpace, std::wstring_view name) const;
     // Derived classes, direct ones only or all; of "" the top-level classes.
     std::vector<ClassDefinition> DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                bool deep, LCID = 0) const;
+                                                bool deep) const;
 
     // Stored instances of the class and, if `deep`, of those derived from it.
     std::vector<ComPtr<IWbemClassObject>> Instances(std::wstring_view nameSpace, std::wstring_view className,

@@ -2,7 +2,6 @@
 
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/Names.h"
 #include "standin/object/Objects.h"
 #include "standin/service/MethodParameters.h"
 #include "standin/service/Service.h"
@@ -53,8 +52,7 @@ void CInstanceSource::Mark(IWbemClassObject* object) const
 
 ComPtr<IWbemClassObject> CInstanceSource::Class(std::wstring_view className) const
 {
-    return m_service.Repository().GetClass(m_nameSpace, className,
-                                           AmendedLocale(m_request.Flags(), m_request.Context()));
+    return m_service.Repository().GetClass(m_nameSpace, className);
 }
 
 bool CInstanceSource::IsDynamic(const CClassDefinition& definition) const

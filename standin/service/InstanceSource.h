@@ -19,7 +19,7 @@ class CInstanceSource
     const std::wstring& NameSpace() const noexcept { return m_nameSpace; }
     // Null where there is no such class.
     ClassDefinition Definition(std::wstring_view className) const;
-    // The class as the client asked for it, with amended qualifiers where its flags say so.
+    // The class as an object.
     ComPtr<IWbemClassObject> Class(std::wstring_view className) const;
     // Every class of the namespace.
     std::vector<ClassDefinition> Definitions() const;

@@ -2,7 +2,6 @@
 
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/Names.h"
 #include "standin/locator/UnsupportedServices.h"
 #include "standin/mof/Repository.h"
 #include "standin/proxy/HeldReference.h"
@@ -19,7 +18,7 @@ class CProviderNamespace : public CUnsupportedServices<>
     {
     }
 
-    STDMETHODIMP GetObject(const BSTR path, long flags, IWbemContext* context, IWbemClassObject** object,
+    STDMETHODIMP GetObject(const BSTR path, long, IWbemContext*, IWbemClassObject** object,
                            IWbemCallResult**) override
     {
         return AtComBoundary(
@@ -27,7 +26,7 @@ class CProviderNamespace : public CUnsupportedServices<>
             {
                 if (!path || !object)
                     return wmi::InvalidParameter;
-                *object = m_repository.GetClass(m_nameSpace, path, AmendedLocale(flags, context)).Detach();
+                *object = m_repository.GetClass(m_nameSpace, path).Detach();
                 return *object ? wmi::NoError : wmi::NotFound;
             });
     }

@@ -18,6 +18,12 @@ CHandle NamedEvent(const wchar_t* name)
 class CStandinFailure : public CStandinTest
 {
   protected:
+    // Those of a service that was killed: nobody is left to let them go.
+    static void KillProviders()
+    {
+        for (const DWORD id : ProcessesOf(kProviderImage))
+            KillProcess(id);
+    }
     // Calls the method that blocks until the event "Go" is set, and waits until it does.
     ComPtr<IWbemCallResult> CallBlock(const CHandle& blocked) const
     {
@@ -136,9 +142,7 @@ TEST_F(CStandinFailure, OfTheServiceIsSeenByAWaitingClient)
     EXPECT_EQ(WBEM_S_NO_ERROR, result->GetCallStatus(WBEM_INFINITE, &status));
     EXPECT_EQ(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), status);
     SetEvent(go.Get());
-    // Nobody is left to let the provider go.
-    for (const DWORD id : ProcessesOf(kProviderImage))
-        KillProcess(id);
+    KillProviders();
 }
 
 TEST_F(CStandinFailure, OfTheServiceEndsWithTheNextConnection)
@@ -147,6 +151,7 @@ TEST_F(CStandinFailure, OfTheServiceEndsWithTheNextConnection)
     ASSERT_EQ(1u, before.size());
     KillProcess(before[0]);
     ComPtr<IWbemClassObject> item;
+    KillProviders();
     EXPECT_TRUE(FAILED(Get(L"StandinTest_Item.Name=\"n1\"", item)));
     ASSERT_EQ(WBEM_S_NO_ERROR, Connect(L"root\\cimv2", nullptr, m_services));
     EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
