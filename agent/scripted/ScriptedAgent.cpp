@@ -143,13 +143,22 @@ STDMETHODIMP CScriptedAgent::EnumDiagTests(BSTR adapterKey, ULONG* count, VormTe
 
 STDMETHODIMP CScriptedAgent::RunDiagTest(BSTR adapterKey, ULONG testId)
 {
+    // Begun before the call is counted: whoever sees the count can stop the run.
+    std::unique_ptr<CRunTable::CRun> run;
+    const HRESULT begun = AtComBoundary(
+        [&]
+        {
+            run = m_runs.Begin(View(adapterKey), testId);
+            return S_OK;
+        });
+    if (FAILED(begun))
+        return begun;
     return Perform(Call::RunDiagTest, adapterKey, testId,
                    [&](CScriptPlay& play)
                    {
                        const CScriptedTest* test = play.FindTest(View(adapterKey), testId);
                        if (!test)
                            return play.FindAdapter(View(adapterKey)) ? vorl::NoSuchTest : vorl::NoSuchAdapter;
-                       const auto run = m_runs.Begin(View(adapterKey), testId);
                        if (!run)
                            return vorl::AlreadyRunning;
                        const HRESULT outcome = play.BeginRun(*test);

@@ -66,6 +66,7 @@ class ProxyAgent : public testing::Test
   public:
     static void SetUpTestSuite()
     {
+        BecomeFirstClientOfCom();
         Register();
         s_machine.emplace(CProviderMachine::Agent::Proxy);
         ASSERT_EQ(S_OK, Activate(s_keeper));

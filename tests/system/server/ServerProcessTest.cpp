@@ -126,6 +126,7 @@ class ServerLives : public testing::Test
   public:
     static void SetUpTestSuite()
     {
+        BecomeFirstClientOfCom();
         const CProviderMachine machine;
         s_first = Live(2);
         s_trace = machine.ReadFileBytes(L"ZebDiagDbg.log");

@@ -71,7 +71,6 @@ CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeT
 {
     if (!WaitUntilAllEnded())
         throw std::runtime_error("a server of an earlier test still runs");
-    BecomeFirstClientOfCom();
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     ForgetValues();
 }
