@@ -41,8 +41,7 @@ class CProviderMachine
     // Waits until the bytes of a file of the folder are as wanted; false after a minute.
     bool WaitForFile(const std::wstring& name, const std::function<bool(const std::string&)>& wanted) const;
 
-    // How long the management service holds on to the provider after the last request. For a service that is
-    // started from now on.
+    // How long the management service holds on to the provider after the last request, from now on.
     void SetIdleTime(DWORD milliseconds) const;
 
     // Waits until the provider, the management service and the agents have ended by themselves.
