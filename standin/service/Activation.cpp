@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tlhelp32.h>
 
 namespace standin
 {
@@ -14,6 +15,8 @@ namespace
 {
 // COM itself waits half a minute for a server that it has started.
 constexpr DWORD kLongestActivation = 120000;
+// How long a server may take to end.
+constexpr DWORD kLongestEnd = 60000;
 
 // COM's own service (RpcSs), which knows the local servers that run.
 //
@@ -126,6 +129,38 @@ std::wstring GuidText(REFGUID guid)
     return text;
 }
 
+// The running processes of a class's local server.
+std::vector<CHandle> ServerProcesses(REFCLSID clsid)
+{
+    wchar_t command[MAX_PATH] = {};
+    DWORD size = sizeof command;
+    const std::wstring key = L"CLSID\\" + GuidText(clsid) + L"\\LocalServer32";
+    RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, command, &size);
+    const std::wstring text = command;
+    std::vector<CHandle> processes;
+    const CFileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more;
+         more = Process32NextW(snapshot.Get(), &entry))
+        if (text.find(std::wstring(L"\\") + entry.szExeFile) != std::wstring::npos)
+            processes.emplace_back(OpenProcess(SYNCHRONIZE, FALSE, entry.th32ProcessID));
+    return processes;
+}
+
+// COM hands a client on to the server that is registered. Elsewhere it notices when that has just revoked its
+// classes; Wine's leaves it to the server, which answers E_FAIL and is about to end.
+HRESULT CreateInstance(REFCLSID clsid, REFIID riid, void** out)
+{
+    const HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, riid, out);
+    if (hr != E_FAIL)
+        return hr;
+    Count(kStartsRepeated);
+    for (const CHandle& process : ServerProcesses(clsid))
+        WaitForSingleObject(process.Get(), kLongestEnd);
+    return CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, riid, out);
+}
+
 HRESULT ActivateInProcessOfItsOwn(REFCLSID clsid, REFIID riid, CLocalServer& server)
 {
     static unsigned count = 0;
@@ -195,7 +230,7 @@ int ActivateForService(const std::vector<std::wstring>& arguments)
             if (FAILED(hr))
                 return hr;
             ComPtr<IUnknown> object;
-            hr = CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, iid, object.PutVoid());
+            hr = CreateInstance(clsid, iid, object.PutVoid());
             return FAILED(hr) ? hr : Write(iid, object.Get(), *reference.Get());
         });
 }
