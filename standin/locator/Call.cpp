@@ -3,7 +3,6 @@
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
 #include "standin/locator/ErrorObject.h"
-#include "standin/object/Bytes.h"
 
 #include <limits>
 
@@ -44,40 +43,56 @@ CCall::CCall(std::unique_ptr<CPipe> pipe, const CCallMessage& message)
     if (!m_turn)
         throw std::bad_alloc();
     if (!m_pipe->Send(Encode(message)))
-        m_outcome = kServiceFailed;
+        Take(COutcome(kServiceFailed));
 }
 
-void CCall::Take(const std::vector<BYTE>& frame)
+void CCall::Take(CAnswer answer)
 {
-    CAnswer answer = DecodeAnswer(frame);
+    const CLockScope lock(m_lock);
     if (auto* outcome = std::get_if<COutcome>(&answer))
+    {
         m_outcome = std::move(*outcome);
+        m_pipe.reset();
+    }
     else
         m_objects.push_back(std::get<ComPtr<IWbemClassObject>>(std::move(answer)));
+}
+
+// False where nothing came in time.
+bool CCall::ReadAnswer(DWORD milliseconds)
+{
+    std::vector<BYTE> frame;
+    const CPipe::Received received = m_pipe->Receive(frame, milliseconds);
+    if (received == CPipe::Received::Nothing)
+        return false;
+    const auto take = [&]
+    {
+        Take(DecodeAnswer(frame));
+        return S_OK;
+    };
+    // An answer that cannot be read does not come again: nobody may wait for it.
+    if (received == CPipe::Received::TheEnd || FAILED(AtComBoundary(take)))
+        Take(COutcome(kServiceFailed));
+    return true;
+}
+
+bool CCall::Has(size_t count)
+{
+    const CLockScope lock(m_lock);
+    return m_outcome || m_objects.size() >= count;
 }
 
 bool CCall::Wait(size_t count, long timeout)
 {
     const CDeadline deadline(timeout < 0 ? INFINITE : static_cast<DWORD>(timeout));
-    const CTurn turn(*this, deadline.Left());
-    if (!turn.Mine())
-        return false;
-    std::vector<BYTE> frame;
     while (!Has(count))
     {
-        switch (m_pipe->Receive(frame, deadline.Left()))
-        {
-        case CPipe::Received::Frame:
-            Take(frame);
-            break;
-        case CPipe::Received::Nothing:
+        const CTurn turn(*this, deadline.Left());
+        if (!turn.Mine())
             return false;
-        case CPipe::Received::TheEnd:
-            m_outcome = kServiceFailed;
-        }
+        if (!Has(count) && !ReadAnswer(deadline.Left()))
+            return false;
     }
-    if (m_outcome)
-        m_pipe.reset();
     return true;
 }
 
@@ -86,9 +101,14 @@ bool CCall::WaitForEnd(long timeout)
     return Wait(kNever, timeout);
 }
 
+bool CCall::HasEnded()
+{
+    return Has(kNever);
+}
+
 HRESULT CCall::Result()
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     if (m_outcome->Failed() && m_outcome->Status)
         SetErrorObject(m_outcome->Status);
     return m_outcome->Result;
@@ -96,31 +116,31 @@ HRESULT CCall::Result()
 
 CBstr CCall::Text()
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     return m_outcome->Text;
 }
 
 ComPtr<IWbemClassObject> CCall::Object()
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     return m_outcome->Object;
 }
 
 size_t CCall::Count()
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     return m_objects.size();
 }
 
 ComPtr<IWbemClassObject> CCall::ObjectAt(size_t index)
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     return m_objects[index];
 }
 
 ComPtr<IWbemClassObject> CCall::TakeObject(size_t index)
 {
-    const CTurn turn(*this, INFINITE);
+    const CLockScope lock(m_lock);
     return std::move(m_objects[index]);
 }
 

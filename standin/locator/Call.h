@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Common/src/com/ComObject.h"
+#include "Common/src/com/CriticalSection.h"
 #include "standin/pipe/Messages.h"
 #include "standin/pipe/Pipe.h"
 
@@ -23,9 +24,11 @@ class CCall
     CCall(std::unique_ptr<CPipe> pipe, const CCallMessage& message);
 
     // Waits until `count` objects are there or the call has ended; false where the time (milliseconds or
-    // kForever) passed first.
+    // kForever) passed first. Who waits for little is not kept by who waits for more.
     bool Wait(size_t count, long timeout);
     bool WaitForEnd(long timeout);
+
+    bool HasEnded();
 
     // What a call that has ended brought; its failure becomes the error object of the calling thread.
     HRESULT Result();
@@ -42,11 +45,13 @@ class CCall
   private:
     class CTurn;
 
-    bool Has(size_t count) const { return m_outcome || m_objects.size() >= count; }
-    void Take(const std::vector<BYTE>& frame);
+    bool Has(size_t count);
+    bool ReadAnswer(DWORD milliseconds);
+    void Take(CAnswer answer);
 
-    const CHandle m_turn; // one thread at a time reads the pipe, and looks at what has come
-    std::unique_ptr<CPipe> m_pipe;
+    const CHandle m_turn;          // one thread at a time reads the pipe
+    std::unique_ptr<CPipe> m_pipe; // null once the call has ended
+    CCriticalSection m_lock;       // for what has come
     std::vector<ComPtr<IWbemClassObject>> m_objects;
     std::optional<COutcome> m_outcome;
 };

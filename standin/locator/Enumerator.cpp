@@ -18,15 +18,14 @@ STDMETHODIMP CEnumerator::Reset()
     return wmi::NoError;
 }
 
-HRESULT CEnumerator::Read(long timeout, ULONG count, std::vector<ComPtr<IWbemClassObject>>& objects)
+size_t CEnumerator::Position()
 {
-    size_t wanted = 0;
-    {
-        const CLockScope lock(m_lock);
-        wanted = m_position + count;
-    }
-    const bool timely = m_call->Wait(wanted, timeout);
+    const CLockScope lock(m_lock);
+    return m_position;
+}
 
+HRESULT CEnumerator::TakeWhatIsThere(ULONG count, Objects& objects)
+{
     const CLockScope lock(m_lock);
     for (const size_t available = m_call->Count(); m_position < available && objects.size() < count;
          ++m_position)
@@ -39,12 +38,30 @@ HRESULT CEnumerator::Read(long timeout, ULONG count, std::vector<ComPtr<IWbemCla
             return cloned;
         objects.push_back(std::move(object));
     }
-    if (objects.size() == count)
-        return wmi::NoError;
-    if (!timely)
-        return WBEM_S_TIMEDOUT;
-    const HRESULT result = m_call->Result();
-    return FAILED(result) ? result : S_FALSE;
+    return wmi::NoError;
+}
+
+HRESULT CEnumerator::Read(long timeout, ULONG count, Objects& objects)
+{
+    const CDeadline deadline(timeout < 0 ? INFINITE : static_cast<DWORD>(timeout));
+    // Another thread may take what this one has waited for, which then waits again.
+    for (;;)
+    {
+        const bool timely = m_call->Wait(Position() + count - objects.size(),
+                                         timeout < 0 ? kForever : static_cast<long>(deadline.Left()));
+        const bool ended = m_call->HasEnded();
+        if (const HRESULT taken = TakeWhatIsThere(count, objects); FAILED(taken))
+            return taken;
+        if (objects.size() == count)
+            return wmi::NoError;
+        if (ended)
+        {
+            const HRESULT result = m_call->Result();
+            return FAILED(result) ? result : S_FALSE;
+        }
+        if (!timely)
+            return WBEM_S_TIMEDOUT;
+    }
 }
 
 STDMETHODIMP CEnumerator::Next(long timeout, ULONG count, IWbemClassObject** objects, ULONG* returned)
@@ -57,7 +74,7 @@ STDMETHODIMP CEnumerator::Next(long timeout, ULONG count, IWbemClassObject** obj
             *returned = 0;
             std::fill_n(objects, count, nullptr);
             ClearErrorObject();
-            std::vector<ComPtr<IWbemClassObject>> read;
+            Objects read;
             const HRESULT result = Read(timeout, count, read);
             for (ComPtr<IWbemClassObject>& object : read)
                 objects[(*returned)++] = object.Detach();
@@ -95,7 +112,7 @@ STDMETHODIMP CEnumerator::Skip(long timeout, ULONG count)
             if (timeout < kForever || count == 0)
                 return wmi::InvalidParameter;
             ClearErrorObject();
-            std::vector<ComPtr<IWbemClassObject>> skipped;
+            Objects skipped;
             return Read(timeout, count, skipped);
         });
 }

@@ -23,7 +23,10 @@ class CEnumerator : public CSecuredObject<IEnumWbemClassObject>
     STDMETHODIMP Skip(long timeout, ULONG count) override;
 
   private:
-    HRESULT Read(long timeout, ULONG count, std::vector<ComPtr<IWbemClassObject>>& objects);
+    using Objects = std::vector<ComPtr<IWbemClassObject>>;
+    HRESULT Read(long timeout, ULONG count, Objects& objects);
+    HRESULT TakeWhatIsThere(ULONG count, Objects& objects);
+    size_t Position();
 
     const std::shared_ptr<CCall> m_call;
     const bool m_forwardOnly;

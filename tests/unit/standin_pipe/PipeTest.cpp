@@ -1,9 +1,7 @@
 // Frames through a pipe whose both ends are in this process.
-#include "standin/pipe/Pipe.h"
+#include "tests/unit/standin_pipe/PipeEnds.h"
 
 #include <gtest/gtest.h>
-#include <memory>
-#include <string>
 #include <thread>
 
 namespace
@@ -17,15 +15,10 @@ class Pipe : public testing::Test
   protected:
     void SetUp() override
     {
-        const std::wstring name = L"\\\\.\\pipe\\WMI stand-in test " + std::to_wstring(GetCurrentProcessId());
-        CFileHandle server(CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                                            PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr));
-        CFileHandle client(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                       FILE_FLAG_OVERLAPPED, nullptr));
-        ASSERT_TRUE(server);
-        ASSERT_TRUE(client);
-        m_server = std::make_unique<CPipe>(std::move(server));
-        m_client = std::make_unique<CPipe>(std::move(client));
+        CPipeEnds ends = MakePipe();
+        ASSERT_TRUE(ends.Client);
+        m_server = std::move(ends.Server);
+        m_client = std::move(ends.Client);
     }
 
     std::unique_ptr<CPipe> m_server;
@@ -104,5 +97,6 @@ TEST(Deadline, LeavesWhatItWasGivenAndNothingAfterwards)
     EXPECT_EQ(standin::CDeadline(INFINITE).Left(), INFINITE);
     EXPECT_EQ(standin::CDeadline(0).Left(), 0u);
     EXPECT_LE(standin::CDeadline(5000).Left(), 5000u);
+    EXPECT_GT(standin::CDeadline(INFINITE - 1).Left(), 0u);
 }
 } // namespace
