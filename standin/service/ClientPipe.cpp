@@ -33,18 +33,19 @@ DWORD WINAPI RunWork(void* context)
     return 0;
 }
 
-// Starts the work on a thread of its own, inside the multithreaded apartment; where the system has no thread
-// left, it runs at once on this one. An exception ends it quietly.
+// Starts the work on a thread of its own, inside the multithreaded apartment. An exception ends it quietly.
+// Throws std::bad_alloc where the system has no thread left: nothing may run on the caller's, which is the
+// listener or watches a client.
 //
 // Not the system's thread pool: incoming COM calls run there too, and under Wine a call may then wait for a
 // request that takes as long as a diagnostic does.
 void RunOnWorker(std::function<void()> work)
 {
     auto owned = std::make_unique<std::function<void()>>(std::move(work));
-    if (const CHandle thread(CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr)); thread)
-        owned.release();
-    else
-        (*owned)();
+    const CHandle thread(CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr));
+    if (!thread)
+        throw std::bad_alloc();
+    owned.release();
 }
 
 // What the provider is to see: the client's context, completed by the locale of the connection.
@@ -94,10 +95,11 @@ bool SendAnswers(CPipe& pipe, CRequest& request)
 void ServeCall(CService& service, CPipe& pipe, CCallMessage call)
 {
     auto request = std::make_shared<CRequest>(call.Flags, WithLocale(call.Context, call.Locale));
+    // Taken here: the client may be gone before the thread has begun.
+    auto use = std::make_shared<CServiceLife::CUse>(service.Life());
     RunOnWorker(
-        [&service, request, call = std::move(call)]
+        [&service, request, use = std::move(use), call = std::move(call)]
         {
-            const CServiceLife::CUse use(service.Life());
             COutcome outcome;
             const HRESULT ran = AtComBoundary(
                 [&]

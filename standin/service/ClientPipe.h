@@ -11,6 +11,6 @@ namespace standin
 class CService;
 
 // Reads what the client wants, does it on threads of its own, and sends the answers; returns at once. `use`
-// keeps the service up meanwhile.
+// keeps the service up meanwhile. Throws std::bad_alloc.
 void ServePipe(CService& service, CServiceLife::CUse use, std::unique_ptr<CPipe> pipe);
 } // namespace standin

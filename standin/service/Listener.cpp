@@ -52,7 +52,13 @@ void CListener::Listen()
         CServiceLife::CUse use(m_service.Life());
         // The next client finds no end that is free until this has made one, and waits for it.
         CFileHandle next = NewEnd();
-        ServePipe(m_service, std::move(use), std::make_unique<CPipe>(std::move(m_end)));
+        // A client that cannot be served finds its pipe closed; the next one may have better luck.
+        AtComBoundary(
+            [&]
+            {
+                ServePipe(m_service, std::move(use), std::make_unique<CPipe>(std::move(m_end)));
+                return S_OK;
+            });
         m_end = std::move(next);
     }
     m_end.Reset();
