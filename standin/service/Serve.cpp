@@ -15,6 +15,8 @@ namespace standin
 {
 namespace
 {
+// A service holds this mutex as long as its process lives.
+constexpr wchar_t kServing[] = L"WMI stand-in: the service runs";
 // How long the first client may take to arrive.
 constexpr DWORD kFirstClient = 30000;
 // How often to look for providers that nobody uses.
@@ -32,9 +34,8 @@ void TellThatItListens()
 }
 
 // Returns, with the mutex of those who connect held, when nothing is used any more.
-void WaitUntilIdle(CService& service)
+void WaitUntilIdle(CService& service, const CHandle& connecting)
 {
-    const CHandle connecting(CreateMutexW(nullptr, FALSE, kConnecting));
     const CDeadline firstClient(kFirstClient);
     bool used = false;
     for (;;)
@@ -46,7 +47,8 @@ void WaitUntilIdle(CService& service)
         const bool quiet = GetTickCount64() - service.Life().LastChange() >= idleTime;
         if (!used || !providersGone || !quiet || WaitForSingleObject(connecting.Get(), 0) == WAIT_TIMEOUT)
             continue;
-        if (service.Life().Uses() == 0)
+        // Nobody can come now, but somebody may have come and gone since, and have left a provider.
+        if (service.Life().Uses() == 0 && service.Providers().DropIdle(idleTime))
             return;
         ReleaseMutex(connecting.Get());
     }
@@ -55,10 +57,15 @@ void WaitUntilIdle(CService& service)
 
 int Serve()
 {
+    // Both are held until the process has ended: nobody meets a service that ends, nor starts one beside it.
+    const CHandle connecting(CreateMutexW(nullptr, FALSE, kConnecting));
+    const CHandle serving(CreateMutexW(nullptr, FALSE, kServing));
+    if (WaitForSingleObject(serving.Get(), 0) == WAIT_TIMEOUT)
+        return 1;
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)))
         return 1;
     const HRESULT served = AtComBoundary(
-        []() -> HRESULT
+        [&]() -> HRESULT
         {
             // By-value objects are unmarshalled here without a DLL.
             const CUnmarshalRegistration unmarshal;
@@ -68,7 +75,7 @@ int Serve()
             HoldStubs({__uuidof(IWbemServices), __uuidof(IWbemObjectSink), __uuidof(IWbemProviderInitSink)});
             CListener listener(service);
             TellThatItListens();
-            WaitUntilIdle(service);
+            WaitUntilIdle(service, connecting);
             // The last thing to go before those who connect may look for a service again.
             listener.Stop();
             return S_OK;

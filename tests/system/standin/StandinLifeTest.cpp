@@ -65,6 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
         ConnectCase{"Elsewhere", L"\\\\elsewhere\\root\\cimv2", nullptr, nullptr, 0, kUnreachable},
         ConnectCase{"User", L"root\\cimv2", L"somebody", nullptr, 0,
                     static_cast<HRESULT>(WBEM_E_LOCAL_CREDENTIALS)},
+        ConnectCase{"EmptyUser", L"root\\cimv2", L"", nullptr, 0, WBEM_S_NO_ERROR},
         ConnectCase{"Locale", L"root\\cimv2", nullptr, L"english", 0, wmi::InvalidParameter},
         ConnectCase{"Flags", L"root\\cimv2", nullptr, nullptr, 1, wmi::InvalidParameter}),
     NameOf<ConnectCase>);
@@ -113,6 +114,13 @@ TEST_F(CStandinLife, ServesManyRequestsAtOnceThroughOneProvider)
     EXPECT_EQ(40, good);
     EXPECT_EQ(1u, ProcessesOf(L"WmiStandin.exe").size());
     EXPECT_EQ(1u, ProcessesOf(L"StandinTestProvider.exe").size());
+}
+
+TEST_F(CStandinLife, EndsASecondServiceAtOnce)
+{
+    const std::vector<DWORD> service = ProcessesOf(L"WmiStandin.exe");
+    EXPECT_EQ(1u, RunProgram(L"\"" + BinFolder() + L"WmiStandin.exe\" /serve").ExitCode);
+    EXPECT_EQ(service, ProcessesOf(L"WmiStandin.exe"));
 }
 
 TEST_F(CStandinLife, KeepsTheProviderBetweenRequestsAndLetsItGoInTheEnd)
