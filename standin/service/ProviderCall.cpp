@@ -88,18 +88,20 @@ std::optional<COutcome> CProviderSink::Close()
 class CProviderScope
 {
   public:
-    CProviderScope(CRequest& request, const ComPtr<IWbemServices>& provider,
-                   const ComPtr<CProviderSink>& sink)
-        : m_request(request)
+    CProviderScope(CRequest& request, const ProviderReference& provider, const ComPtr<CProviderSink>& sink)
+        : m_request(request), m_entered(m_request.EnterProvider(provider, sink))
     {
-        m_request.EnterProvider(provider, sink);
     }
     ~CProviderScope() { m_request.LeaveProvider(); }
     CProviderScope(const CProviderScope&) = delete;
     CProviderScope& operator=(const CProviderScope&) = delete;
 
+    // False where the request has been cancelled.
+    bool Entered() const noexcept { return m_entered; }
+
   private:
     CRequest& m_request;
+    const bool m_entered;
 };
 
 // Waits for the status of a call that the provider has taken on; gives the result where none comes.
@@ -130,8 +132,8 @@ COutcome CallProvider(CProviderPool& pool, const std::wstring& nameSpace,
     const ComPtr<CProviderSink> sink = MakeCom<CProviderSink>(std::move(consume));
     HRESULT result = wmi::NoError;
     {
-        const CProviderScope scope(request, provider->Services, sink);
-        result = start(*provider->Services, sink.Get());
+        const CProviderScope scope(request, provider, sink);
+        result = scope.Entered() ? start(*provider->Services, sink.Get()) : wmi::CallCancelled;
         if (SUCCEEDED(result))
             result = AwaitStatus(*provider, *sink, request);
     }

@@ -37,7 +37,7 @@ std::vector<CAnswer> CRequest::TakeAnswers()
 void CRequest::Cancel()
 {
     SetEvent(m_cancelled.Get());
-    ComPtr<IWbemServices> provider;
+    ProviderReference provider;
     ComPtr<IWbemObjectSink> sink;
     {
         const CLockScope lock(m_lock);
@@ -47,18 +47,23 @@ void CRequest::Cancel()
     }
     // Providers need not support it: whatever they go on to send is refused.
     if (provider)
-        provider->CancelAsyncCall(sink.Get());
+        provider->Services->CancelAsyncCall(sink.Get());
 }
 
-void CRequest::EnterProvider(ComPtr<IWbemServices> provider, ComPtr<IWbemObjectSink> sink)
+bool CRequest::EnterProvider(ProviderReference provider, ComPtr<IWbemObjectSink> sink)
 {
     const CLockScope lock(m_lock);
+    if (m_unwanted)
+        return false;
     m_provider = std::move(provider);
     m_providerSink = std::move(sink);
+    return true;
 }
 
 void CRequest::LeaveProvider()
 {
-    EnterProvider(nullptr, nullptr);
+    const CLockScope lock(m_lock);
+    m_provider.reset();
+    m_providerSink.Reset();
 }
 } // namespace standin

@@ -5,6 +5,7 @@
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
 #include "standin/pipe/Messages.h"
+#include "standin/service/ProviderPool.h"
 
 namespace standin
 {
@@ -29,8 +30,9 @@ class CRequest
     void Cancel();
     HANDLE Cancelled() const noexcept { return m_cancelled.Get(); }
 
-    // The call to a provider that is under way, so that it can be cancelled.
-    void EnterProvider(ComPtr<IWbemServices> provider, ComPtr<IWbemObjectSink> sink);
+    // The call to a provider that is under way, so that it can be cancelled; false where the request has been
+    // cancelled, and nothing is to be asked of a provider any more.
+    bool EnterProvider(ProviderReference provider, ComPtr<IWbemObjectSink> sink);
     void LeaveProvider();
 
   private:
@@ -41,7 +43,7 @@ class CRequest
     CCriticalSection m_lock;
     std::vector<CAnswer> m_answers;
     bool m_unwanted = false;
-    ComPtr<IWbemServices> m_provider;
+    ProviderReference m_provider;
     ComPtr<IWbemObjectSink> m_providerSink;
 };
 } // namespace standin
