@@ -11,17 +11,6 @@ enum class AnswerKind : uint8_t
     Object,
     Outcome
 };
-
-void WriteCounted(CByteWriter& writer, const std::vector<BYTE>& bytes)
-{
-    writer.Number(static_cast<uint32_t>(bytes.size()));
-    writer.Raw(bytes.data(), bytes.size());
-}
-
-std::span<const BYTE> ReadCounted(CByteReader& reader)
-{
-    return reader.Raw(reader.Number<uint32_t>());
-}
 } // namespace
 
 std::vector<BYTE> Encode(const CCallMessage& message)
@@ -35,8 +24,8 @@ std::vector<BYTE> Encode(const CCallMessage& message)
     writer.Number(static_cast<int32_t>(message.Flags));
     writer.Text(message.Subject);
     writer.Text(message.Detail);
-    WriteCounted(writer, BytesOf(message.Context.Get()));
-    WriteCounted(writer, BytesOf(message.Object.Get()));
+    writer.Block(BytesOf(message.Context.Get()));
+    writer.Block(BytesOf(message.Object.Get()));
     return bytes;
 }
 
@@ -51,8 +40,8 @@ CCallMessage DecodeCall(std::span<const BYTE> bytes)
     message.Flags = reader.Number<int32_t>();
     message.Subject = reader.Text();
     message.Detail = reader.Text();
-    message.Context = ContextFrom(ReadCounted(reader));
-    message.Object = ObjectFrom(ReadCounted(reader));
+    message.Context = ContextFrom(reader.Block());
+    message.Object = ObjectFrom(reader.Block());
     return message;
 }
 
@@ -63,7 +52,7 @@ std::vector<BYTE> Encode(const CAnswer& answer)
     if (const auto* object = std::get_if<ComPtr<IWbemClassObject>>(&answer))
     {
         writer.Number(AnswerKind::Object);
-        WriteCounted(writer, BytesOf(object->Get()));
+        writer.Block(BytesOf(object->Get()));
         return bytes;
     }
     const COutcome& outcome = std::get<COutcome>(answer);
@@ -71,8 +60,8 @@ std::vector<BYTE> Encode(const CAnswer& answer)
     writer.Number(static_cast<int32_t>(outcome.Result));
     writer.Number(static_cast<uint8_t>(outcome.Text ? 1 : 0));
     writer.Text(outcome.Text.View());
-    WriteCounted(writer, BytesOf(outcome.Status.Get()));
-    WriteCounted(writer, BytesOf(outcome.Object.Get()));
+    writer.Block(BytesOf(outcome.Status.Get()));
+    writer.Block(BytesOf(outcome.Object.Get()));
     return bytes;
 }
 
@@ -80,14 +69,14 @@ CAnswer DecodeAnswer(std::span<const BYTE> bytes)
 {
     CByteReader reader(bytes, kMaxNesting);
     if (reader.Number<AnswerKind>() == AnswerKind::Object)
-        return ObjectFrom(ReadCounted(reader));
+        return ObjectFrom(reader.Block());
     COutcome outcome(reader.Number<int32_t>());
     const bool hasText = reader.Number<uint8_t>() != 0;
     const std::wstring text = reader.Text();
     if (hasText)
         outcome.Text = CBstr(std::wstring_view(text));
-    outcome.Status = ObjectFrom(ReadCounted(reader));
-    outcome.Object = ObjectFrom(ReadCounted(reader));
+    outcome.Status = ObjectFrom(reader.Block());
+    outcome.Object = ObjectFrom(reader.Block());
     return outcome;
 }
 } // namespace standin

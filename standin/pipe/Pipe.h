@@ -48,7 +48,7 @@ class CPipe
     // A wait that ends without a frame loses nothing: the next one goes on.
     Received Receive(std::vector<BYTE>& frame, DWORD milliseconds);
 
-    // Set when Receive has something to tell.
+    // Set when bytes have come that no Receive has read yet, or when the other end is gone.
     HANDLE Incoming();
 
   private:
