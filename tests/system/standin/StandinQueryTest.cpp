@@ -37,6 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
                     QueryCase{"Big", ITEMS L"Big >= 10000000000", {L"n2", L"n3"}},
                     QueryCase{"Boolean", ITEMS L"Even = TRUE", {L"n2"}},
                     QueryCase{"BooleanFalse", ITEMS L"Even = false", {L"n1", L"n3"}},
+                    QueryCase{"And", ITEMS L"Number = 1 and Name <> 'n2'", {L"n1"}},
                     QueryCase{"NullMeetsNoComparison", ITEMS L"Text <> 'x'", {}},
                     QueryCase{"Empty", L"select * from StandinTest_Nobodys", {}},
                     QueryCase{"Class", ITEMS L"__CLASS = 'StandinTest_Item' and Number = 1", {L"n1"}}),

@@ -52,6 +52,7 @@ class CTestProvider : public standin::CUnsupportedServices<>, public IWbemProvid
         return WBEM_S_NO_ERROR;
     }
 
+    STDMETHODIMP CancelAsyncCall(IWbemObjectSink* sink) override;
     STDMETHODIMP GetObjectAsync(const BSTR path, long flags, IWbemContext* context,
                                 IWbemObjectSink* sink) override;
     STDMETHODIMP CreateInstanceEnumAsync(const BSTR className, long flags, IWbemContext* context,
@@ -166,6 +167,12 @@ HRESULT CTestProvider::SendLinks(const wchar_t* className, const wchar_t* from, 
         hr = Send(sink, link);
     }
     return hr;
+}
+
+STDMETHODIMP CTestProvider::CancelAsyncCall(IWbemObjectSink*)
+{
+    Signal(kCancelledEvent);
+    return WBEM_S_NO_ERROR;
 }
 
 STDMETHODIMP CTestProvider::GetObjectAsync(const BSTR path, long, IWbemContext* context,

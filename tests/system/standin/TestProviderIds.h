@@ -12,6 +12,8 @@ inline constexpr CLSID kBrokenProvider = {
 inline constexpr wchar_t kStartedEvent[] = L"StandinTest.Started";
 // Set by the provider when a client of the endless class has lost interest.
 inline constexpr wchar_t kStoppedEvent[] = L"StandinTest.Stopped";
+// Set by the provider when it is told that a client wants no more of a call.
+inline constexpr wchar_t kCancelledEvent[] = L"StandinTest.Cancelled";
 // Set by the provider while the method Block waits; set by a test to let it go on.
 inline constexpr wchar_t kBlockedEvent[] = L"StandinTest.Blocked";
 inline constexpr wchar_t kGoEvent[] = L"StandinTest.Go";
