@@ -119,6 +119,22 @@ TEST_F(CStandinFailure, OfADyingProviderEndsTheRequestOnly)
     EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
 }
 
+TEST_F(CStandinFailure, OfAProviderThatOwesAStatusEndsTheRequest)
+{
+    const CHandle asked = NamedEvent(kBlockedEvent);
+    ComPtr<IWbemCallResult> result;
+    ASSERT_EQ(WBEM_S_NO_ERROR,
+              m_services->GetObject(CBstr(L"StandinTest_Item.Name=\"never answers\"").Get(),
+                                    WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, nullptr, result.Put()));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(asked.Get(), 60000));
+    ComPtr<IWbemClassObject> item;
+    ASSERT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+    KillProviders();
+    LONG status = 0;
+    EXPECT_EQ(WBEM_S_NO_ERROR, result->GetCallStatus(60000, &status));
+    EXPECT_EQ(wmi::ProviderFailure, status);
+}
+
 TEST_F(CStandinFailure, OfAProviderBetweenRequestsGoesUnnoticed)
 {
     ComPtr<IWbemClassObject> item;

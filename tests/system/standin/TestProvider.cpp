@@ -212,6 +212,11 @@ STDMETHODIMP CTestProvider::GetObjectAsync(const BSTR path, long, IWbemContext* 
                 std::thread(Die).detach();
                 return WBEM_S_NO_ERROR;
             }
+            if (name == L"never answers")
+            {
+                Signal(kBlockedEvent);
+                return WBEM_S_NO_ERROR;
+            }
             if (name == L"says nothing")
                 return End(sink, WBEM_S_NO_ERROR);
             if (name == L"context")

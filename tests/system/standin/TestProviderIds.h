@@ -14,7 +14,8 @@ inline constexpr wchar_t kStartedEvent[] = L"StandinTest.Started";
 inline constexpr wchar_t kStoppedEvent[] = L"StandinTest.Stopped";
 // Set by the provider when it is told that a client wants no more of a call.
 inline constexpr wchar_t kCancelledEvent[] = L"StandinTest.Cancelled";
-// Set by the provider while the method Block waits; set by a test to let it go on.
+// Set by the provider while the method Block waits, and when it is asked for what it never answers; set by a
+// test to let it go on.
 inline constexpr wchar_t kBlockedEvent[] = L"StandinTest.Blocked";
 inline constexpr wchar_t kGoEvent[] = L"StandinTest.Go";
 
