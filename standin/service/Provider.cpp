@@ -78,6 +78,9 @@ HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstri
         Count(kStartsRepeated);
         hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
     }
-    return SUCCEEDED(hr) ? wmi::NoError : wmi::ProviderLoadFailure;
+    if (SUCCEEDED(hr))
+        return wmi::NoError;
+    NoteStartFailure(hr);
+    return wmi::ProviderLoadFailure;
 }
 } // namespace standin

@@ -60,6 +60,11 @@ DWORD ReadIdleTime()
     return ReadNumber(kIdleTime, kDefaultIdleTime);
 }
 
+void NoteStartFailure(HRESULT hr)
+{
+    WriteValue(L"LastStartFailure", REG_DWORD, &hr, sizeof hr);
+}
+
 void Count(const wchar_t* name)
 {
     const DWORD count = ReadNumber(name, 0) + 1;

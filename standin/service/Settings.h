@@ -20,4 +20,6 @@ DWORD ReadIdleTime();
 inline constexpr wchar_t kStartsRepeated[] = L"StartsRepeated";
 inline constexpr wchar_t kDeadServersForgotten[] = L"DeadServersForgotten";
 void Count(const wchar_t* name);
+// Why the last provider that did not start failed: the value "LastStartFailure".
+void NoteStartFailure(HRESULT hr);
 } // namespace standin
