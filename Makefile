@@ -30,7 +30,7 @@ bench:
 soak:
 	@scripts/install-packages
 	@scripts/build all "everything and its tests"
-	@scripts/soak --rounds $(ROUNDS)
+	@scripts/soak --rounds "$(ROUNDS)"
 
 build:
 	@scripts/install-packages
