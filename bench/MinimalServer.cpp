@@ -5,7 +5,7 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/StubHold.h"
 #include "bench/MinimalServerIds.h"
-#include "standin/service/UnsupportedServices.h"
+#include "standin/locator/UnsupportedServices.h"
 
 #include <objbase.h>
 #include <vector>
@@ -18,7 +18,7 @@ CHandle& Ended()
     return ended;
 }
 
-class CMinimalServices final : public standin::CUnsupportedServices
+class CMinimalServices final : public standin::CUnsupportedServices<>
 {
   public:
     // One more object of which every later enumeration consists. Keeping the sink keeps the connection to the

@@ -11,7 +11,7 @@ class CServedProvider
 {
   public:
     explicit CServedProvider(size_t tests);
-    // Lets the provider go and waits for the end of its process.
+    // Lets the provider go and ends its process.
     ~CServedProvider() = default;
     CServedProvider(const CServedProvider&) = delete;
     CServedProvider& operator=(const CServedProvider&) = delete;
