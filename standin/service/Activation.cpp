@@ -17,6 +17,8 @@ namespace
 constexpr DWORD kLongestActivation = 120000;
 // How long a server may take to end.
 constexpr DWORD kLongestEnd = 60000;
+// How long COM's service may take to stop.
+constexpr DWORD kLongestStop = 10000;
 
 // COM's own service (RpcSs), which knows the local servers that run.
 //
@@ -24,9 +26,6 @@ constexpr DWORD kLongestEnd = 60000;
 // activation of the class with that dead process. To restart the service is the only way to make it forget. A
 // process that has used it before that cannot use the new one: its connections name a group that the new one
 // does not know, and are refused.
-// How long it may take to stop.
-constexpr DWORD kLongestStop = 10000;
-
 CServiceHandle OpenComService(DWORD access) noexcept
 {
     const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
