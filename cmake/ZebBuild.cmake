@@ -41,7 +41,7 @@ add_library(zeb_precompiled STATIC "${CMAKE_BINARY_DIR}/Precompiled.cpp")
 target_precompile_headers(zeb_precompiled PRIVATE ${ZEB_SYSTEM_HEADERS})
 target_link_libraries(zeb_precompiled PRIVATE zeb_warnings)
 
-# Several sources are compiled as one, which saves more than half of the time. Those that cannot stand beside
+# Several sources are compiled as one, which saves about half of the time. Those that cannot stand beside
 # others, because both name something alike, are listed as ALONE.
 function(zeb_compile_alone)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
