@@ -14,8 +14,9 @@ const standin::CRepository& Repository()
     {
         auto* const filled = new standin::CRepository(L"BENCH");
         for (const char* file :
-             {"standin/mof/system.mof", "standin/mof/cimv2.mof", "resources/mof/zebdiag.mof"})
-            filled->CompileFile(WidenUtf8(std::string(ZEB_SOURCE_DIR) + "/" + file));
+             {ZEB_SOURCE_DIR "/standin/mof/system.mof", ZEB_SOURCE_DIR "/standin/mof/cimv2.mof",
+              ZEB_SOURCE_DIR "/resources/mof/zebdiag.mof"})
+            filled->CompileFile(WidenUtf8(file));
         return filled;
     }();
     return repository;
