@@ -35,6 +35,9 @@ constexpr CHandlerRow kHandlers[] = {
      "CProviderImp::ClassesInit:Failed to create CTolva_DiagSettingTestAssoc"},
 };
 
+// The language that there are always libraries for.
+constexpr LCID kEnglish = 0x409;
+
 struct CResourceRow
 {
     const char* baseName;
@@ -168,8 +171,14 @@ HRESULT CProviderImp::ClassesInit(LCID locale)
 void CProviderImp::LoadResources(LCID locale)
 {
     for (const CResourceRow& row : kResources)
-        if (const HRESULT hr = m_resources.LoadResourceDll(locale, row.baseName, true); FAILED(hr))
+    {
+        HMODULE library = nullptr;
+        if (const HRESULT hr = m_resources.LoadResourceDll(locale, row.baseName, true, &library); FAILED(hr))
             ZebDebug().Write(row.failure, hr);
+        // Where the system's language has no library, English stands in for it.
+        if (!library)
+            m_resources.LoadResourceDll(kEnglish, row.baseName, true);
+    }
 }
 
 bool CProviderImp::CheckForMicrosoftKeys(IWbemServices* services, IWbemContext* context)

@@ -1,14 +1,28 @@
 #include "standin/object/Objects.h"
+#include "tests/support/ImportHook.h"
 #include "tests/unit/provider/ProviderTest.h"
 
 #include <algorithm>
+
+ZEB_HOOKED_IMPORT("kernel32.dll", GetSystemDefaultLCID)
 
 namespace
 {
 using Method = CFakeAgent::Method;
 
+LCID g_systemLocale = 0x409;
+LCID WINAPI SystemLocale()
+{
+    return g_systemLocale;
+}
+
 class InitializeTest : public ProviderTest
 {
+  protected:
+    ~InitializeTest() override { g_systemLocale = 0x409; }
+
+  private:
+    const CImportHook<decltype(__imp_GetSystemDefaultLCID)> m_hook{__imp_GetSystemDefaultLCID, &SystemLocale};
 };
 
 // The lines that are looked for, in the order in which they were written.
@@ -45,6 +59,20 @@ TEST_F(InitializeTest, ReportsInitialized)
     expected.insert(expected.end() - 1, "{ --> CWomSecurity::OutputSecurityDebug");
     EXPECT_EQ(seen, expected);
     EXPECT_FALSE(trace.Has("CoImpersonateClient")) << "initialisation does not impersonate";
+}
+
+TEST_F(InitializeTest, EnglishStandsInForALanguageWithoutLibraries)
+{
+    g_systemLocale = 0x40C;
+    const CTraceCapture trace;
+    EXPECT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED);
+    const std::vector<std::string> steps = {
+        "FRA_NWR.dll", "ENU_NWR.dll", "FRA_8023.dll",        "ENU_8023.dll",
+        "FRADiag.dll", "ENUDiag.dll", "Sending INITIALIZED",
+    };
+    std::vector<std::string> seen = InOrder(trace, steps);
+    seen.erase(std::unique(seen.begin(), seen.end()), seen.end());
+    EXPECT_EQ(seen, steps);
 }
 
 TEST_F(InitializeTest, SecondCallReportsInitializedAndCreatesNothing)

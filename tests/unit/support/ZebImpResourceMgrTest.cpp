@@ -266,6 +266,9 @@ TEST_F(ResourceSearchTest, TheFirstDefaultStays)
 
 TEST_F(ResourceSearchTest, LocaleZeroEightHundredUsesTheSystemsLoader)
 {
+    char language[9] = {}; // the system's own
+    ASSERT_NE(0, GetLocaleInfoA(0x0800, LOCALE_SABBREVLANGNAME, language, sizeof language));
+    File = language + BaseName + ".dll";
     SetAllFolders();
     Install(Common + File);
     EXPECT_EQ(kText, Lookup(0x0800));
