@@ -9,10 +9,13 @@ export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,explorer.exe=d'
 unset DISPLAY
 
 # Keeps the prefix's Wine server up until the calling script stops it: a server that is just ending turns away
-# the program that starts next. Call it only where the prefix has been made. The second program waits until Wine's
-# own services run; they keep the error output of whoever has started them, which must not be a pipe that
-# somebody reads to its end.
+# the program that starts next, and two programs that both have to start one fall over each other's temporary
+# folder. So the server comes first, then a program that stays, and then one that waits until Wine's own services
+# run. They keep the error output of whoever has started them, which must not be a pipe that somebody reads to its
+# end. Ends what runs in the prefix first, and is to be called only where that has been made.
 hold_wine() {
+  stop_wine
+  wineserver -p </dev/null >/dev/null 2>&1
   exec {wine_hold}> >(exec wine cmd.exe /q >/dev/null 2>&1)
   wine cmd.exe /c exit </dev/null >/dev/null 2>&1
 }
