@@ -80,11 +80,7 @@ class CFaultStorage final : public CComObject<IStorage>
         const HRESULT hr = m_plan.Next("DestroyElement");
         return FAILED(hr) ? hr : m_inner->DestroyElement(name);
     }
-    STDMETHODIMP RenameElement(const OLECHAR* from, const OLECHAR* to) override
-    {
-        const HRESULT hr = m_plan.Next("RenameElement");
-        return FAILED(hr) ? hr : m_inner->RenameElement(from, to);
-    }
+    STDMETHODIMP RenameElement(const OLECHAR*, const OLECHAR*) override { return E_NOTIMPL; }
     STDMETHODIMP Commit(DWORD flags) override
     {
         const HRESULT hr = m_plan.Next("Commit");
@@ -157,25 +153,25 @@ HRESULT CFaultStore::Next(const char* name)
 HRESULT CFaultStore::IsStorageFile(const wchar_t* path)
 {
     const HRESULT hr = Next("IsStorageFile");
-    return FAILED(hr) ? hr : PlatformStoreFiles().IsStorageFile(path);
+    return FAILED(hr) ? hr : m_files->IsStorageFile(path);
 }
 
 HRESULT CFaultStore::Read(const wchar_t* path, std::string& bytes)
 {
     const HRESULT hr = Next("ReadFile");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Read(path, bytes);
+    return FAILED(hr) ? hr : m_files->Read(path, bytes);
 }
 
 HRESULT CFaultStore::Write(const wchar_t* path, const std::string& bytes)
 {
     const HRESULT hr = Next("WriteFile");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Write(path, bytes);
+    return FAILED(hr) ? hr : m_files->Write(path, bytes);
 }
 
 HRESULT CFaultStore::Delete(const wchar_t* path)
 {
     const HRESULT hr = Next("DeleteFile");
-    return FAILED(hr) ? hr : PlatformStoreFiles().Delete(path);
+    return FAILED(hr) ? hr : m_files->Delete(path);
 }
 
 HRESULT CFaultStore::Open(ILockBytes& bytes, IStorage** root)
@@ -184,7 +180,7 @@ HRESULT CFaultStore::Open(ILockBytes& bytes, IStorage** root)
     ComPtr<IStorage> inner;
     HRESULT hr = Next("Open");
     if (SUCCEEDED(hr))
-        hr = PlatformStoreFiles().Open(bytes, inner.Put());
+        hr = m_files->Open(bytes, inner.Put());
     if (SUCCEEDED(hr))
         *root = MakeCom<CFaultStorage>(*this, std::move(inner)).Detach();
     return hr;
@@ -196,7 +192,7 @@ HRESULT CFaultStore::Create(ILockBytes& bytes, IStorage** root)
     ComPtr<IStorage> inner;
     HRESULT hr = Next("Create");
     if (SUCCEEDED(hr))
-        hr = PlatformStoreFiles().Create(bytes, inner.Put());
+        hr = m_files->Create(bytes, inner.Put());
     if (SUCCEEDED(hr))
         *root = MakeCom<CFaultStorage>(*this, std::move(inner)).Detach();
     return hr;

@@ -27,6 +27,7 @@ class CFaultStore : public IStoreFiles
     HRESULT Read(const wchar_t* path, std::string& bytes) override;
     HRESULT Write(const wchar_t* path, const std::string& bytes) override;
     HRESULT Delete(const wchar_t* path) override;
+    void KeepAside(const wchar_t* path) override { m_files->KeepAside(path); }
     HRESULT Open(ILockBytes& bytes, IStorage** root) override;
     HRESULT Create(ILockBytes& bytes, IStorage** root) override;
 
@@ -34,6 +35,7 @@ class CFaultStore : public IStoreFiles
     HRESULT Next(const char* name);
 
   private:
+    const std::unique_ptr<IStoreFiles> m_files = MakePlatformStoreFiles(0);
     std::vector<std::string> m_calls;
     int m_failIn = 0;
     HRESULT m_code = S_OK;

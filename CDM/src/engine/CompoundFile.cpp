@@ -15,6 +15,7 @@ constexpr uint32_t kNone = 0xFFFFFFFF;
 // Where things stand in the header.
 constexpr size_t kSectorShift = 0x1E;
 constexpr size_t kMiniShift = 0x20;
+constexpr size_t kTableSectors = 0x2C;
 constexpr size_t kFirstDirectorySector = 0x30;
 constexpr size_t kMiniCutoff = 0x38;
 constexpr size_t kFirstMiniTableSector = 0x3C;
@@ -151,7 +152,8 @@ class CCompoundFile
                     table.push_back(numbers[i]);
             list = numbers.back();
         }
-        if (table.size() > most || !InFile(table))
+        // The system trusts the count in the header, and can then neither read nor extend the file.
+        if (table.size() != Number(kTableSectors) || table.size() > most || !InFile(table))
             return false;
         next = Numbers(table);
         used.insert(used.end(), table.begin(), table.end());

@@ -8,17 +8,14 @@
 #include "CDM/src/engine/StoreStream.h"
 #include "Common/src/com/WmiStatus.h"
 
-#include <algorithm>
-
 namespace
 {
 // Files of another version are dropped: give the layout a new identifier whenever it changes.
 constexpr wchar_t kVersion[] = L"{5C0E7B1E-8F1B-4B6C-9F0A-6D8C2B7E4A31}";
 // "vg", "nt", "ag" and the fields; the messages come on top.
 constexpr ULONG kSingleValues = 21;
-// Names that no result identifier can have: they lack its separator.
-constexpr wchar_t kUnfinished[] = L"unfinished";
-constexpr wchar_t kPrevious[] = L"previous";
+// More than any test gives. The count in a damaged file can be anything.
+constexpr ULONG kMostMessages = 65536;
 
 constexpr DWORD kReadWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 
@@ -27,19 +24,6 @@ CCriticalSection& StoreLock() noexcept
     static CCriticalSection lock;
     return lock;
 }
-
-// What opening a file gives that is there but is no usable storage.
-bool IsDamagedFile(HRESULT hr) noexcept
-{
-    constexpr HRESULT kDamaged[] = {STG_E_INVALIDHEADER, STG_E_DOCFILECORRUPT, STG_E_OLDFORMAT, STG_E_OLDDLL};
-    return std::find(std::begin(kDamaged), std::end(kDamaged), hr) != std::end(kDamaged);
-}
-
-HRESULT DestroyIfThere(IStorage& root, const wchar_t* name)
-{
-    const HRESULT hr = root.DestroyElement(name);
-    return hr == STG_E_FILENOTFOUND ? S_OK : hr;
-}
 } // namespace
 
 HRESULT CResultsStore::OpenOrCreate()
@@ -47,14 +31,13 @@ HRESULT CResultsStore::OpenOrCreate()
     const HRESULT hr = m_session.Open(m_root);
     if (SUCCEEDED(hr))
         return S_OK;
-    // A damaged file has nothing left to lose, and while it stands there no result could be kept ever again.
-    // A file that is only out of reach at the moment must stay.
-    if (IsDamagedFile(hr))
-        ZebDebug().Write("CResultsStore: the result file is damaged and gives way to a new one, hr = <%x>",
-                         hr);
-    else if (hr != STG_E_FILENOTFOUND)
+    if (hr == STG_E_FILENOTFOUND)
+        return m_session.Create(m_root);
+    // A damaged file has nothing left to lose, and no result could be kept ever again while it is there.
+    if (!CStoreSession::IsDamage(hr))
         return hr;
-    return m_session.Create(m_root);
+    const HRESULT created = m_session.StartAnew(hr);
+    return FAILED(created) ? created : m_session.Open(m_root);
 }
 
 HRESULT CResultsStore::StoreResult(const CBstr& resultId, const CBstr& adapterKey, const CDiagResult& result)
@@ -64,95 +47,64 @@ HRESULT CResultsStore::StoreResult(const CBstr& resultId, const CBstr& adapterKe
     m_resultId = resultId.Text();
     m_adapterKey = adapterKey.Text();
 
+    // All of this happens in memory. A result that fails half way is not kept, so the file does not see it.
     HRESULT hr = OpenOrCreate();
-    if (FAILED(hr))
-    {
-        ZebDebug().Write("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <%x>", hr);
-        return hr;
-    }
-    m_session.SetChanged();
-    // The new result is built beside the old one, which stays until everything is written.
-    hr = DestroyIfThere(*m_root.Get(), kUnfinished);
     if (SUCCEEDED(hr))
-        hr = m_root->CreateStorage(kUnfinished, kReadWrite, 0, 0, m_sub.Put());
-    if (SUCCEEDED(hr))
-        hr = WithinMemory([&] { return WriteValues(result.Data()); });
+        hr = Replace(result);
     m_sub.Reset();
-    if (SUCCEEDED(hr))
-        hr = PutInPlace();
-    if (FAILED(hr))
-        m_root->DestroyElement(kUnfinished);
     m_root.Reset();
+    if (SUCCEEDED(hr))
+        hr = m_session.Keep();
+    if (FAILED(hr))
+        TraceFileFailure(hr);
     return hr;
 }
 
-HRESULT CResultsStore::PutInPlace()
+HRESULT CResultsStore::Replace(const CDiagResult& result)
 {
-    IStorage& root = *m_root.Get();
-    HRESULT hr = DestroyIfThere(root, kPrevious);
-    if (FAILED(hr))
-        return hr;
-    hr = root.RenameElement(m_resultId.c_str(), kPrevious);
+    HRESULT hr = m_root->DestroyElement(m_resultId.c_str());
     if (FAILED(hr) && hr != STG_E_FILENOTFOUND)
         return hr;
-    hr = root.RenameElement(kUnfinished, m_resultId.c_str());
-    if (FAILED(hr))
-    {
-        root.RenameElement(kPrevious, m_resultId.c_str());
-        return hr;
-    }
-    // What is left of the old result hurts nobody; the next change of this file tries again.
-    root.DestroyElement(kPrevious);
-    return S_OK;
+    hr = m_root->CreateStorage(m_resultId.c_str(), kReadWrite, 0, 0, m_sub.Put());
+    return SUCCEEDED(hr) ? WithinMemory([&] { return WriteValues(result.Data()); }) : hr;
 }
 
-// A value whose stream cannot be made is left out; it fails the result only where nothing could be read back
-// without it. A stream that takes no text means that the file takes no more.
-HRESULT CResultsStore::WriteText(const std::wstring& stream, const std::wstring& text, bool* skipped)
+// A value whose stream cannot be made is left out. A stream that takes no text means that the file takes no
+// more.
+HRESULT CResultsStore::WriteText(const std::wstring& stream, const std::wstring& text)
 {
     bool created = false;
     const HRESULT hr = WriteStreamText(*m_sub.Get(), stream.c_str(), text, created);
     if (created)
         return hr;
     ZebDebug().Write("CResultsStore::StoreResult:CreateStream failed <%x>", hr);
-    if (!skipped)
-        return hr;
-    *skipped = true;
     return S_OK;
 }
 
 HRESULT CResultsStore::WriteValues(const CResultData& data)
 {
-    bool skipped = false;
-    HRESULT hr = WriteText(StreamName(L"vg"), kVersion, nullptr);
+    HRESULT hr = WriteText(StreamName(L"vg"), kVersion);
     if (SUCCEEDED(hr))
-        hr = WriteText(StreamName(L"nt"), NumberText(kSingleValues), &skipped);
+        hr = WriteText(StreamName(L"nt"), NumberText(kSingleValues));
     if (SUCCEEDED(hr))
-        hr = WriteText(StreamName(L"ag"), m_adapterKey, nullptr);
+        hr = WriteText(StreamName(L"ag"), m_adapterKey);
     for (const CResultField& field : ResultFields())
         if (SUCCEEDED(hr))
-            hr = WriteText(StreamName(field.Prefix), field.Text(data), &skipped);
+            hr = WriteText(StreamName(field.Prefix), field.Text(data));
     return SUCCEEDED(hr) ? WriteMessages(data) : hr;
 }
 
-// The count says how many messages are there as a whole.
 HRESULT CResultsStore::WriteMessages(const CResultData& data)
 {
     HRESULT hr = S_OK;
-    ULONG written = 0;
-    for (bool skipped = false; written < data.MessageCount; ++written)
+    for (ULONG i = 0; i < data.MessageCount && SUCCEEDED(hr); ++i)
     {
-        const std::wstring index = std::to_wstring(written);
-        hr = WriteText(StreamName(L"tidb") + index, NumberText(data.StringIDs[written]), &skipped);
-        if (SUCCEEDED(hr) && !skipped)
-            hr = WriteText(StreamName(L"tmb") + index, NumberText(data.TestMessages[written]), &skipped);
-        if (FAILED(hr))
-            return hr;
-        if (skipped)
-            break;
+        const std::wstring index = std::to_wstring(i);
+        hr = WriteText(StreamName(L"tidb") + index, NumberText(data.StringIDs[i]));
+        if (SUCCEEDED(hr))
+            hr = WriteText(StreamName(L"tmb") + index, NumberText(data.TestMessages[i]));
     }
-    bool skipped = false;
-    return WriteText(StreamName(L"tmc"), NumberText(written), &skipped);
+    return SUCCEEDED(hr) ? WriteText(StreamName(L"tmc"), NumberText(data.MessageCount)) : hr;
 }
 
 HRESULT CResultsStore::LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result)
@@ -221,8 +173,8 @@ void CResultsStore::RemoveStale()
     if (FAILED(store.m_root->DestroyElement(m_resultId.c_str())))
         return;
     store.m_root.Reset();
-    change.SetChanged();
-    change.Publish();
+    if (SUCCEEDED(change.Keep()))
+        change.Publish();
 }
 
 // Whether the stored result is of this version and of this adapter.
@@ -232,13 +184,7 @@ CResultsStore::Owner CResultsStore::ReadOwner()
     std::wstring version;
     const StreamRead adapterRead = ReadStreamText(*m_sub.Get(), StreamName(L"ag").c_str(), adapterKey);
     const StreamRead versionRead = ReadStreamText(*m_sub.Get(), StreamName(L"vg").c_str(), version);
-    // One result with an illegible version says nothing about the others in the file.
-    if (versionRead == StreamRead::Damaged)
-    {
-        Damaged(StreamName(L"vg"));
-        return Owner::Illegible;
-    }
-    if (version != kVersion)
+    if (versionRead == StreamRead::Damaged || version != kVersion)
         return Owner::OtherVersion;
     if (adapterRead == StreamRead::Damaged)
     {
@@ -273,9 +219,8 @@ HRESULT CResultsStore::ReadMessages(CResultData& data)
     if (read == StreamRead::Missing)
         return S_OK;
     ULONG count = 0;
-    if (read == StreamRead::Damaged || !TakeNumber(text, count) || static_cast<LONG>(count) < 0)
+    if (read == StreamRead::Damaged || !TakeNumber(text, count) || count > kMostMessages)
         return Damaged(stream);
-    // The lists grow with what is there, whatever the count says.
     for (ULONG i = 0; i < count; ++i)
     {
         const std::wstring index = std::to_wstring(i);
@@ -290,10 +235,12 @@ HRESULT CResultsStore::ReadMessages(CResultData& data)
     return S_OK;
 }
 
+// A number whose stream is missing stays as it is.
 bool CResultsStore::ReadNumber(const std::wstring& stream, ULONG& number)
 {
     std::wstring text;
-    return ReadStreamText(*m_sub.Get(), stream.c_str(), text) == StreamRead::Done && TakeNumber(text, number);
+    const StreamRead read = ReadStreamText(*m_sub.Get(), stream.c_str(), text);
+    return read == StreamRead::Missing || (read == StreamRead::Done && TakeNumber(text, number));
 }
 
 HRESULT CResultsStore::Damaged(const std::wstring& stream)
@@ -305,7 +252,15 @@ HRESULT CResultsStore::Damaged(const std::wstring& stream)
 HRESULT CResultsStore::Publish()
 {
     const CZebLock held(StoreLock());
-    return m_session.Publish();
+    const HRESULT hr = m_session.Publish();
+    if (FAILED(hr))
+        TraceFileFailure(hr);
+    return hr;
+}
+
+void CResultsStore::TraceFileFailure(HRESULT hr)
+{
+    ZebDebug().Write("CResultsStore::StoreResult: StgCreateDocfile failed, hr = <%x>", hr);
 }
 
 // Does not take the store lock: a client waits for the answer.
@@ -314,8 +269,6 @@ HRESULT CResultsStore::RemoveResult(const CBstr& resultId)
     HRESULT hr = OpenOrCreate();
     if (SUCCEEDED(hr))
         hr = m_root->DestroyElement(resultId.Text());
-    if (SUCCEEDED(hr))
-        m_session.SetChanged();
     m_root.Reset();
-    return hr;
+    return SUCCEEDED(hr) ? m_session.Keep() : hr;
 }

@@ -18,7 +18,8 @@ class CResultsStore
     // The session must outlive the object.
     explicit CResultsStore(CStoreSession& session) noexcept : m_session(session) {}
 
-    // Replaces the stored result of this name as a whole, or leaves it as it was and fails.
+    // Replaces the stored result of this name as a whole, or fails; what was kept before then stays kept. A
+    // value whose stream cannot be created is left out.
     HRESULT StoreResult(const CBstr& resultId, const CBstr& adapterKey, const CDiagResult& result);
 
     // S_OK fills `result`; anything else leaves it alone: no such file or result (STG_E_FILENOTFOUND), a file
@@ -26,7 +27,7 @@ class CResultsStore
     // removes the result), a damaged value.
     HRESULT LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result);
 
-    // Puts what the session has stored in the file's place, when no load looks at it.
+    // Puts what the session has stored in the file's place, when no load looks at it. A failure is traced.
     HRESULT Publish();
 
     // Removes a stored result; STG_E_FILENOTFOUND where there is none. Makes the file where it is missing.
@@ -42,10 +43,12 @@ class CResultsStore
     };
 
     HRESULT OpenOrCreate();
+    HRESULT Replace(const CDiagResult& result);
     HRESULT WriteValues(const CResultData& data);
-    HRESULT WriteText(const std::wstring& stream, const std::wstring& text, bool* skipped);
+    HRESULT WriteText(const std::wstring& stream, const std::wstring& text);
     HRESULT WriteMessages(const CResultData& data);
-    HRESULT PutInPlace();
+    // One text for a file that cannot be opened, made or replaced: support knows it so.
+    static void TraceFileFailure(HRESULT hr);
     HRESULT Load(CDiagResult& result, bool& stale);
     HRESULT OpenResult();
     Owner ReadOwner();

@@ -1,6 +1,9 @@
 #include "CDM/src/engine/StoreSession.h"
 
+#include "CDM/src/ZebDebug.h"
 #include "Common/src/com/CriticalSection.h"
+
+#include <algorithm>
 
 namespace
 {
@@ -38,6 +41,7 @@ HRESULT CStoreSession::IsStorageFile()
 
 HRESULT CStoreSession::ReadFile()
 {
+    m_fromFile = true;
     std::string bytes;
     const HRESULT hr = m_files.Read(m_path.c_str(), bytes);
     if (FAILED(hr))
@@ -58,12 +62,14 @@ HRESULT CStoreSession::Open(ComPtr<IStorage>& root)
 HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
 {
     m_bytes = MakeCom<CMemoryBytes>(std::string());
-    const HRESULT hr = m_files.Create(*m_bytes.Get(), m_root.Put());
+    m_fromFile = false;
+    HRESULT hr = m_files.Create(*m_bytes.Get(), m_root.Put());
+    if (SUCCEEDED(hr))
+        hr = Keep();
     if (FAILED(hr))
         return hr;
     m_openFailure = S_OK;
     m_isStorage = S_OK;
-    m_changed = true;
     root = m_root;
     return S_OK;
 }
@@ -73,16 +79,50 @@ HRESULT CStoreSession::Delete()
     m_root.Reset();
     m_isStorage.reset();
     m_openFailure = S_OK;
-    m_changed = false;
+    m_kept.reset();
     return m_files.Delete(m_path.c_str());
+}
+
+HRESULT CStoreSession::Keep()
+{
+    const HRESULT hr = m_root->Commit(STGC_DEFAULT);
+    if (SUCCEEDED(hr))
+        m_kept = m_bytes->Bytes();
+    return hr;
 }
 
 HRESULT CStoreSession::Publish()
 {
-    if (!m_root || !m_changed)
-        return S_OK;
-    const HRESULT hr = m_root->Commit(STGC_DEFAULT);
     m_root.Reset();
-    m_changed = false;
-    return FAILED(hr) ? hr : m_files.Write(m_path.c_str(), m_bytes->Bytes());
+    if (!m_kept)
+        return S_OK;
+    const HRESULT hr = m_files.Write(m_path.c_str(), *m_kept);
+    m_kept.reset();
+    return hr;
+}
+
+HRESULT CStoreSession::StartAnew(HRESULT damage)
+{
+    if (!m_fromFile)
+        return S_FALSE;
+    ZebDebug().Write("CResultsStore: the result file is damaged and gives way to a new one, hr = <%x>",
+                     damage);
+    m_files.KeepAside(m_path.c_str());
+    m_root.Reset();
+    ComPtr<IStorage> root;
+    return Create(root);
+}
+
+bool CStoreSession::IsDamage(HRESULT hr) noexcept
+{
+    constexpr HRESULT kOutOfReach[] = {STG_E_FILENOTFOUND,     STG_E_PATHNOTFOUND,  STG_E_ACCESSDENIED,
+                                       STG_E_SHAREVIOLATION,   STG_E_LOCKVIOLATION, STG_E_INUSE,
+                                       STG_E_TOOMANYOPENFILES, STG_E_MEDIUMFULL,    STG_E_INSUFFICIENTMEMORY};
+    constexpr DWORD kUnreadable[] = {ERROR_CRC, ERROR_READ_FAULT, ERROR_SECTOR_NOT_FOUND, ERROR_FILE_CORRUPT,
+                                     ERROR_DISK_CORRUPT};
+    const auto isOne = [](const auto& of, auto what)
+    { return std::find(std::begin(of), std::end(of), what) != std::end(of); };
+    if (HRESULT_FACILITY(hr) == FACILITY_WIN32)
+        return isOne(kUnreadable, static_cast<DWORD>(HRESULT_CODE(hr)));
+    return FAILED(hr) && HRESULT_FACILITY(hr) == FACILITY_STORAGE && !isOne(kOutOfReach, hr);
 }

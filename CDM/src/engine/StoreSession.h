@@ -35,10 +35,17 @@ class CStoreSession
     // Deletes the file itself. Every reference on the root must be gone.
     HRESULT Delete();
 
-    // To be called with every change.
-    void SetChanged() noexcept { m_changed = true; }
-    // Puts what was changed in the file's place; S_OK also where nothing was.
+    // Keeps the storage as it is now: this is what is published, whatever becomes of later changes.
+    HRESULT Keep();
+    // Puts what was kept in the file's place; S_OK also if nothing was.
     HRESULT Publish();
+    // For a file that turns out damaged: goes on with a storage without results and keeps a copy of the file.
+    // Traced. S_FALSE if the session does not work on a file. Every reference on the root must be gone.
+    HRESULT StartAnew(HRESULT damage);
+
+    // Whether a failure tells of a file that is there but can never be used again, unlike one that is only
+    // out of reach at the moment.
+    static bool IsDamage(HRESULT hr) noexcept;
 
   private:
     HRESULT ReadFile();
@@ -50,5 +57,6 @@ class CStoreSession
     HRESULT m_openFailure = S_OK; // so that a file that cannot be opened is tried once
     ComPtr<CMemoryBytes> m_bytes;
     ComPtr<IStorage> m_root;
-    bool m_changed = false;
+    bool m_fromFile = false;
+    std::optional<std::string> m_kept;
 };

@@ -9,13 +9,14 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <thread>
 
 ZEB_HOOKED_IMPORT("kernel32", CreateFileW)
 ZEB_HOOKED_IMPORT("kernel32", DeleteFileA)
 ZEB_HOOKED_IMPORT("kernel32", FlushFileBuffers)
 ZEB_HOOKED_IMPORT("kernel32", GetFileSizeEx)
-ZEB_HOOKED_IMPORT("kernel32", MoveFileExW)
 ZEB_HOOKED_IMPORT("kernel32", ReadFile)
+ZEB_HOOKED_IMPORT("kernel32", ReplaceFileW)
 ZEB_HOOKED_IMPORT("kernel32", WriteFile)
 
 namespace
@@ -45,7 +46,7 @@ BOOL WINAPI RefuseSize(HANDLE, PLARGE_INTEGER)
 {
     return Refuse(FALSE);
 }
-BOOL WINAPI RefuseMove(LPCWSTR, LPCWSTR, DWORD)
+BOOL WINAPI RefuseReplace(LPCWSTR, LPCWSTR, LPCWSTR, DWORD, LPVOID, LPVOID)
 {
     return Refuse(FALSE);
 }
@@ -89,24 +90,38 @@ class StoreFilesTest : public testing::Test
         EXPECT_EQ(S_OK, bytes->ReadAt({}, text.data(), static_cast<ULONG>(text.size()), &read));
         return text;
     }
-    std::string Bytes() const
+    // As `StorageBytes`, and still a sound storage.
+    std::string OtherBytes() const { return m_before + std::string(512, '\0'); }
+    std::string Bytes() const { return BytesOf(m_path); }
+    static std::string BytesOf(const std::wstring& path)
     {
-        std::ifstream file(std::filesystem::path(m_path), std::ios::binary);
+        std::ifstream file(std::filesystem::path(path), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void MakeFile(const std::wstring& path, const std::string& bytes) const
+    {
+        std::ofstream(std::filesystem::path(path), std::ios::binary).write(bytes.data(), bytes.size());
+    }
+    CFileHandle Hold(DWORD share) const
+    {
+        return CFileHandle(
+            CreateFileW(Path(), GENERIC_READ, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
     // The file stands as it was, nothing stands beside it, and nobody holds it.
     void ExpectUntouched() const
     {
         EXPECT_EQ(m_before, Bytes());
-        EXPECT_FALSE(std::filesystem::exists(m_path + L".new"));
+        EXPECT_FALSE(std::filesystem::exists(m_fresh));
         const CFileHandle alone(CreateFileW(Path(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                             FILE_ATTRIBUTE_NORMAL, nullptr));
         EXPECT_TRUE(alone);
     }
 
-    IStoreFiles& m_files = PlatformStoreFiles();
+    const std::unique_ptr<IStoreFiles> m_owned = MakePlatformStoreFiles(0);
+    IStoreFiles& m_files = *m_owned;
     CTempFolder m_folder;
     const std::wstring m_path = (m_folder.Path() / L"ZebDiag.bin").wstring();
+    const std::wstring m_fresh = m_path + L".new";
     std::string m_before;
 };
 
@@ -148,7 +163,7 @@ class RefusedFileTest : public StoreFilesTest, public testing::WithParamInterfac
         case Operation::Read:
             return m_files.Read(Path(), bytes);
         case Operation::Write:
-            return m_files.Write(Path(), m_before + "more");
+            return m_files.Write(Path(), OtherBytes());
         default:
             return m_files.Delete(Path());
         }
@@ -178,8 +193,6 @@ const Refusal kRefusals[] = {
     {"WriteLess", Operation::Write, Hooked(__imp_WriteFile, &WriteLess), ERROR_SUCCESS, STG_E_MEDIUMFULL},
     {"Flush", Operation::Write, Hooked(__imp_FlushFileBuffers, &RefuseFlush), ERROR_GEN_FAILURE,
      HRESULT_FROM_WIN32(ERROR_GEN_FAILURE)},
-    {"Move", Operation::Write, Hooked(__imp_MoveFileExW, &RefuseMove), ERROR_SHARING_VIOLATION,
-     HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION)},
     {"Delete", Operation::Delete, Hooked(__imp_DeleteFileA, &RefuseDeleteFile), ERROR_ACCESS_DENIED,
      E_ACCESSDENIED},
     {"RefusalWithoutAReason", Operation::Write, Hooked(__imp_WriteFile, &RefuseWrite), ERROR_SUCCESS, E_FAIL},
@@ -194,5 +207,159 @@ TEST_F(StoreFilesTest, WrittenBytesAreReadBack)
     EXPECT_EQ(S_OK, m_files.Read(Path(), read));
     EXPECT_EQ(bytes, read);
     EXPECT_EQ(S_OK, m_files.IsStorageFile(Path()));
+}
+
+TEST_F(StoreFilesTest, AMissingFolderIsAMissingFileToWhoReads)
+{
+    const std::wstring path = (m_folder.Path() / L"missing" / L"ZebDiag.bin").wstring();
+    std::string bytes;
+    EXPECT_EQ(STG_E_FILENOTFOUND, m_files.Read(path.c_str(), bytes));
+    EXPECT_EQ(STG_E_FILENOTFOUND, m_files.IsStorageFile(path.c_str()));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND), m_files.Write(path.c_str(), m_before));
+}
+
+struct ReplaceRefusal
+{
+    const char* name;
+    DWORD error;
+};
+
+class RefusedReplaceTest : public StoreFilesTest, public testing::WithParamInterface<ReplaceRefusal>
+{
+};
+
+TEST_P(RefusedReplaceTest, LeavesTheNewFileForWhoComesNext)
+{
+    const std::string other = OtherBytes();
+    std::string read;
+    {
+        s_error = GetParam().error;
+        const CImportHook hook(__imp_ReplaceFileW, &RefuseReplace);
+        EXPECT_EQ(HRESULT_FROM_WIN32(s_error), m_files.Write(Path(), other));
+        EXPECT_EQ(m_before, Bytes());
+        EXPECT_EQ(other, BytesOf(m_fresh));
+        // It counts at once, wherever it is.
+        EXPECT_EQ(S_OK, m_files.Read(Path(), read));
+        EXPECT_EQ(other, read);
+        EXPECT_EQ(S_OK, m_files.IsStorageFile(Path()));
+    }
+    EXPECT_EQ(S_OK, m_files.Read(Path(), read));
+    EXPECT_EQ(other, read);
+    EXPECT_EQ(other, Bytes());
+    EXPECT_FALSE(std::filesystem::exists(m_fresh));
+}
+
+const ReplaceRefusal kReplaceRefusals[] = {
+    {"SharingViolation", ERROR_SHARING_VIOLATION},
+    {"AccessDenied", ERROR_ACCESS_DENIED},
+    {"NotRemoved", ERROR_UNABLE_TO_REMOVE_REPLACED},
+    {"NotMoved", ERROR_UNABLE_TO_MOVE_REPLACEMENT},
+    {"AnyOther", ERROR_GEN_FAILURE},
+};
+INSTANTIATE_TEST_SUITE_P(Errors, RefusedReplaceTest, testing::ValuesIn(kReplaceRefusals),
+                         NameOf<ReplaceRefusal>);
+
+TEST_F(StoreFilesTest, AFileThatIsHeldIsNotReplaced)
+{
+    const CFileHandle held = Hold(FILE_SHARE_READ);
+    EXPECT_TRUE(FAILED(m_files.Write(Path(), OtherBytes())));
+    EXPECT_EQ(m_before, Bytes());
+    EXPECT_EQ(OtherBytes(), BytesOf(m_fresh));
+}
+
+TEST_F(StoreFilesTest, ANewFileWithoutAnOldOneIsTaken)
+{
+    std::filesystem::rename(m_path, m_fresh);
+    EXPECT_EQ(S_OK, m_files.IsStorageFile(Path()));
+    EXPECT_EQ(m_before, Bytes());
+    EXPECT_FALSE(std::filesystem::exists(m_fresh));
+}
+
+TEST_F(StoreFilesTest, HalfANewFileIsNotTaken)
+{
+    MakeFile(m_fresh, m_before.substr(0, m_before.size() / 2));
+    std::string read;
+    EXPECT_EQ(S_OK, m_files.Read(Path(), read));
+    EXPECT_EQ(m_before, read);
+    EXPECT_EQ(m_before, Bytes());
+    EXPECT_EQ(S_OK, m_files.Write(Path(), OtherBytes()));
+    EXPECT_EQ(OtherBytes(), Bytes());
+    EXPECT_FALSE(std::filesystem::exists(m_fresh));
+}
+
+TEST_F(StoreFilesTest, ADeletedFileDoesNotComeBack)
+{
+    MakeFile(m_fresh, m_before);
+    EXPECT_EQ(S_OK, m_files.Delete(Path()));
+    std::string read;
+    EXPECT_EQ(STG_E_FILENOTFOUND, m_files.Read(Path(), read));
+}
+
+// Another process holds the file for a moment, as a virus scanner does.
+constexpr wchar_t kHeldFile[] = L"ZEB_TEST_HELD_FILE";
+constexpr wchar_t kIsHeld[] = L"ZebTestFileIsHeld";
+constexpr wchar_t kLetGo[] = L"ZebTestLetFileGo";
+
+// Not a test: what the other process does.
+TEST(FileHolder, DISABLED_HoldsAFileUntilItIsToldToLetGo)
+{
+    wchar_t path[MAX_PATH];
+    ASSERT_NE(0u, GetEnvironmentVariableW(kHeldFile, path, MAX_PATH));
+    const CHandle letGo(OpenEventW(SYNCHRONIZE, FALSE, kLetGo));
+    const CHandle isHeld(OpenEventW(EVENT_MODIFY_STATE, FALSE, kIsHeld));
+    const CFileHandle file(
+        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(file && letGo && isHeld);
+    SetEvent(isHeld.Get());
+    WaitForSingleObject(letGo.Get(), INFINITE);
+}
+
+HANDLE s_refused = nullptr; // is set when the system refuses to replace a file
+decltype(&ReplaceFileW) s_realReplace = nullptr;
+
+BOOL WINAPI WatchReplace(LPCWSTR old, LPCWSTR fresh, LPCWSTR backup, DWORD flags, LPVOID r1, LPVOID r2)
+{
+    const BOOL done = s_realReplace(old, fresh, backup, flags, r1, r2);
+    const DWORD error = GetLastError();
+    if (!done)
+        SetEvent(s_refused);
+    SetLastError(error);
+    return done;
+}
+
+TEST_F(StoreFilesTest, AFileThatAnotherProcessHoldsForAMomentIsReplaced)
+{
+    const CHandle isHeld(CreateEventW(nullptr, TRUE, FALSE, kIsHeld));
+    const CHandle letGo(CreateEventW(nullptr, TRUE, FALSE, kLetGo));
+    const CHandle refused(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    s_refused = refused.Get();
+    wchar_t program[MAX_PATH];
+    ASSERT_NE(0u, GetModuleFileNameW(nullptr, program, MAX_PATH));
+    std::wstring command =
+        L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=FileHolder.*";
+    SetEnvironmentVariableW(kHeldFile, Path());
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started{};
+    ASSERT_TRUE(CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                               &startup, &started));
+    const CHandle thread(started.hThread);
+    const CHandle process(started.hProcess);
+    const HANDLE either[] = {isHeld.Get(), process.Get()};
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForMultipleObjects(2, either, FALSE, INFINITE));
+
+    const std::string other = OtherBytes();
+    s_realReplace = __imp_ReplaceFileW;
+    const CImportHook hook(__imp_ReplaceFileW, &WatchReplace);
+    HRESULT written = E_PENDING;
+    std::thread writer([&] { written = MakePlatformStoreFiles(600'000)->Write(Path(), other); });
+    const HANDLE first[] = {refused.Get(), process.Get()};
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForMultipleObjects(2, first, FALSE, INFINITE));
+    SetEvent(letGo.Get());
+    writer.join();
+    WaitForSingleObject(process.Get(), INFINITE);
+    EXPECT_EQ(S_OK, written);
+    EXPECT_EQ(other, Bytes());
+    EXPECT_FALSE(std::filesystem::exists(m_fresh));
 }
 } // namespace

@@ -105,9 +105,10 @@ class CStoreTest : public testing::Test
         ASSERT_EQ(S_OK, root->OpenStorage(L"A@0", nullptr, kReadWrite, nullptr, 0, sub.Put()));
         ASSERT_EQ(S_OK, sub->DestroyElement(stream));
     }
-    std::string FileBytes()
+    std::string FileBytes() { return BytesOf(path); }
+    static std::string BytesOf(const std::wstring& of)
     {
-        std::ifstream file(std::filesystem::path(path), std::ios::binary);
+        std::ifstream file(std::filesystem::path(of), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
     void Rewrite(const std::string& bytes)
