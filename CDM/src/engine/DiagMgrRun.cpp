@@ -73,9 +73,10 @@ HRESULT CDiagMgr::CState::RunTest(BSTR testKey, BSTR resultKey, ULONG mode)
         WithinMemory([&] { return test->StartTest(agent, *result, mode, testKey, environment); });
 
     FileAgain(resultKey, result);
-    if (FAILED(status) && status != engine::Stopped)
-        return FailRun(status, *test, *result);
-    hr = EndRun(status, *test, *result, environment.ProcessMilliseconds() - started);
+    const bool failed = FAILED(status) && status != engine::Stopped;
+    hr = failed ? FailRun(status, *test, *result)
+                : EndRun(status, *test, *result, environment.ProcessMilliseconds() - started);
+    StoreAfterRun(resultKey);
     if (SUCCEEDED(hr) && log.Enabled() && FAILED(WithinMemory([&] { return LogResults(resultKey); })))
         ZebDebug().Write("CDiagMgr::RunTest:LogResults failed.");
     return hr;

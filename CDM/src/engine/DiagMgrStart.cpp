@@ -202,6 +202,9 @@ HRESULT CDiagMgr::CState::ReadConfiguration()
         return wmi::Failed;
     }
     ReadRegistryNumber(kZebDiagKey, "MaxFileSize", configured.MaxFileSize);
+    DWORD atOnce = 0;
+    ReadRegistryNumber(kZebDiagKey, "StoreAfterRun", atOnce);
+    storeAfterRun = atOnce != 0;
     char name[kRegistryText];
     const bool named = ReadRegistryString(kZebDiagKey, "LogFileName", name, sizeof(name));
     configured.Path = WidenText(paths.InstallDir + (named ? name : "ZebDiag.log"));

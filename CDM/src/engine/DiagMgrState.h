@@ -14,6 +14,8 @@
 #include "CDM/src/engine/RunEnvironment.h"
 #include "CDM/src/engine/StoreSession.h"
 
+#include <functional>
+
 struct CDiagMgr::CState
 {
     CState(const CHostPaths& paths, const CEngineSeams& seams);
@@ -45,8 +47,11 @@ struct CDiagMgr::CState
     HRESULT LoadResult(CStoreSession& session, const CBstr& resultId, const CBstr& adapterKey,
                        CDiagResult& result) const;
     HRESULT StoreResults();
+    void StoreAfterRun(BSTR resultKey) noexcept;
+    HRESULT ChangeStore(const std::function<HRESULT(CStoreSession&)>& change);
     HRESULT StoreEach(CStoreSession& session);
     HRESULT StoreOne(CStoreSession& session, BSTR key, ULONG iteration);
+    static HRESULT Publish(CStoreSession& session);
     HRESULT ClearResults(BSTR resultKey);
 
     // In the reverse order of their release.
@@ -55,6 +60,7 @@ struct CDiagMgr::CState
     IRunEnvironment& environment;
     IStoreFiles& files;
     CResultLog log;
+    bool storeAfterRun = false; // each result at once, not only when the manager goes
     CIndexMap indexes;
     CDiagMap<CDiagSetting> settings;
     CDiagMap<CDiagResult> results;

@@ -5,15 +5,48 @@
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/References.h"
 #include "CDM/src/engine/ResultsStore.h"
+#include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/ProcessIdentity.h"
 
 // What was stored before a failure is kept, and so is what the file held of the results after it.
 HRESULT CDiagMgr::CState::StoreResults()
 {
     const CZebTrace trace("CDiagMgr::StoreResults");
+    return ChangeStore([&](CStoreSession& session) { return StoreEach(session); });
+}
+
+// The system does not wait for this process when it shuts down. A failure costs no more than that: the result
+// is stored when the manager goes.
+void CDiagMgr::CState::StoreAfterRun(BSTR resultKey) noexcept
+{
+    if (!storeAfterRun)
+        return;
+    (void)AtComBoundary(
+        [&]
+        {
+            // Whoever may run a test need not be allowed to write the file.
+            const CProcessIdentity process;
+            return ChangeStore([&](CStoreSession& session) { return StoreOne(session, resultKey, 0); });
+        });
+}
+
+HRESULT CDiagMgr::CState::ChangeStore(const std::function<HRESULT(CStoreSession&)>& change)
+{
     CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
-    const HRESULT hr = StoreEach(session);
-    const HRESULT published = CResultsStore(session).Publish();
+    HRESULT hr = change(session);
+    // Some damage shows only when the storage is written to.
+    if (CStoreSession::IsDamage(hr) && session.StartAnew(hr) == S_OK)
+        hr = change(session);
+    const HRESULT published = Publish(session);
     return FAILED(hr) ? hr : published;
+}
+
+HRESULT CDiagMgr::CState::Publish(CStoreSession& session)
+{
+    const HRESULT hr = CResultsStore(session).Publish();
+    if (FAILED(hr))
+        ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
+    return hr;
 }
 
 HRESULT CDiagMgr::CState::StoreEach(CStoreSession& session)
