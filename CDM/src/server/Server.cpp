@@ -3,6 +3,7 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/server/CommandLine.h"
 #include "CDM/src/server/Configuration.h"
+#include "CDM/src/server/RegistrationReport.h"
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/com/ComBoundary.h"
@@ -47,16 +48,12 @@ HRESULT Serve(CServerModule& module) noexcept
 
 HRESULT Act(CServerModule& module, ServerAction action) noexcept
 {
-    switch (action)
-    {
-    case ServerAction::Register:
-        return module.RegisterServer();
-    case ServerAction::Unregister:
-        return module.UnregisterServer();
-    case ServerAction::Serve:
-        break;
-    }
-    return Serve(module);
+    if (action == ServerAction::Serve)
+        return Serve(module);
+    const HRESULT hr = action == ServerAction::Register ? module.RegisterServer() : module.UnregisterServer();
+    if (FAILED(hr))
+        ReportRegistrationFailure(action, hr);
+    return hr;
 }
 
 HRESULT Run(HINSTANCE instance)

@@ -14,6 +14,11 @@ namespace
 constexpr UINT kModuleScript = 100;
 constexpr UINT kClassScript = 101;
 
+// The version of the module record, for module functions that look at it.
+constexpr DWORD kRecordVersion = 0x0300;
+constexpr GUID kRecordVersionId = {
+    0xB62F5910, 0x6528, 0x11D1, {0x96, 0x11, 0x00, 0x00, 0xF8, 0x1E, 0x0D, 0x0D}};
+
 const wchar_t* WINAPI NoDescription() noexcept
 {
     return nullptr;
@@ -74,6 +79,8 @@ CServerModule& CServerModule::Instance() noexcept
 HRESULT CServerModule::Init(HINSTANCE instance) noexcept
 {
     m_record.size = sizeof m_record;
+    m_record.buildVersion = kRecordVersion;
+    m_record.version = &kRecordVersionId;
     const HRESULT hr = AtlModuleInit(&m_record, s_objects, instance);
     if (SUCCEEDED(hr))
         m_typeLibrary = kLibidDrevok;

@@ -5,7 +5,10 @@
 #include "tests/system/support/Process.h"
 #include "tests/system/support/ProviderMachine.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <objbase.h>
 #include <string>
 #include <vector>
@@ -78,6 +81,22 @@ TEST_F(ServerProcessTest, CommandLineRegistersAndUnregisters)
     EXPECT_EQ(RunProgram(Quoted(Built()) + L" -regserver").ExitCode, 0u);
     EXPECT_EQ(RegisteredServer(), Built());
     EXPECT_TRUE(HasKey(L"TypeLib\\{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E22}\\1.0\\0\\win64"));
+}
+
+// A copy whose type library cannot be read.
+TEST_F(ServerProcessTest, SaysWhyItCouldNotBeRegistered)
+{
+    std::ifstream original(std::filesystem::path(Built()), std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(original), {}};
+    const size_t library = bytes.find("MSFT\x02");
+    ASSERT_NE(bytes.npos, library);
+    bytes.replace(library, 4, "none");
+    const std::wstring copy = m_machine.Folder() + kServer;
+    std::ofstream(std::filesystem::path(copy), std::ios::binary).write(bytes.data(), bytes.size());
+    const CRunResult run = RunProgram(Quoted(copy) + L" /RegServer");
+    DeleteFileW(copy.c_str());
+    EXPECT_TRUE(FAILED(static_cast<HRESULT>(run.ExitCode))) << run.ExitCode;
+    EXPECT_TRUE(run.Output.starts_with("Drevok.EXE could not be registered: ")) << run.Output;
 }
 
 TEST_F(ServerProcessTest, ServesWhereSomethingFollowsTheSwitch)

@@ -49,8 +49,12 @@ void WINAPI SleepNot(DWORD milliseconds)
 
 extern "C"
 {
-    HRESULT WINAPI AtlModuleInit(atl::Module*, atl::ObjectEntry*, HINSTANCE)
+    HRESULT WINAPI AtlModuleInit(atl::Module* module, atl::ObjectEntry*, HINSTANCE)
     {
+        // The record tells of which version it is.
+        EXPECT_EQ(sizeof(atl::Module), module->size);
+        EXPECT_EQ(0x0300u, module->buildVersion);
+        EXPECT_TRUE(module->version && module->version->Data1 == 0xB62F5910);
         Note("begin module");
         return S_OK;
     }
