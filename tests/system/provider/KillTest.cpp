@@ -13,6 +13,8 @@
 namespace
 {
 constexpr wchar_t kProvider[] = L"Drevok.EXE";
+constexpr wchar_t kStore[] = L"ZebDiag.bin";
+constexpr wchar_t kNewStore[] = L"ZebDiag.bin.new";
 constexpr char kStoringBegins[] = "{ --> CDiagMgr::StoreResults";
 constexpr char kStoringEnds[] = "} <-- CDiagMgr::StoreResults";
 constexpr char kClearingBegins[] = "{ --> CDiagMgr::ClearResults";
@@ -108,6 +110,14 @@ class KilledWhileStoring : public testing::Test
             EXPECT_EQ(S_OK, CallTest(*m_client, KeyOf(i % kTests), L"RunTest"));
     }
     CResultTexts Results() { return AllResults(*m_client); }
+    // As a virus scanner does: the file can be read, and not be replaced.
+    CFileHandle HoldStore() const
+    {
+        CFileHandle file(CreateFileW((m_machine.Folder() + kStore).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_TRUE(file);
+        return file;
+    }
 
     // Runs some tests and waits until the provider, which is then m_provider, begins to store. Gives the
     // results to be stored.
@@ -138,13 +148,22 @@ TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
     ASSERT_TRUE(WaitForMarks(m_machine, kStoringEnds, 1));
     const ULONGLONG length = Microseconds() - begin;
 
-    // Later and later, and earlier again once the file had been replaced: the kills gather about that moment.
+    // Every second kill comes at its own time: later and later, and earlier again once the file had been
+    // replaced, so that they gather about that moment. The others come while the new file waits for its
+    // place, which another program holds.
     ULONGLONG delay = 0;
     unsigned interrupted = 0;
     for (unsigned kill = 0; kill < kKills; ++kill)
     {
+        const bool held = kill % 2 == 1;
+        const CFileHandle holder = held ? HoldStore() : CFileHandle();
         const CResultTexts changed = RunUntilStoringBegins(kill * kRunsEach, kRunsEach);
-        for (const ULONGLONG seen = Microseconds(); Microseconds() - seen < delay;)
+        if (held)
+        {
+            EXPECT_TRUE(
+                m_machine.WaitForFile(kNewStore, [](const std::string& bytes) { return !bytes.empty(); }));
+        }
+        for (const ULONGLONG seen = Microseconds(); !held && Microseconds() - seen < delay;)
             YieldProcessor();
         TerminateProcess(m_provider.Get(), 9);
         WaitForSingleObject(m_provider.Get(), INFINITE);
@@ -152,7 +171,8 @@ TEST_F(KilledWhileStoring, NeverCostsAResultThatWasStoredBefore)
         const std::string trace = m_machine.ReadFileBytes(kTrace); // of this provider alone
         const bool whole = CountOf(trace, kStoringBegins) == CountOf(trace, kStoringEnds);
         interrupted += !whole;
-        delay = whole ? delay / 2 : delay + length / 8;
+        if (!held)
+            delay = whole ? delay / 2 : delay + length / 8;
 
         const CResultTexts after = Results();
         EXPECT_EQ(stored.size(), after.size()) << "kill " << kill;
