@@ -6,47 +6,47 @@ set "HERE=%~dp0"
 set "DATA=%ProgramData%\Veltrane\ZEB"
 set "KEY=HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
 set "APPID=HKCR\AppID\{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E21}"
-rem The compiler of the management service, or another one.
+rem The management service's compiler, or the one that the caller names.
 if not defined MOFCOMP set "MOFCOMP=mofcomp"
 
-reg add "%KEY%" /f >nul 2>&1
-if errorlevel 1 set "WHAT=Settings cannot be written to the registry. Run this as an administrator." & goto failed
+set "WHAT=the settings cannot be written. Run this as an administrator"
+echo Settings
+reg add "%KEY%" /v InstalledDir /t REG_SZ /d "%DATA%\\" /f >nul
+if not %errorlevel% == 0 goto failed
+reg add "%KEY%" /v DebugFileName /t REG_SZ /d "%DATA%\ZebDiagDbg.log" /f >nul
+if not %errorlevel% == 0 goto failed
+reg add "%KEY%" /v StoreAfterRun /t REG_DWORD /d 1 /f >nul
+if not %errorlevel% == 0 goto failed
 
+rem Full control for the system and administrators, change for the provider's account, read for users.
+set "WHAT=the data folder or its permissions cannot be made"
 echo Data folder %DATA%
 if not exist "%DATA%\" md "%DATA%"
-if not exist "%DATA%\" set "WHAT=The data folder cannot be made." & goto failed
-rem Full control for the system and administrators, change for the service account, read for users.
-icacls "%DATA%" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F *S-1-5-19:(OI)(CI)M *S-1-5-32-545:(OI)(CI)RX >nul 2>&1
-if errorlevel 1 set "WHAT=The permissions of the data folder cannot be set." & goto failed
+if not exist "%DATA%\" goto failed
+icacls "%DATA%" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F *S-1-5-19:(OI)(CI)M *S-1-5-32-545:(OI)(CI)RX >nul
+if not %errorlevel% == 0 goto failed
 
-echo Settings
-call :setting InstalledDir REG_SZ "%DATA%\\" || goto failed
-call :setting DebugFileName REG_SZ "%DATA%\ZebDiagDbg.log" || goto failed
-call :setting StoreAfterRun REG_DWORD 1 || goto failed
-
+rem Registering makes the AppID's key anew, so the account comes after it.
+set "WHAT=Drevok.EXE cannot be registered"
 echo Provider
 start "" /wait "%HERE%Drevok.EXE" /RegServer
-if errorlevel 1 set "WHAT=Drevok.EXE could not be registered." & goto failed
-rem Registering makes the key anew, so the account comes after it.
+if not %errorlevel% == 0 goto failed
 reg add "%APPID%" /v RunAs /t REG_SZ /d "NT AUTHORITY\LocalService" /f >nul
-if errorlevel 1 set "WHAT=The account of the provider cannot be set." & goto failed
+if not %errorlevel% == 0 goto failed
 
+set "WHAT=Vorl.dll cannot be registered"
 echo Adapter agent
 regsvr32 /s "%HERE%Vorl.dll"
-if errorlevel 1 set "WHAT=Vorl.dll could not be registered." & goto failed
+if not %errorlevel% == 0 goto failed
 
+set "WHAT=zebdiag.mof cannot be compiled"
 echo Schema
 %MOFCOMP% "%HERE%zebdiag.mof"
-if errorlevel 1 set "WHAT=zebdiag.mof could not be compiled." & goto failed
+if not %errorlevel% == 0 goto failed
 
-echo ZEB Diagnostics is installed. See what it finds with: "%HERE%zebdiag.exe" doctor
-exit /b 0
-
-:setting
-reg add "%KEY%" /v %1 /t %2 /d %3 /f >nul
-if errorlevel 1 set "WHAT=The setting %1 cannot be written." & exit /b 1
+echo ZEB Diagnostics is installed. See what it finds: "%HERE%zebdiag.exe" doctor
 exit /b 0
 
 :failed
-echo ZEB Diagnostics is not installed: %WHAT% 1>&2
+echo ZEB Diagnostics is not installed: %WHAT%. 1>&2
 exit /b 1

@@ -3,20 +3,25 @@ rem Removes what install.cmd has set up. Results, log and trace stay in the data
 rem Run it as an administrator.
 setlocal
 set "HERE=%~dp0"
-set "FAILED="
+set "KEY=HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
+set "LEFT="
 if not defined MOFCOMP set "MOFCOMP=mofcomp"
 
 rem The schema first: whoever asks for a class would start a provider that is going.
 %MOFCOMP% "%HERE%zebdiag-remove.mof"
-if errorlevel 1 set "FAILED=%FAILED% schema"
+if not %errorlevel% == 0 set "LEFT=%LEFT% schema"
 start "" /wait "%HERE%Drevok.EXE" /UnregServer
-if errorlevel 1 set "FAILED=%FAILED% provider"
+if not %errorlevel% == 0 set "LEFT=%LEFT% provider"
 regsvr32 /s /u "%HERE%Vorl.dll"
-if errorlevel 1 set "FAILED=%FAILED% agent"
-reg delete "HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag" /f >nul 2>&1
-reg query "HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag" >nul 2>&1
-if not errorlevel 1 set "FAILED=%FAILED% settings"
+if not %errorlevel% == 0 set "LEFT=%LEFT% agent"
+reg delete "%KEY%" /f >nul 2>&1
+reg query "%KEY%" >nul 2>&1
+if %errorlevel% == 0 set "LEFT=%LEFT% settings"
 
-if defined FAILED echo Not removed:%FAILED%. Run this as an administrator, again if need be. 1>&2 & exit /b 1
+if not defined LEFT goto removed
+echo Not removed:%LEFT%. Run this as an administrator, again if need be. 1>&2
+exit /b 1
+
+:removed
 echo ZEB Diagnostics is removed. Results and logs are still in %ProgramData%\Veltrane\ZEB.
 exit /b 0
