@@ -14,6 +14,17 @@ namespace
 constexpr ULONG kStatusMessage = 0;
 constexpr ULONG kFailedTestMessage = 3800;
 
+// An agent may pass a test and have something to say: a success code of its own form (0x0004nnnn) names the
+// text as a failure code does.
+bool IsFinding(HRESULT status) noexcept
+{
+    return (static_cast<ULONG>(status) & 0xFFFF8000) == 0x00040000;
+}
+ULONG TextOf(HRESULT status) noexcept
+{
+    return (static_cast<ULONG>(status) & 0x7FFF) | 0x8000;
+}
+
 constexpr int kEndAttempts = 30;
 constexpr DWORD kEndWait = 1000; // milliseconds
 
@@ -170,6 +181,18 @@ HRESULT CDiagMgr::CState::EndRun(HRESULT status, const CDiagTest& test, CDiagRes
         if (FAILED(hr))
             ZebDebug().Write("CDiagMgr::RunTest:SetPercentComplete2 failed.");
         return hr;
+    }
+    if (IsFinding(status) && !test.SenderResponder())
+    {
+        CResultMessages messages;
+        const HRESULT built = WithinMemory(
+            [&]
+            {
+                messages.Add(TextOf(status), static_cast<ULONG>(status));
+                return S_OK;
+            });
+        if (SUCCEEDED(built))
+            result.SetMessages(std::move(messages));
     }
     HRESULT hr = result.SetPercentComplete(100);
     if (FAILED(hr))

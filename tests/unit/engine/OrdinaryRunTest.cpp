@@ -53,6 +53,33 @@ TEST_F(OrdinaryRunTest, AFailedRunReturnsItsReasonAndShowsItInTwoMessages)
     EXPECT_EQ("", LogText()); // failed runs are not logged
 }
 
+TEST_F(OrdinaryRunTest, ASuccessCodeOfTheAgentIsTheFindingOfAPassedRun)
+{
+    agent->SetOutcomes(1, {static_cast<HRESULT>(0x00040322), S_OK});
+    ASSERT_EQ(S_OK, Start());
+    EXPECT_EQ(S_OK, Run(L"1@{aaa}"));
+    const CResultData data = ResultData(L"1@{aaa}");
+    EXPECT_EQ(2u, data.TestState);
+    EXPECT_EQ(100, data.PercentComplete);
+    EXPECT_EQ(1u, data.MessageCount);
+    EXPECT_EQ((std::vector<ULONG>{0x8322}), data.StringIDs);
+    EXPECT_EQ((std::vector<ULONG>{0x00040322}), data.TestMessages);
+    EXPECT_EQ(S_OK, Run(L"1@{aaa}"));
+    EXPECT_EQ(0u, ResultData(L"1@{aaa}").MessageCount);
+}
+
+TEST_F(OrdinaryRunTest, OtherSuccessCodesSayNothing)
+{
+    agent->SetOutcomes(1, {S_FALSE, static_cast<HRESULT>(0x00048322), static_cast<HRESULT>(0x00030322)});
+    ASSERT_EQ(S_OK, Start());
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ(S_OK, Run(L"1@{aaa}"));
+        EXPECT_EQ(2u, ResultData(L"1@{aaa}").TestState);
+        EXPECT_EQ(0u, ResultData(L"1@{aaa}").MessageCount);
+    }
+}
+
 TEST_F(OrdinaryRunTest, AnAgentThatThrowsFailsTheRun)
 {
     ASSERT_EQ(S_OK, Start());
