@@ -1,7 +1,8 @@
-// The failure codes of our agents. Each has a text in the resource libraries (_8023, see AgentErrors.inc)
-// that gives cause and next step; the string's number is (code & 0x7FFF) | 0x8000. The real agent's codes are
-// 0x80040300 + 0x10 * test number + n, with test number 0 for what is no test's own; the scripted agent's own
-// begin at 0x80040400.
+// The codes of our agents. Each has a text in the resource libraries (_8023, see AgentErrors.inc) that gives
+// cause and next step; the string's number is (code & 0x7FFF) | 0x8000. The real agent's codes are 0x80040300
+// + 0x10 * test number + n, with test number 0 for what is no test's own; the scripted agent's own begin at
+// 0x80040400. A test that passes with something to say returns a success code, 0x0004nnnn, whose text is its
+// finding.
 #pragma once
 
 #include <windows.h>
@@ -11,6 +12,10 @@ namespace vorl
 constexpr HRESULT AgentCode(unsigned number) noexcept
 {
     return static_cast<HRESULT>(0x80040000u | number);
+}
+constexpr HRESULT AgentFinding(unsigned number) noexcept
+{
+    return static_cast<HRESULT>(0x00040000u | number);
 }
 
 constexpr HRESULT NoSuchAdapter = AgentCode(0x0301); // never listed, or gone since
@@ -37,11 +42,12 @@ constexpr HRESULT NotReady = AgentCode(0x0315);
 namespace speed
 {
 constexpr HRESULT NoLink = AgentCode(0x0321);
-constexpr HRESULT NotReported = AgentCode(0x0322);
+constexpr HRESULT NotReported = AgentFinding(0x0322);
 constexpr HRESULT TooSlow = AgentCode(0x0323);
 constexpr HRESULT HalfDuplex = AgentCode(0x0324);
 constexpr HRESULT Unequal = AgentCode(0x0325);
-constexpr HRESULT DuplexNotReported = AgentCode(0x0326);
+constexpr HRESULT DuplexNotReported = AgentFinding(0x0326);
+constexpr HRESULT NothingReported = AgentFinding(0x0327); // neither speed nor duplex
 } // namespace speed
 
 namespace errors
@@ -51,6 +57,7 @@ constexpr HRESULT Transmit = AgentCode(0x0332);
 constexpr HRESULT Both = AgentCode(0x0333);
 constexpr HRESULT CountersReset = AgentCode(0x0334);
 constexpr HRESULT NotUp = AgentCode(0x0335);
+constexpr HRESULT Few = AgentFinding(0x0336);
 } // namespace errors
 
 namespace discards
@@ -60,6 +67,7 @@ constexpr HRESULT Transmit = AgentCode(0x0342);
 constexpr HRESULT Both = AgentCode(0x0343);
 constexpr HRESULT CountersReset = AgentCode(0x0344);
 constexpr HRESULT NotUp = AgentCode(0x0345);
+constexpr HRESULT Few = AgentFinding(0x0346);
 } // namespace discards
 
 namespace address
@@ -90,6 +98,18 @@ constexpr HRESULT Refused = AgentCode(0x0374);
 constexpr HRESULT NoAddress = AgentCode(0x0375);
 constexpr HRESULT NotSent = AgentCode(0x0376);
 } // namespace names
+
+// An interface above the adapter carries the addresses that tests 5 to 7 look at. It is the whole finding of
+// a test that passes; the code of one that fails has one of these offsets added.
+namespace carrier
+{
+constexpr HRESULT VirtualSwitch = AgentFinding(0x0500);
+constexpr HRESULT TeamOrBridge = AgentFinding(0x0600);
+constexpr HRESULT Above = AgentFinding(0x0700);
+constexpr HRESULT VirtualSwitchOffset = 0x0200;
+constexpr HRESULT TeamOrBridgeOffset = 0x0300;
+constexpr HRESULT AboveOffset = 0x0400;
+} // namespace carrier
 
 namespace state
 {

@@ -15,6 +15,8 @@ struct CTrafficCounters
     ULONG64 TransmitErrors = 0;
     ULONG64 ReceiveDiscards = 0;
     ULONG64 TransmitDiscards = 0;
+    ULONG64 Received = 0; // frames that arrived whole
+    ULONG64 Transmitted = 0;
 };
 
 struct COwnAddress
@@ -22,6 +24,15 @@ struct COwnAddress
     SOCKADDR_INET Address = {};
     BYTE PrefixLength = 0;
     NL_DAD_STATE Duplicates = IpDadStatePreferred; // how the check for duplicates on the network went
+};
+
+// Which interface has the addresses through which an adapter is used.
+enum class Carrier
+{
+    Itself,
+    VirtualSwitch, // the machine's own adapter on a Hyper-V virtual switch
+    TeamOrBridge,
+    Above // another interface on top of the adapter
 };
 
 struct CAdapterFacts
@@ -40,7 +51,9 @@ struct CAdapterFacts
     ULONG Mtu = 0;
     std::vector<BYTE> MacAddress;
     CTrafficCounters Traffic;
+    ULONG64 Moment = 0; // when the counters were read, in milliseconds of a steady clock
 
+    Carrier AddressCarrier = Carrier::Itself; // whose the lists that follow are
     std::vector<COwnAddress> Addresses;
     std::vector<SOCKADDR_INET> Gateways;
     std::vector<SOCKADDR_INET> DnsServers;

@@ -3,12 +3,10 @@
 #include "Common/src/com/Owned.h"
 #include "agent/host/DnsQuestion.h"
 #include "agent/host/Probes.h"
-#include "agent/host/WiredAdapters.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <objbase.h>
 
 namespace
 {
@@ -65,40 +63,38 @@ SOCKADDR_INET ToAddress(const SOCKET_ADDRESS& from) noexcept
     return address;
 }
 
-void AddAddresses(const IP_ADAPTER_ADDRESSES& from, CAdapterFacts& facts)
+void AddAddresses(const IP_ADAPTER_ADDRESSES& from, CInterface& to)
 {
     for (const auto* own = from.FirstUnicastAddress; own; own = own->Next)
-        facts.Addresses.push_back(
+        to.Addresses.push_back(
             {ToAddress(own->Address), own->OnLinkPrefixLength, static_cast<NL_DAD_STATE>(own->DadState)});
     for (const auto* gateway = from.FirstGatewayAddress; gateway; gateway = gateway->Next)
-        facts.Gateways.push_back(ToAddress(gateway->Address));
+        to.Gateways.push_back(ToAddress(gateway->Address));
     for (const auto* server = from.FirstDnsServerAddress; server; server = server->Next)
-        facts.DnsServers.push_back(ToAddress(server->Address));
+        to.DnsServers.push_back(ToAddress(server->Address));
 }
 
-CAdapterFacts ToFacts(const MIB_IF_ROW2& row)
+struct StackTableTraits
 {
-    CAdapterFacts facts;
-    wchar_t key[39] = {};
-    StringFromGUID2(row.InterfaceGuid, key, 39);
-    facts.Key = key;
-    facts.OperStatus = row.OperStatus;
-    facts.AdminStatus = row.AdminStatus;
-    facts.Media = row.MediaConnectState;
-    facts.NotAuthenticated = row.InterfaceAndOperStatusFlags.NotAuthenticated;
-    facts.Paused = row.InterfaceAndOperStatusFlags.Paused;
-    facts.LowPower = row.InterfaceAndOperStatusFlags.LowPower;
-    facts.TransmitSpeed = row.TransmitLinkSpeed;
-    facts.ReceiveSpeed = row.ReceiveLinkSpeed;
-    facts.Mtu = row.Mtu;
-    const ULONG length = std::min<ULONG>(row.PhysicalAddressLength, IF_MAX_PHYS_ADDRESS_LENGTH);
-    facts.MacAddress.assign(row.PhysicalAddress, row.PhysicalAddress + length);
-    facts.Traffic = {row.InErrors, row.OutErrors, row.InDiscards, row.OutDiscards};
-    return facts;
+    using Type = MIB_IFSTACK_TABLE*;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type table) noexcept { FreeMibTable(table); }
+};
+
+// Looked up by name, so that the agent loads and lists adapters where the system has no such table.
+std::vector<MIB_IFSTACK_ROW> ReadStack()
+{
+    using Function = NETIO_STATUS(WINAPI*)(MIB_IFSTACK_TABLE**);
+    const auto read = reinterpret_cast<Function>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"iphlpapi.dll"), "GetIfStackTable")));
+    COwned<StackTableTraits> table;
+    if (!read || read(table.Put()) != NO_ERROR)
+        return {};
+    return {table.Get()->Table, table.Get()->Table + table.Get()->NumEntries};
 }
 } // namespace
 
-CSystemNetworkFacts::CSystemNetworkFacts() noexcept
+CSystemNetworkFacts::CSystemNetworkFacts(WiredRule isWired) noexcept : m_isWired(isWired)
 {
     WSADATA data = {};
     m_sockets = WSAStartup(MAKEWORD(2, 2), &data) == 0;
@@ -115,27 +111,22 @@ DWORD CSystemNetworkFacts::ListAdapters(std::vector<CAdapterFacts>& adapters)
     adapters.clear();
     COwned<InterfaceTableTraits> table;
     CAddressList addresses;
+    CMachineFacts machine;
     DWORD status = GetIfTable2(table.Put());
+    machine.Moment = GetTickCount64();
     if (status == NO_ERROR)
         status = addresses.Read();
     if (status != NO_ERROR)
         return status;
-    std::vector<const MIB_IF_ROW2*> rows;
+    machine.Stack = ReadStack();
     for (ULONG i = 0; i < table.Get()->NumEntries; ++i)
-        rows.push_back(&table.Get()->Table[i]);
-    // Unlike its index and its place in the table, an interface's LUID outlives a restart.
-    std::sort(rows.begin(), rows.end(),
-              [](const auto* a, const auto* b) { return a->InterfaceLuid.Value < b->InterfaceLuid.Value; });
-    for (const MIB_IF_ROW2* row : rows)
     {
-        const IP_ADAPTER_ADDRESSES* own = addresses.Find(row->InterfaceLuid);
-        if (!IsWiredAdapter(*row, AskHost(row->Alias), own && own->FirstGatewayAddress))
-            continue;
-        CAdapterFacts facts = ToFacts(*row);
-        if (own)
-            AddAddresses(*own, facts);
-        adapters.push_back(std::move(facts));
+        CInterface& each = machine.Interfaces.emplace_back();
+        each.Row = table.Get()->Table[i];
+        if (const IP_ADAPTER_ADDRESSES* own = addresses.Find(each.Row.InterfaceLuid))
+            AddAddresses(*own, each);
     }
+    adapters = WiredAdapters(machine, m_isWired);
     return NO_ERROR;
 }
 

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "agent/host/NetworkFacts.h"
+#include "agent/host/WiredAdapters.h"
 
 class CSystemNetworkFacts final : public INetworkFacts
 {
   public:
-    CSystemNetworkFacts() noexcept;
+    explicit CSystemNetworkFacts(WiredRule isWired = IsWiredAdapter) noexcept;
     ~CSystemNetworkFacts() override;
     CSystemNetworkFacts(const CSystemNetworkFacts&) = delete;
     CSystemNetworkFacts& operator=(const CSystemNetworkFacts&) = delete;
@@ -19,5 +20,6 @@ class CSystemNetworkFacts final : public INetworkFacts
                        HANDLE stop) override;
 
   private:
+    const WiredRule m_isWired;
     bool m_sockets = false;
 };

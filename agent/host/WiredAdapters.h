@@ -1,19 +1,15 @@
-// Which of the system's interfaces are physical wired Ethernet adapters.
+// Which of the system's interfaces are physical wired Ethernet adapters, and what the tests have to know of
+// them.
 #pragma once
 
-#include "agent/host/AdapterFacts.h"
+#include "agent/host/MachineFacts.h"
 
-// What a host system below this one says of an interface. Windows runs on no other system; Wine does, and
-// reports every interface of its host as hardware.
-enum class HostKind
-{
-    NotTold,
-    Device,  // a device stands behind it
-    Virtual, // none does
-    Wireless
-};
-HostKind AskHost(const wchar_t* interfaceName) noexcept;
+using WiredRule = bool (*)(const CInterface& candidate) noexcept;
 
-// `hasGateway`: what connects a machine to its network counts as its wired adapter even where the host knows
-// no device behind it, as in a container.
-bool IsWiredAdapter(const MIB_IF_ROW2& row, HostKind host, bool hasGateway) noexcept;
+// Adapters on PCI, USB and in docking stations count; loopback, Bluetooth, wireless, VPN, tunnel and other
+// virtual interfaces do not, nor do teams, bridges and adapters on virtual switches.
+bool IsWiredAdapter(const CInterface& candidate) noexcept;
+
+// In the order of their LUIDs which, unlike indices and places in tables, outlive a restart. Throws
+// std::bad_alloc only.
+std::vector<CAdapterFacts> WiredAdapters(const CMachineFacts& machine, WiredRule isWired = IsWiredAdapter);

@@ -1,5 +1,6 @@
 // Test 5: is the adapter's address configuration one that can work?
 #include "agent/AgentCodes.h"
+#include "agent/host/AddressCarrier.h"
 #include "agent/host/Addresses.h"
 #include "agent/host/HostTest.h"
 
@@ -29,14 +30,9 @@ bool IsReachable(const SOCKADDR_INET& gateway, const std::vector<COwnAddress>& a
                            return pointToPoint || InSamePrefix(gateway, own.Address, own.PrefixLength);
                        });
 }
-} // namespace
 
-HRESULT RunAddressTest(const CHostRun& run)
+HRESULT Judge(const CAdapterFacts& adapter)
 {
-    CAdapterFacts adapter;
-    const HRESULT hr = run.Read(adapter);
-    if (FAILED(hr))
-        return hr;
     const auto& own = adapter.Addresses;
     if (own.empty())
         return vorl::address::None;
@@ -55,4 +51,12 @@ HRESULT RunAddressTest(const CHostRun& run)
     return std::all_of(adapter.Gateways.begin(), adapter.Gateways.end(), reachable)
                ? S_OK
                : vorl::address::GatewayOutside;
+}
+} // namespace
+
+HRESULT RunAddressTest(const CHostRun& run)
+{
+    CAdapterFacts adapter;
+    const HRESULT hr = run.Read(adapter);
+    return FAILED(hr) ? hr : CarriedOutcome(adapter.AddressCarrier, Judge(adapter));
 }

@@ -1,5 +1,6 @@
 // Test 6: does the adapter's default gateway answer?
 #include "agent/AgentCodes.h"
+#include "agent/host/AddressCarrier.h"
 #include "agent/host/Addresses.h"
 #include "agent/host/HostTest.h"
 
@@ -47,19 +48,14 @@ HRESULT CodeOf(Reply reply) noexcept
         return vorl::gateway::Silent;
     }
 }
-} // namespace
 
-HRESULT RunGatewayTest(const CHostRun& run)
+HRESULT Judge(const CHostRun& run, const CAdapterFacts& adapter)
 {
-    CAdapterFacts adapter;
-    HRESULT hr = run.Read(adapter);
-    if (FAILED(hr))
-        return hr;
     if (adapter.Gateways.empty())
         return vorl::gateway::None;
     // One gateway that answers is enough. Of several failures the first one is told, save that silence, which
     // is an observation, counts more than a probe that could not be made.
-    hr = S_OK;
+    HRESULT hr = S_OK;
     for (const SOCKADDR_INET& gateway : adapter.Gateways)
     {
         SOCKADDR_INET any = {};
@@ -71,4 +67,12 @@ HRESULT RunGatewayTest(const CHostRun& run)
             hr = one;
     }
     return hr;
+}
+} // namespace
+
+HRESULT RunGatewayTest(const CHostRun& run)
+{
+    CAdapterFacts adapter;
+    const HRESULT hr = run.Read(adapter);
+    return FAILED(hr) ? hr : CarriedOutcome(adapter.AddressCarrier, Judge(run, adapter));
 }

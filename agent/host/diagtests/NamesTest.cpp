@@ -2,6 +2,7 @@
 // own address, a question that a site's servers answer themselves; a look-up through the system's resolver
 // could be answered by a server of another adapter, or from memory.
 #include "agent/AgentCodes.h"
+#include "agent/host/AddressCarrier.h"
 #include "agent/host/Addresses.h"
 #include "agent/host/HostTest.h"
 
@@ -29,14 +30,9 @@ HRESULT Verdict(const CTally& tally) noexcept
         return vorl::names::NoneAnswers;
     return tally.NotSent > 0 ? vorl::names::NotSent : vorl::names::NoAddress;
 }
-} // namespace
 
-HRESULT RunNamesTest(const CHostRun& run)
+HRESULT Ask(const CHostRun& run, CAdapterFacts adapter)
 {
-    CAdapterFacts adapter;
-    const HRESULT hr = run.Read(adapter);
-    if (FAILED(hr))
-        return hr;
     std::erase_if(adapter.DnsServers, IsPlaceholderDns);
     if (adapter.DnsServers.empty())
         return vorl::names::NoServers;
@@ -68,4 +64,12 @@ HRESULT RunNamesTest(const CHostRun& run)
         }
     }
     return Verdict(tally);
+}
+} // namespace
+
+HRESULT RunNamesTest(const CHostRun& run)
+{
+    CAdapterFacts adapter;
+    const HRESULT hr = run.Read(adapter);
+    return FAILED(hr) ? hr : CarriedOutcome(adapter.AddressCarrier, Ask(run, adapter));
 }

@@ -1,4 +1,4 @@
-// Test 2: what did adapter and switch negotiate?
+// Test 2: what did adapter and switch negotiate? What the driver does not report is said, and is no failure.
 #include "agent/AgentCodes.h"
 #include "agent/host/HostTest.h"
 
@@ -6,12 +6,17 @@ namespace
 {
 constexpr ULONG64 kMegabit = 1'000'000;
 constexpr ULONG64 kSlowest = 100 * kMegabit;
-// From here on Ethernet knows full duplex only, so that nobody has to report it.
+// From here on Ethernet knows full duplex only, so that no driver has to report it.
 constexpr ULONG64 kAlwaysFullDuplex = 1000 * kMegabit;
 
 bool IsKnown(ULONG64 speed) noexcept
 {
     return speed != 0 && speed != ~0ULL;
+}
+
+bool IsTooSlow(ULONG64 speed) noexcept
+{
+    return IsKnown(speed) && speed < kSlowest;
 }
 } // namespace
 
@@ -23,16 +28,17 @@ HRESULT RunSpeedTest(const CHostRun& run)
         return hr;
     if (adapter.OperStatus != IfOperStatusUp)
         return vorl::speed::NoLink;
-    if (!IsKnown(adapter.TransmitSpeed) || !IsKnown(adapter.ReceiveSpeed))
-        return vorl::speed::NotReported;
-    if (adapter.TransmitSpeed != adapter.ReceiveSpeed)
+    const bool speedKnown = IsKnown(adapter.TransmitSpeed) && IsKnown(adapter.ReceiveSpeed);
+    if (speedKnown && adapter.TransmitSpeed != adapter.ReceiveSpeed)
         return vorl::speed::Unequal;
-    if (adapter.TransmitSpeed < kSlowest)
+    if (IsTooSlow(adapter.TransmitSpeed) || IsTooSlow(adapter.ReceiveSpeed))
         return vorl::speed::TooSlow;
-    if (adapter.TransmitSpeed >= kAlwaysFullDuplex)
+    if (speedKnown && adapter.TransmitSpeed >= kAlwaysFullDuplex)
         return S_OK;
     const std::optional<bool> fullDuplex = run.Network().IsFullDuplex(run.AdapterKey());
-    if (!fullDuplex)
-        return vorl::speed::DuplexNotReported;
-    return *fullDuplex ? S_OK : vorl::speed::HalfDuplex;
+    if (fullDuplex && !*fullDuplex)
+        return vorl::speed::HalfDuplex;
+    if (!speedKnown)
+        return fullDuplex ? vorl::speed::NotReported : vorl::speed::NothingReported;
+    return fullDuplex ? S_OK : vorl::speed::DuplexNotReported;
 }

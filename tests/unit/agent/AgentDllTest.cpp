@@ -7,8 +7,10 @@
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 
 namespace
 {
@@ -85,6 +87,7 @@ struct Dll
     const char* key;
 };
 constexpr Dll kDlls[] = {{L"Vorl.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
+                         {L"VorlUnderWine.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
                          {L"VorlTest.dll", kClsidVorlTest, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E11}"}};
 
 TEST(AgentDlls, ServeTheirClassAndNoOther)
@@ -125,9 +128,13 @@ TEST(AgentDlls, RegisterAndUnregisterThemselves)
 }
 
 // What this machine has is not known here; whatever it has, the agent lists it with its tests.
-TEST(VorlDll, ListsThisMachinesAdaptersWithTheirTests)
+class HostAgentDll : public testing::TestWithParam<const wchar_t*>
 {
-    const CAgentDll dll(L"Vorl.dll");
+};
+
+TEST_P(HostAgentDll, ListsThisMachinesAdaptersWithTheirTests)
+{
+    const CAgentDll dll(GetParam());
     ComPtr<IVormRoot> root = Make(dll, kClsidVorl);
     ASSERT_EQ(S_OK, root->Initialize(0));
     ComPtr<IVormDiag> diag;
@@ -142,5 +149,28 @@ TEST(VorlDll, ListsThisMachinesAdaptersWithTheirTests)
         EXPECT_EQ(S_OK, ListTests(*diag, key.c_str(), tests));
         EXPECT_EQ(8u, tests.size());
     }
+}
+
+INSTANTIATE_TEST_SUITE_P(Dlls, HostAgentDll, testing::Values(L"Vorl.dll", L"VorlUnderWine.dll"),
+                         [](const auto& info) { return info.index == 0 ? "Shipped" : "UnderWine"; });
+
+// Whether the DLL's file has this text in it, as wide characters.
+bool HasText(const wchar_t* dll, std::wstring_view text)
+{
+    const CModule module(LoadLibraryW(dll));
+    wchar_t path[MAX_PATH] = {};
+    EXPECT_NE(0u, GetModuleFileNameW(module.Get(), path, MAX_PATH));
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    const std::string content(std::istreambuf_iterator<char>(file), {});
+    EXPECT_NE(0u, content.size());
+    const std::string_view wanted(reinterpret_cast<const char*>(text.data()), text.size() * sizeof text[0]);
+    return content.find(wanted) != std::string::npos;
+}
+
+TEST(HostAgentDlls, OnlyTheOneForDevelopmentAsksTheHostBelowWine)
+{
+    EXPECT_TRUE(HasText(L"VorlUnderWine.dll", L"\\unix\\sys\\class\\net"));
+    EXPECT_FALSE(HasText(L"Vorl.dll", L"\\unix"));
+    EXPECT_FALSE(HasText(L"Vorl.dll", L"\\sys\\"));
 }
 } // namespace

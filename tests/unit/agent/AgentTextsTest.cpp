@@ -1,6 +1,7 @@
 // Every code of our agents has a text that a client can show.
 #include "Common/src/com/Owned.h"
 #include "agent/AgentCodes.h"
+#include "agent/host/AddressCarrier.h"
 
 #include <gtest/gtest.h>
 
@@ -26,16 +27,19 @@ constexpr HRESULT kCodes[] = {
     vorl::speed::HalfDuplex,
     vorl::speed::Unequal,
     vorl::speed::DuplexNotReported,
+    vorl::speed::NothingReported,
     vorl::errors::Receive,
     vorl::errors::Transmit,
     vorl::errors::Both,
     vorl::errors::CountersReset,
     vorl::errors::NotUp,
+    vorl::errors::Few,
     vorl::discards::Receive,
     vorl::discards::Transmit,
     vorl::discards::Both,
     vorl::discards::CountersReset,
     vorl::discards::NotUp,
+    vorl::discards::Few,
     vorl::address::None,
     vorl::address::SelfAssigned,
     vorl::address::Duplicate,
@@ -53,6 +57,9 @@ constexpr HRESULT kCodes[] = {
     vorl::names::Refused,
     vorl::names::NoAddress,
     vorl::names::NotSent,
+    vorl::carrier::VirtualSwitch,
+    vorl::carrier::TeamOrBridge,
+    vorl::carrier::Above,
     vorl::state::Disabled,
     vorl::state::NotPresent,
     vorl::state::BadMtu,
@@ -65,17 +72,47 @@ constexpr HRESULT kCodes[] = {
     vorl::script::BadContent,
 };
 
-TEST(AgentTexts, EveryCodeGivesCauseAndNextStep)
+class AgentTexts : public testing::Test
 {
-    const CModule library(LoadLibraryExW(L"ENU_8023.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE));
-    ASSERT_TRUE(library);
+  protected:
+    std::wstring Text(HRESULT code) const
+    {
+        EXPECT_TRUE(m_library);
+        wchar_t text[512] = {};
+        LoadStringW(m_library.Get(), (static_cast<UINT>(code) & 0x7FFF) | 0x8000, text, 512);
+        return text;
+    }
+
+  private:
+    const CModule m_library{LoadLibraryExW(L"ENU_8023.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE)};
+};
+
+TEST_F(AgentTexts, EveryCodeGivesCauseAndNextStep)
+{
     for (const HRESULT code : kCodes)
     {
-        wchar_t text[512] = {};
-        const int length = LoadStringW(library.Get(), (static_cast<UINT>(code) & 0x7FFF) | 0x8000, text, 512);
-        EXPECT_GT(length, 0) << std::hex << code;
         // At least two sentences: what is the matter, and what to do.
-        EXPECT_NE(std::wstring::npos, std::wstring_view(text).find(L". ")) << std::hex << code;
+        EXPECT_NE(std::wstring::npos, Text(code).find(L". ")) << std::hex << code;
     }
+}
+
+// On a carrier, a text says first whose addresses it is about.
+TEST_F(AgentTexts, WhatIsFoundOnACarrierSaysSoFirst)
+{
+    constexpr std::pair<Carrier, std::wstring_view> kKinds[] = {
+        {Carrier::VirtualSwitch, L"This machine's own adapter on the Hyper-V virtual switch "},
+        {Carrier::TeamOrBridge, L"The team or bridge that this adapter belongs to "},
+        {Carrier::Above, L"An interface that stands above this adapter "}};
+    for (const HRESULT code : kCodes)
+        for (const auto& [kind, beginning] : kKinds)
+        {
+            const HRESULT carried = CarriedOutcome(kind, code);
+            if (carried == code)
+                continue;
+            EXPECT_TRUE(Text(carried).starts_with(beginning)) << std::hex << carried;
+            EXPECT_TRUE(Text(carried).ends_with(L"this was found there. " + Text(code)))
+                << std::hex << carried;
+        }
+    EXPECT_NE(vorl::gateway::Silent, CarriedOutcome(Carrier::Above, vorl::gateway::Silent));
 }
 } // namespace

@@ -31,7 +31,8 @@ inline CAdapterFacts HealthyAdapter()
     adapter.TransmitSpeed = adapter.ReceiveSpeed = 1'000'000'000;
     adapter.Mtu = 1500;
     adapter.MacAddress = {0x02, 0xFC, 0, 0, 0, 1};
-    adapter.Traffic = {5, 6, 7, 8};
+    adapter.Traffic = {5, 6, 7, 8, 9000, 9000};
+    adapter.Moment = 60'000;
     adapter.Addresses = {{Address(L"192.0.2.2"), 24, IpDadStatePreferred},
                          {Address(L"fe80::1"), 64, IpDadStatePreferred}};
     adapter.Gateways = {Address(L"192.0.2.1")};

@@ -102,17 +102,42 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Ten", RunSpeedTest, Speed(10'000'000), vorl::speed::TooSlow},
         Case{"ReportedAsZero", RunSpeedTest, Speed(0), vorl::speed::NotReported},
         Case{"ReportedAsAllOnes", RunSpeedTest, Speed(~0ULL), vorl::speed::NotReported},
+        Case{"OneDirectionNotReported", RunSpeedTest, Set(&CAdapterFacts::ReceiveSpeed, 0),
+             vorl::speed::NotReported},
+        Case{"OneDirectionTooSlowTheOtherNotReported", RunSpeedTest,
+             Then(Set(&CAdapterFacts::ReceiveSpeed, 0), Set(&CAdapterFacts::TransmitSpeed, 10'000'000)),
+             vorl::speed::TooSlow},
+        Case{"NeitherReported", RunSpeedTest, Then(Speed(0), Duplex(std::nullopt)),
+             vorl::speed::NothingReported},
+        Case{"SpeedNotReportedHalfDuplex", RunSpeedTest, Then(Speed(0), Duplex(false)),
+             vorl::speed::HalfDuplex},
         Case{"Unequal", RunSpeedTest, Set(&CAdapterFacts::ReceiveSpeed, 100'000'000), vorl::speed::Unequal},
         Case{"NoLink", RunSpeedTest, Set(&CAdapterFacts::OperStatus, IfOperStatusDown), vorl::speed::NoLink}),
     NameOf<Case>);
 
-// The first look shows a healthy adapter, the next one these counters.
-Change GrowTo(CTrafficCounters counters)
+// The first look shows a healthy adapter; until the next one, two seconds later, its counters grow by this
+// much.
+Change Grow(CTrafficCounters by)
 {
     return [=](CFakeNetwork& network, CAdapterFacts& adapter)
     {
         network.Looks.push_back({adapter});
-        adapter.Traffic = counters;
+        adapter.Moment += 2000;
+        adapter.Traffic.ReceiveErrors += by.ReceiveErrors;
+        adapter.Traffic.TransmitErrors += by.TransmitErrors;
+        adapter.Traffic.ReceiveDiscards += by.ReceiveDiscards;
+        adapter.Traffic.TransmitDiscards += by.TransmitDiscards;
+        adapter.Traffic.Received += by.Received;
+        adapter.Traffic.Transmitted += by.Transmitted;
+    };
+}
+// As above, from counters that run on to ones that begin anew.
+Change Restart(ULONG64 CTrafficCounters::*counter)
+{
+    return [=](CFakeNetwork& network, CAdapterFacts& adapter)
+    {
+        network.Looks.push_back({adapter});
+        adapter.Traffic.*counter = 0;
     };
 }
 Change GoesDownMeanwhile()
@@ -135,22 +160,50 @@ Change DisappearsMeanwhile()
 INSTANTIATE_TEST_SUITE_P(
     Counters, HostTest,
     testing::Values(
-        Case{"ErrorsStay", RunErrorsTest, GrowTo({5, 6, 7, 8}), S_OK},
-        Case{"ReceiveErrorsGrow", RunErrorsTest, GrowTo({6, 6, 7, 8}), vorl::errors::Receive},
-        Case{"TransmitErrorsGrow", RunErrorsTest, GrowTo({5, 7, 7, 8}), vorl::errors::Transmit},
-        Case{"BothErrorsGrow", RunErrorsTest, GrowTo({6, 7, 7, 8}), vorl::errors::Both},
-        Case{"ErrorsReset", RunErrorsTest, GrowTo({0, 9, 7, 8}), vorl::errors::CountersReset},
-        Case{"ErrorsIgnoreDiscards", RunErrorsTest, GrowTo({5, 6, 9, 9}), S_OK},
+        Case{"ErrorsStay", RunErrorsTest, Grow({0, 0, 0, 0, 5000, 5000}), S_OK},
+        Case{"OneErrorASecond", RunErrorsTest, Grow({2, 0, 0, 0, 0, 0}), vorl::errors::Few},
+        Case{"OneErrorTooManyWithoutTraffic", RunErrorsTest, Grow({3, 0, 0, 0, 0, 0}), vorl::errors::Receive},
+        Case{"OneErrorInTenThousand", RunErrorsTest, Grow({3, 0, 0, 0, 29'997, 0}), vorl::errors::Few},
+        Case{"MoreThanOneErrorInTenThousand", RunErrorsTest, Grow({3, 0, 0, 0, 29'996, 0}),
+             vorl::errors::Receive},
+        Case{"TransmitErrorsASecond", RunErrorsTest, Grow({0, 2, 0, 0, 0, 0}), vorl::errors::Few},
+        Case{"TransmitErrorsInTenThousand", RunErrorsTest, Grow({0, 3, 0, 0, 0, 29'997}), vorl::errors::Few},
+        Case{"TransmitErrorsExceed", RunErrorsTest, Grow({0, 3, 0, 0, 0, 29'996}), vorl::errors::Transmit},
+        Case{"TrafficOfTheOtherDirectionDoesNotCount", RunErrorsTest, Grow({3, 0, 0, 0, 0, 90'000}),
+             vorl::errors::Receive},
+        Case{"BothErrorsExceed", RunErrorsTest, Grow({3, 3, 0, 0, 100, 100}), vorl::errors::Both},
+        Case{"OneExceedsTheOtherHasFew", RunErrorsTest, Grow({1, 3, 0, 0, 100, 100}), vorl::errors::Transmit},
+        Case{"ReceiveErrorsReset", RunErrorsTest, Restart(&CTrafficCounters::ReceiveErrors),
+             vorl::errors::CountersReset},
+        Case{"TransmitErrorsReset", RunErrorsTest, Restart(&CTrafficCounters::TransmitErrors),
+             vorl::errors::CountersReset},
+        Case{"ReceivedReset", RunErrorsTest, Restart(&CTrafficCounters::Received),
+             vorl::errors::CountersReset},
+        Case{"TransmittedReset", RunErrorsTest, Restart(&CTrafficCounters::Transmitted),
+             vorl::errors::CountersReset},
+        Case{"ErrorsIgnoreDiscards", RunErrorsTest, Grow({0, 0, 900, 900, 0, 0}), S_OK},
         Case{"ErrorsOfAnAdapterThatIsDown", RunErrorsTest, Set(&CAdapterFacts::OperStatus, IfOperStatusDown),
              vorl::errors::NotUp},
         Case{"ErrorsLinkLostMeanwhile", RunErrorsTest, GoesDownMeanwhile(), vorl::errors::NotUp},
         Case{"ErrorsAdapterGoneMeanwhile", RunErrorsTest, DisappearsMeanwhile(), vorl::NoSuchAdapter},
-        Case{"DiscardsStay", RunDiscardsTest, GrowTo({5, 6, 7, 8}), S_OK},
-        Case{"ReceiveDiscardsGrow", RunDiscardsTest, GrowTo({5, 6, 8, 8}), vorl::discards::Receive},
-        Case{"TransmitDiscardsGrow", RunDiscardsTest, GrowTo({5, 6, 7, 9}), vorl::discards::Transmit},
-        Case{"BothDiscardsGrow", RunDiscardsTest, GrowTo({5, 6, 8, 9}), vorl::discards::Both},
-        Case{"DiscardsReset", RunDiscardsTest, GrowTo({5, 6, 9, 0}), vorl::discards::CountersReset},
-        Case{"DiscardsIgnoreErrors", RunDiscardsTest, GrowTo({9, 9, 7, 8}), S_OK},
+        Case{"DiscardsStay", RunDiscardsTest, Grow({0, 0, 0, 0, 5000, 5000}), S_OK},
+        Case{"OneDiscardMore", RunDiscardsTest, Grow({0, 0, 1, 0, 0, 0}), vorl::discards::Few},
+        Case{"TenDiscardsASecond", RunDiscardsTest, Grow({0, 0, 20, 0, 0, 0}), vorl::discards::Few},
+        Case{"OneDiscardTooManyWithoutTraffic", RunDiscardsTest, Grow({0, 0, 21, 0, 0, 0}),
+             vorl::discards::Receive},
+        Case{"OneDiscardInAHundred", RunDiscardsTest, Grow({0, 0, 21, 0, 2079, 0}), vorl::discards::Few},
+        Case{"MoreThanOneDiscardInAHundred", RunDiscardsTest, Grow({0, 0, 21, 0, 2078, 0}),
+             vorl::discards::Receive},
+        Case{"TransmitDiscardsInAHundred", RunDiscardsTest, Grow({0, 0, 0, 21, 0, 2079}),
+             vorl::discards::Few},
+        Case{"TransmitDiscardsExceed", RunDiscardsTest, Grow({0, 0, 0, 21, 0, 2078}),
+             vorl::discards::Transmit},
+        Case{"BothDiscardsExceed", RunDiscardsTest, Grow({0, 0, 21, 21, 100, 100}), vorl::discards::Both},
+        Case{"ReceiveDiscardsReset", RunDiscardsTest, Restart(&CTrafficCounters::ReceiveDiscards),
+             vorl::discards::CountersReset},
+        Case{"TransmitDiscardsReset", RunDiscardsTest, Restart(&CTrafficCounters::TransmitDiscards),
+             vorl::discards::CountersReset},
+        Case{"DiscardsIgnoreErrors", RunDiscardsTest, Grow({900, 900, 0, 0, 0, 0}), S_OK},
         Case{"DiscardsOfAnAdapterThatIsDown", RunDiscardsTest,
              Set(&CAdapterFacts::OperStatus, IfOperStatusDown), vorl::discards::NotUp},
         Case{"DiscardsLinkLostMeanwhile", RunDiscardsTest, GoesDownMeanwhile(), vorl::discards::NotUp}),
@@ -196,6 +249,9 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"LinkLocalGateway6", RunAddressTest, Then(OneOwn(L"2001:db8::2", 64), Gateway(L"fe80::99")),
              S_OK},
         Case{"PrefixZero6", RunAddressTest, OneOwn(L"2001:db8::2", 0), vorl::address::BadPrefix},
+        Case{"FailsOnACarrier", RunAddressTest,
+             Then(OneOwn(L"169.254.7.7", 16), Set(&CAdapterFacts::AddressCarrier, Carrier::VirtualSwitch)),
+             static_cast<HRESULT>(0x80040552)},
         Case{"GatewayOutside6", RunAddressTest, Then(OneOwn(L"2001:db8::2", 64), Gateway(L"2001:db9::1")),
              vorl::address::GatewayOutside}),
     NameOf<Case>);
@@ -240,6 +296,10 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"TheSecondOneAnswers", RunGatewayTest,
              TwoGateways({Reply::Silent, Reply::Silent, Reply::Silent, Reply::Answered}, Reply::Silent),
              S_OK},
+        Case{"SilentOnACarrier", RunGatewayTest,
+             Then(Replies({Reply::Silent}, Reply::Silent),
+                  Set(&CAdapterFacts::AddressCarrier, Carrier::TeamOrBridge)),
+             static_cast<HRESULT>(0x80040662)},
         Case{"SilenceCountsMoreThanNoProbe", RunGatewayTest,
              TwoGateways({Reply::Unsupported, Reply::Silent}, Reply::Unsupported), vorl::gateway::Silent}),
     NameOf<Case>);
@@ -270,6 +330,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"NotSent", RunNamesTest, Dns({Reply::NotSent}), vorl::names::NotSent},
                     Case{"Stopped", RunNamesTest, Dns({Reply::Stopped}), vorl::Stopped},
                     Case{"NoAddress", RunNamesTest, Own({}), vorl::names::NoAddress},
+                    Case{"NoServersOnACarrier", RunNamesTest,
+                         Then(DnsServers({}), Set(&CAdapterFacts::AddressCarrier, Carrier::Above)),
+                         static_cast<HRESULT>(0x80040771)},
                     Case{"ServerOfAFamilyWithoutAddress", RunNamesTest,
                          DnsServers({Address(L"192.0.2.53"), Address(L"2001:db8::53")}), S_OK}),
     NameOf<Case>);
