@@ -42,7 +42,10 @@ CCall::CCall(std::unique_ptr<CPipe> pipe, const CCallMessage& message)
 {
     if (!m_turn)
         throw std::bad_alloc();
-    if (!m_pipe->Send(Encode(message)))
+    const std::vector<BYTE> bytes = Encode(message);
+    if (bytes.size() > kLargestFrame)
+        Take(COutcome(kTooLong));
+    else if (!m_pipe->Send(bytes))
         Take(COutcome(kServiceFailed));
 }
 
@@ -67,7 +70,7 @@ bool CCall::ReadAnswer(DWORD milliseconds)
         return false;
     const auto take = [&]
     {
-        Take(DecodeAnswer(frame));
+        Take(received == CPipe::Received::TooLong ? COutcome(kTooLong) : DecodeAnswer(frame));
         return S_OK;
     };
     // An answer that cannot be read does not come again: nobody may wait for it.

@@ -19,8 +19,8 @@ class CCall
 {
   public:
     // The pipe has been opened for this call. Sends the message; where it does not arrive, the call has ended
-    // with RPC_S_CALL_FAILED, as it does where the service ends before its answer. The destructor takes the
-    // call back.
+    // with RPC_S_CALL_FAILED, as it does where the service ends before its answer, and with
+    // WBEM_E_QUOTA_VIOLATION where it or an answer is too long. The destructor takes the call back.
     CCall(std::unique_ptr<CPipe> pipe, const CCallMessage& message);
 
     // Waits until `count` objects are there or the call has ended; false where the time (milliseconds or

@@ -74,12 +74,10 @@ HRESULT CConnection::Connect(CCallMessage self, std::shared_ptr<CConnection>& co
     return S_OK;
 }
 
-HRESULT CConnection::Open(const std::wstring& nameSpace, const std::wstring& locale,
-                          std::shared_ptr<CConnection>& connection)
+HRESULT CConnection::Open(const std::wstring& nameSpace, std::shared_ptr<CConnection>& connection)
 {
     CCallMessage self;
     self.NameSpace = nameSpace;
-    self.Locale = locale;
     const CMutexScope connecting(kConnecting);
     HRESULT hr = Connect(self, connection);
     if (hr != kNoService)
@@ -95,7 +93,6 @@ HRESULT CConnection::Begin(CCallMessage message, std::shared_ptr<CCall>& call) c
         return kNoService;
     message.Service = m_self.Service;
     message.NameSpace = m_self.NameSpace;
-    message.Locale = m_self.Locale;
     call = std::make_shared<CCall>(std::move(pipe), message);
     return S_OK;
 }

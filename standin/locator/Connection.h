@@ -15,10 +15,9 @@ inline constexpr wchar_t kListening[] = L"WMI stand-in: the service listens";
 class CConnection
 {
   public:
-    // Starts the service process where none runs. The namespace has the form root\cimv2, the locale the form
-    // MS_409. WBEM_E_INVALID_NAMESPACE; CO_E_SERVER_EXEC_FAILURE where no service can be started.
-    static HRESULT Open(const std::wstring& nameSpace, const std::wstring& locale,
-                        std::shared_ptr<CConnection>& connection);
+    // Starts the service process where none runs. The namespace has the form root\cimv2.
+    // WBEM_E_INVALID_NAMESPACE; CO_E_SERVER_EXEC_FAILURE where no service can be started.
+    static HRESULT Open(const std::wstring& nameSpace, std::shared_ptr<CConnection>& connection);
 
     // Begins a call, of which the caller fills in everything but what the connection knows. RPC_S_SERVER_
     // UNAVAILABLE where there is no service any more.
@@ -32,6 +31,6 @@ class CConnection
     static HRESULT Connect(CCallMessage self, std::shared_ptr<CConnection>& connection);
 
     const std::unique_ptr<CPipe> m_pipe;
-    const CCallMessage m_self; // names the service, the namespace and the locale
+    const CCallMessage m_self; // names the service and the namespace
 };
 } // namespace standin

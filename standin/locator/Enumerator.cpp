@@ -1,7 +1,6 @@
 #include "standin/locator/Enumerator.h"
 
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/WmiStatus.h"
 #include "standin/locator/ErrorObject.h"
 
 #include <algorithm>
@@ -80,11 +79,6 @@ STDMETHODIMP CEnumerator::Next(long timeout, ULONG count, IWbemClassObject** obj
                 objects[(*returned)++] = object.Detach();
             return result;
         });
-}
-
-STDMETHODIMP CEnumerator::NextAsync(ULONG, IWbemObjectSink*)
-{
-    return wmi::NotSupported;
 }
 
 STDMETHODIMP CEnumerator::Clone(IEnumWbemClassObject** copy)

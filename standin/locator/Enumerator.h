@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/WmiStatus.h"
 #include "standin/locator/Call.h"
 #include "standin/locator/SecuredObject.h"
 
@@ -18,7 +19,7 @@ class CEnumerator : public CSecuredObject<IEnumWbemClassObject>
 
     STDMETHODIMP Reset() override;
     STDMETHODIMP Next(long timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override;
-    STDMETHODIMP NextAsync(ULONG count, IWbemObjectSink* sink) override;
+    STDMETHODIMP NextAsync(ULONG, IWbemObjectSink*) override { return wmi::NotSupported; }
     STDMETHODIMP Clone(IEnumWbemClassObject** copy) override;
     STDMETHODIMP Skip(long timeout, ULONG count) override;
 

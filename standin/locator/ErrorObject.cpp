@@ -21,36 +21,26 @@ class CErrorObject : public CComObject<IErrorInfo>
         return CComObject::QueryInterface(riid, out);
     }
 
-    STDMETHODIMP GetGUID(GUID* guid) override
-    {
-        if (!guid)
-            return E_POINTER;
-        *guid = GUID_NULL;
-        return S_OK;
-    }
+    STDMETHODIMP GetGUID(GUID* guid) override { return Nothing(guid); }
     STDMETHODIMP GetSource(BSTR* source) override { return Text(L"ProviderName", source); }
     STDMETHODIMP GetDescription(BSTR* description) override { return Text(L"Description", description); }
-    STDMETHODIMP GetHelpFile(BSTR* helpFile) override
+    STDMETHODIMP GetHelpFile(BSTR* helpFile) override { return Nothing(helpFile); }
+    STDMETHODIMP GetHelpContext(DWORD* helpContext) override { return Nothing(helpContext); }
+
+  private:
+    template <class T>
+    static HRESULT Nothing(T* out) noexcept
     {
-        if (!helpFile)
+        if (!out)
             return E_POINTER;
-        *helpFile = nullptr;
-        return S_OK;
-    }
-    STDMETHODIMP GetHelpContext(DWORD* helpContext) override
-    {
-        if (!helpContext)
-            return E_POINTER;
-        *helpContext = 0;
+        *out = {};
         return S_OK;
     }
 
-  private:
     HRESULT Text(const wchar_t* property, BSTR* text) noexcept
     {
-        if (!text)
-            return E_POINTER;
-        *text = nullptr;
+        if (const HRESULT hr = Nothing(text); FAILED(hr))
+            return hr;
         CVariant value;
         if (SUCCEEDED(m_status->Get(property, 0, value.Put(), nullptr, nullptr)) && value.vt == VT_BSTR)
             *text = CBstr::CopyOrNull(value.bstrVal);

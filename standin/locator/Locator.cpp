@@ -35,12 +35,11 @@ STDMETHODIMP CLocator::ConnectServer(const BSTR networkResource, const BSTR user
                 return HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE);
             if (IsGiven(user) || IsGiven(password) || IsGiven(authority))
                 return static_cast<HRESULT>(WBEM_E_LOCAL_CREDENTIALS);
-            if (IsGiven(locale) && !ParseLocale(locale))
+            if (IsGiven(locale) && !IsLocale(locale))
                 return wmi::InvalidParameter;
-            const std::wstring language = IsGiven(locale) ? locale : LocaleText(GetUserDefaultLCID());
 
             std::shared_ptr<CConnection> connection;
-            const HRESULT hr = CConnection::Open(path->NameSpace, language, connection);
+            const HRESULT hr = CConnection::Open(path->NameSpace, connection);
             if (FAILED(hr))
                 return hr;
             *nameSpace = new CClientServices(std::move(connection));

@@ -21,9 +21,6 @@ std::optional<CNetworkPath> ParseNetworkPath(std::wstring_view text);
 // Whether the name means the computer that this runs on.
 bool IsThisComputer(std::wstring_view server);
 
-// Locales are "MS_" and a language identifier in hexadecimal: "MS_409" gives 0x409; nothing where the text is
-// of another form.
-std::optional<LCID> ParseLocale(std::wstring_view text) noexcept;
-// The other way.
-std::wstring LocaleText(LCID locale);
+// Locales are "MS_" and a language identifier in hexadecimal, such as MS_409.
+bool IsLocale(std::wstring_view text) noexcept;
 } // namespace standin

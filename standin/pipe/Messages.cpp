@@ -1,6 +1,7 @@
 #include "standin/pipe/Messages.h"
 
 #include "standin/object/ObjectBytes.h"
+#include "standin/pipe/Pipe.h"
 
 namespace standin
 {
@@ -20,7 +21,6 @@ std::vector<BYTE> Encode(const CCallMessage& message)
     writer.Number(message.What);
     writer.Text(message.Service);
     writer.Text(message.NameSpace);
-    writer.Text(message.Locale);
     writer.Number(static_cast<int32_t>(message.Flags));
     writer.Text(message.Subject);
     writer.Text(message.Detail);
@@ -36,7 +36,6 @@ CCallMessage DecodeCall(std::span<const BYTE> bytes)
     message.What = reader.Number<Operation>();
     message.Service = reader.Text();
     message.NameSpace = reader.Text();
-    message.Locale = reader.Text();
     message.Flags = reader.Number<int32_t>();
     message.Subject = reader.Text();
     message.Detail = reader.Text();
@@ -53,7 +52,7 @@ std::vector<BYTE> Encode(const CAnswer& answer)
     {
         writer.Number(AnswerKind::Object);
         writer.Block(BytesOf(object->Get()));
-        return bytes;
+        return bytes.size() > kLargestFrame ? Encode(CAnswer(COutcome(kTooLong))) : bytes;
     }
     const COutcome& outcome = std::get<COutcome>(answer);
     writer.Number(AnswerKind::Outcome);
@@ -62,7 +61,7 @@ std::vector<BYTE> Encode(const CAnswer& answer)
     writer.Text(outcome.Text.View());
     writer.Block(BytesOf(outcome.Status.Get()));
     writer.Block(BytesOf(outcome.Object.Get()));
-    return bytes;
+    return bytes.size() > kLargestFrame ? Encode(CAnswer(COutcome(kTooLong))) : bytes;
 }
 
 CAnswer DecodeAnswer(std::span<const BYTE> bytes)

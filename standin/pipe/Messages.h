@@ -17,7 +17,7 @@ namespace standin
 {
 enum class Operation : uint8_t
 {
-    Connect, // the pipe is the connection; everything but the namespace and the locale is empty
+    Connect, // the pipe is the connection; everything but the namespace is empty
     GetObject,
     EnumerateInstances,
     Query,
@@ -31,7 +31,6 @@ struct CCallMessage
     // The service that the connection belongs to, as its outcome's text named it.
     std::wstring Service;
     std::wstring NameSpace; // of the form root\cimv2
-    std::wstring Locale;    // of the form MS_409
     long Flags = 0;
     std::wstring Subject; // a path, a class name or a query
     std::wstring Detail;  // a method's name or the language of a query
@@ -53,9 +52,13 @@ struct COutcome
     ComPtr<IWbemClassObject> Object; // the one object of a call that asks for one
 };
 
+// How a call ends that would need a message longer than kLargestFrame, or whose message has such a length.
+inline constexpr HRESULT kTooLong = static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION);
+
 using CAnswer = std::variant<ComPtr<IWbemClassObject>, COutcome>;
 
 std::vector<BYTE> Encode(const CCallMessage& message);
+// The outcome kTooLong where the answer is too long.
 std::vector<BYTE> Encode(const CAnswer& answer);
 // Throw CBadBytes.
 CCallMessage DecodeCall(std::span<const BYTE> bytes);

@@ -1,6 +1,5 @@
 #include "standin/pipe/Pipe.h"
 
-#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -66,6 +65,14 @@ bool CPipe::Send(std::span<const BYTE> frame)
     return true;
 }
 
+bool CPipe::IsTooLong() const noexcept
+{
+    uint32_t size = 0;
+    if (m_bytes.size() >= sizeof size)
+        memcpy(&size, m_bytes.data(), sizeof size);
+    return size > kLargestFrame;
+}
+
 bool CPipe::TakeFrame(std::vector<BYTE>& frame)
 {
     uint32_t size = 0;
@@ -105,6 +112,8 @@ CPipe::Received CPipe::Receive(std::vector<BYTE>& frame, DWORD milliseconds)
     const CDeadline deadline(milliseconds);
     while (!TakeFrame(frame))
     {
+        if (IsTooLong())
+            return Received::TooLong;
         if (!BeginRead())
             return Received::TheEnd;
         if (WaitForSingleObject(m_read.Get(), deadline.Left()) != WAIT_OBJECT_0)

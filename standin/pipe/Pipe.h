@@ -4,6 +4,7 @@
 
 #include "Common/src/com/Owned.h"
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace standin
 {
 // Under this name the service of the Wine prefix listens.
 inline constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\WMI stand-in";
+
+// Who announces more than this, some thousand times what the largest object takes, speaks another language.
+inline constexpr uint32_t kLargestFrame = 0x1000000;
 
 // Milliseconds from now at which a wait ends; INFINITE never ends.
 class CDeadline
@@ -36,13 +40,15 @@ class CPipe
     CPipe& operator=(const CPipe&) = delete;
     ~CPipe();
 
-    // False where the other end is gone. Waits while it does not read.
+    // False where the other end is gone. Waits while it does not read. The frame is no longer than
+    // kLargestFrame.
     bool Send(std::span<const BYTE> frame);
 
     enum class Received
     {
         Frame,
         Nothing, // in the given time
+        TooLong, // and no frame that follows can be read
         TheEnd   // the other end is gone
     };
     // A wait that ends without a frame loses nothing: the next one goes on.
@@ -52,6 +58,7 @@ class CPipe
     HANDLE Incoming();
 
   private:
+    bool IsTooLong() const noexcept;
     bool TakeFrame(std::vector<BYTE>& frame);
     bool BeginRead();
 

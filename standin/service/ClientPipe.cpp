@@ -1,9 +1,7 @@
 #include "standin/service/ClientPipe.h"
 
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/Variant.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/object/Objects.h"
 #include "standin/service/Operations.h"
 #include "standin/service/Request.h"
 #include "standin/service/Service.h"
@@ -15,8 +13,6 @@ namespace standin
 {
 namespace
 {
-constexpr wchar_t kLocaleId[] = L"LocaleID";
-
 DWORD WINAPI RunWork(void* context)
 {
     std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(context));
@@ -46,20 +42,6 @@ void RunOnWorker(std::function<void()> work)
     if (!thread)
         throw std::bad_alloc();
     owned.release();
-}
-
-// What the provider is to see: the client's context, completed by the locale of the connection.
-ComPtr<IWbemContext> WithLocale(ComPtr<IWbemContext> context, const std::wstring& locale)
-{
-    if (!context)
-        context = MakeContext();
-    CVariant own;
-    if (!locale.empty() && FAILED(context->GetValue(kLocaleId, 0, own.Put())))
-    {
-        CVariant value = CVariant::FromText(locale.c_str());
-        context->SetValue(kLocaleId, 0, &value);
-    }
-    return context;
 }
 
 // Waits until the client closes its end.
@@ -94,7 +76,7 @@ bool SendAnswers(CPipe& pipe, CRequest& request)
 
 void ServeCall(CService& service, CPipe& pipe, CCallMessage call)
 {
-    auto request = std::make_shared<CRequest>(call.Flags, WithLocale(call.Context, call.Locale));
+    auto request = std::make_shared<CRequest>(call.Flags, call.Context);
     // Taken here: the client may be gone before the thread has begun.
     auto use = std::make_shared<CServiceLife::CUse>(service.Life());
     RunOnWorker(
@@ -118,7 +100,10 @@ void ServeCall(CService& service, CPipe& pipe, CCallMessage call)
 void Serve(CService& service, CPipe& pipe)
 {
     std::vector<BYTE> frame;
-    if (pipe.Receive(frame, INFINITE) != CPipe::Received::Frame)
+    const CPipe::Received received = pipe.Receive(frame, INFINITE);
+    if (received == CPipe::Received::TooLong)
+        return Answer(pipe, kTooLong);
+    if (received != CPipe::Received::Frame)
         return;
     CCallMessage call = DecodeCall(frame);
     if (call.What == Operation::Connect)

@@ -1,4 +1,6 @@
 // Failures of providers and of clients, and what each side sees of them.
+#include "standin/pipe/Messages.h"
+#include "standin/pipe/Pipe.h"
 #include "tests/support/CaseName.h"
 #include "tests/system/standin/StandinFixture.h"
 #include "tests/system/standin/TestProviderIds.h"
@@ -217,6 +219,44 @@ TEST_F(CStandinFailure, CancelsWhatADroppedEnumeratorAskedFor)
     ASSERT_EQ(WBEM_S_NO_ERROR, objects->Next(60000, 1, first.Put(), &returned));
     objects.Reset();
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(stopped.Get(), 60000));
+}
+
+TEST_F(CStandinFailure, OfACallThatIsTooLongEndsThatCallOnly)
+{
+    const std::wstring longQuery = L"select * from StandinTest_Item where Name = '" +
+                                   std::wstring(standin::kLargestFrame / sizeof(wchar_t), L'x') + L"'";
+    ComPtr<IEnumWbemClassObject> objects;
+    ASSERT_EQ(WBEM_S_NO_ERROR, Query(longQuery.c_str(), objects));
+    HRESULT end = E_FAIL;
+    EXPECT_TRUE(ReadAll(objects.Get(), end).empty());
+    EXPECT_EQ(static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION), end);
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
+}
+
+// From somebody who speaks to the service without the locator.
+TEST_F(CStandinFailure, OfAFrameThatIsTooLongEndsThatConnectionOnly)
+{
+    CFileHandle end;
+    while (end.Reset(CreateFileW(standin::kPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                 FILE_FLAG_OVERLAPPED, nullptr)),
+           !end && GetLastError() == ERROR_PIPE_BUSY)
+        WaitNamedPipeW(standin::kPipeName, 1000);
+    ASSERT_TRUE(end);
+    const uint32_t size = standin::kLargestFrame + 1;
+    OVERLAPPED writing = {};
+    DWORD written = 0;
+    WriteFile(end.Get(), &size, sizeof size, nullptr, &writing);
+    ASSERT_TRUE(GetOverlappedResult(end.Get(), &writing, &written, TRUE));
+
+    standin::CPipe pipe(std::move(end));
+    std::vector<BYTE> frame;
+    ASSERT_EQ(standin::CPipe::Received::Frame, pipe.Receive(frame, 60000));
+    EXPECT_EQ(static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION),
+              std::get<standin::COutcome>(standin::DecodeAnswer(frame)).Result);
+    EXPECT_EQ(standin::CPipe::Received::TheEnd, pipe.Receive(frame, 60000));
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item));
 }
 
 TEST_F(CStandinFailure, TimesOutAndGoesOn)

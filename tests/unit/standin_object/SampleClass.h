@@ -71,6 +71,12 @@ inline standin::ClassDefinition Lamp()
     return definition;
 }
 
+// A class without a name and without anything else.
+inline ComPtr<IWbemClassObject> EmptyClass()
+{
+    return standin::MakeClassObject(std::make_shared<standin::CClassDefinition>(L""));
+}
+
 inline HRESULT PutText(IWbemClassObject& object, const wchar_t* name, const wchar_t* text)
 {
     CVariant value = CVariant::FromText(text);

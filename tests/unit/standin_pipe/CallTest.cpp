@@ -1,6 +1,6 @@
 // A client's call whose service is the test itself, at the other end of a pipe in this process.
 #include "standin/locator/Enumerator.h"
-#include "standin/object/Objects.h"
+#include "tests/unit/standin_object/SampleClass.h"
 #include "tests/unit/standin_pipe/PipeEnds.h"
 
 #include <atomic>
@@ -27,7 +27,7 @@ class Call : public testing::Test
     }
 
     void Answer(CAnswer answer) { EXPECT_TRUE(m_service->Send(Encode(answer))); }
-    void AnswerWithObject() { Answer(MakeEmptyClass()); }
+    void AnswerWithObject() { Answer(sample::EmptyClass()); }
 
     std::unique_ptr<CPipe> m_service;
     std::shared_ptr<CCall> m_call;
@@ -63,6 +63,28 @@ TEST_F(Call, FailsWhereAnAnswerCannotBeRead)
     EXPECT_TRUE(m_service->Send(std::vector<BYTE>{1}));
     EXPECT_TRUE(m_call->WaitForEnd(kForever));
     EXPECT_EQ(m_call->Result(), kServiceFailed);
+}
+
+TEST_F(Call, FailsWhereAnAnswerIsTooLong)
+{
+    CPipeEnds ends = MakePipe(kLargestFrame + 1);
+    ASSERT_TRUE(ends.Client);
+    CCall call(std::move(ends.Client), CCallMessage());
+    EXPECT_TRUE(call.WaitForEnd(kForever));
+    EXPECT_EQ(call.Result(), static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION));
+}
+
+TEST_F(Call, SendsNothingThatIsTooLong)
+{
+    CPipeEnds ends = MakePipe();
+    ASSERT_TRUE(ends.Client);
+    CCallMessage message;
+    message.Subject.assign(kLargestFrame / sizeof(wchar_t), L'x');
+    CCall call(std::move(ends.Client), message);
+    EXPECT_TRUE(call.HasEnded());
+    EXPECT_EQ(call.Result(), static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION));
+    std::vector<BYTE> frame;
+    EXPECT_EQ(ends.Server->Receive(frame, INFINITE), CPipe::Received::TheEnd);
 }
 
 TEST_F(Call, IsTakenBackByItsEnd)

@@ -3,6 +3,7 @@
 #include "Common/src/com/Variant.h"
 #include "standin/object/Bytes.h"
 #include "standin/object/Objects.h"
+#include "standin/pipe/Pipe.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,6 @@ TEST(Messages, CarryACall)
     call.What = Operation::ExecuteMethod;
     call.Service = L"service";
     call.NameSpace = L"root\\cimv2";
-    call.Locale = L"MS_409";
     call.Flags = -5;
     call.Subject = L"Class.Key=\"x\"";
     call.Detail = L"Method";
@@ -28,7 +28,6 @@ TEST(Messages, CarryACall)
     EXPECT_EQ(read.What, call.What);
     EXPECT_EQ(read.Service, call.Service);
     EXPECT_EQ(read.NameSpace, call.NameSpace);
-    EXPECT_EQ(read.Locale, call.Locale);
     EXPECT_EQ(read.Flags, call.Flags);
     EXPECT_EQ(read.Subject, call.Subject);
     EXPECT_EQ(read.Detail, call.Detail);
@@ -56,6 +55,15 @@ TEST(Messages, TellNoTextFromAnEmptyOne)
     EXPECT_FALSE(std::get<COutcome>(DecodeAnswer(Encode(CAnswer(outcome)))).Text);
     outcome.Text = CBstr(L"");
     EXPECT_TRUE(std::get<COutcome>(DecodeAnswer(Encode(CAnswer(outcome)))).Text);
+}
+
+TEST(Messages, TellThatAnAnswerIsTooLong)
+{
+    COutcome outcome;
+    outcome.Text = CBstr(std::wstring_view(std::wstring(kLargestFrame / sizeof(wchar_t), L'x')));
+    const COutcome told = std::get<COutcome>(DecodeAnswer(Encode(CAnswer(outcome))));
+    EXPECT_EQ(told.Result, static_cast<HRESULT>(WBEM_E_QUOTA_VIOLATION));
+    EXPECT_FALSE(told.Text);
 }
 
 TEST(Messages, RefuseBytesThatEndTooSoon)

@@ -50,6 +50,26 @@ TEST_F(Pipe, CarriesAFrameThatIsLargerThanItsBuffers)
     EXPECT_EQ(frame, large);
 }
 
+TEST_F(Pipe, CarriesTheLargestFrame)
+{
+    const Frame large(standin::kLargestFrame, 3);
+    std::thread sender([&] { EXPECT_TRUE(m_client->Send(large)); });
+    Frame frame;
+    EXPECT_EQ(m_server->Receive(frame, INFINITE), Received::Frame);
+    sender.join();
+    EXPECT_EQ(frame, large);
+}
+
+// The announced bytes need not come.
+TEST_F(Pipe, RefusesAFrameThatIsLonger)
+{
+    const CPipeEnds ends = MakePipe(standin::kLargestFrame + 1);
+    ASSERT_TRUE(ends.Client);
+    Frame frame;
+    EXPECT_EQ(ends.Client->Receive(frame, INFINITE), Received::TooLong);
+    EXPECT_EQ(ends.Client->Receive(frame, INFINITE), Received::TooLong);
+}
+
 TEST_F(Pipe, LosesNothingWhenAWaitIsOver)
 {
     Frame frame;
