@@ -12,8 +12,8 @@ namespace
 class CCompilation
 {
   public:
-    CCompilation(std::string_view text, CRepositoryState& state)
-        : m_state(state), m_reader(text), m_current(state.Find(L"root\\cimv2"))
+    CCompilation(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace)
+        : m_state(state), m_reader(text), m_current(state.Find(nameSpace))
     {
     }
 
@@ -116,8 +116,8 @@ class CCompilation
 };
 } // namespace
 
-void CompileMof(std::string_view text, CRepositoryState& state)
+void CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace)
 {
-    CCompilation(text, state).Run();
+    CCompilation(text, state, nameSpace).Run();
 }
 } // namespace standin

@@ -7,8 +7,6 @@
 
 namespace standin
 {
-// Begins in the namespace root\cimv2, as the management service's own compiler does not: that one begins in
-// root\default, where nothing of ours belongs. Throws CMofProblem; the state is then half done and to be
-// dropped.
-void CompileMof(std::string_view text, CRepositoryState& state);
+// Begins in a namespace that there is. Throws CMofProblem; the state is then half done and to be dropped.
+void CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace);
 } // namespace standin

@@ -39,13 +39,13 @@ std::shared_ptr<const CRepositoryState> CRepository::Current() const
     return m_state;
 }
 
-void CRepository::Compile(std::string_view text, const std::string& sourceName)
+void CRepository::Compile(std::string_view text, const std::string& sourceName, std::wstring_view nameSpace)
 {
     const CLockScope lock(m_compiling);
     auto state = std::make_shared<CRepositoryState>(*Current());
     try
     {
-        CompileMof(text, *state);
+        CompileMof(text, *state, nameSpace);
     }
     catch (const CMofProblem& problem)
     {
@@ -93,8 +93,8 @@ ComPtr<IWbemClassObject> CRepository::GetClass(std::wstring_view nameSpace, std:
     return object;
 }
 
-std::vector<ClassDefinition> CRepository::DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                         bool deep) const
+std::vector<ClassDefinition> CRepository::DerivedClasses(std::wstring_view nameSpace,
+                                                         std::wstring_view name) const
 {
     const auto state = Current();
     std::vector<ClassDefinition> result;
@@ -102,14 +102,8 @@ std::vector<ClassDefinition> CRepository::DerivedClasses(std::wstring_view nameS
     if (!found)
         return result;
     for (const auto& [key, definition] : found->Classes)
-    {
-        const std::wstring_view super =
-            definition->Derivation.empty() ? std::wstring_view() : definition->Derivation.front();
-        const bool below =
-            name.empty() || (definition->InheritsFrom(name) && !EqualNoCaseAscii(definition->Name, name));
-        if (deep ? below : EqualNoCaseAscii(super, name))
+        if (name.empty() || (definition->InheritsFrom(name) && !EqualNoCaseAscii(definition->Name, name)))
             result.push_back(definition);
-    }
     return result;
 }
 

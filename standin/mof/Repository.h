@@ -47,8 +47,8 @@ class CRepositoryState;
 class CRepository
 {
   public:
-    // `server` is the "__SERVER" of what comes out of here. There are two namespaces, root and root\cimv2,
-    // both empty at first.
+    // `server` is the "__SERVER" of what comes out of here. There are the namespaces root,
+    // root\default and root\cimv2, all empty at first.
     explicit CRepository(std::wstring server);
     CRepository(const CRepository&) = delete;
     CRepository& operator=(const CRepository&) = delete;
@@ -56,7 +56,9 @@ class CRepository
 
     // Reads a MOF text in UTF-8; compiling one again changes nothing. Throws CMofError and, where memory
     // ends, std::bad_alloc. `sourceName` stands in errors. A file that cannot be read is an error at line 0.
-    void Compile(std::string_view text, const std::string& sourceName);
+    // What names no namespace goes where the management service's own compiler puts it.
+    void Compile(std::string_view text, const std::string& sourceName,
+                 std::wstring_view nameSpace = L"root\\default");
     void CompileFile(const std::wstring& path);
 
     bool HasNamespace(std::wstring_view nameSpace) const;
@@ -64,9 +66,8 @@ class CRepository
     // The class as an object. The schema is in one language, whichever a client asks for.
     ComPtr<IWbemClassObject> GetClass(std::wstring_view nameSpace, std::wstring_view name) const;
     ClassDefinition GetDefinition(std::wstring_view nameSpace, std::wstring_view name) const;
-    // Derived classes, direct ones only or all; of "" the top-level classes.
-    std::vector<ClassDefinition> DerivedClasses(std::wstring_view nameSpace, std::wstring_view name,
-                                                bool deep) const;
+    // Derived classes, direct ones and others; of "" all classes.
+    std::vector<ClassDefinition> DerivedClasses(std::wstring_view nameSpace, std::wstring_view name) const;
 
     // Stored instances of the class and, if `deep`, of those derived from it.
     std::vector<ComPtr<IWbemClassObject>> Instances(std::wstring_view nameSpace, std::wstring_view className,

@@ -24,7 +24,7 @@ std::wstring KeyOf(std::wstring_view nameSpace)
 
 CRepositoryState::CRepositoryState()
 {
-    for (const wchar_t* name : {L"root", L"root\\cimv2"})
+    for (const wchar_t* name : {L"root", L"root\\default", L"root\\cimv2"})
         m_namespaces[name].Name = name;
 }
 

@@ -25,7 +25,7 @@ struct CNamespace
 class CRepositoryState
 {
   public:
-    // The namespaces root and root\cimv2, both empty.
+    // The namespaces root, root\default and root\cimv2, all empty.
     CRepositoryState();
 
     // By a name as clients and MOF write it: "root\cimv2", "\\.\root\cimv2", or the same with slashes. Null

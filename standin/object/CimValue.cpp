@@ -5,6 +5,7 @@
 #include "Common/src/com/WmiStatus.h"
 #include "standin/object/ByValue.h"
 #include "standin/object/CimType.h"
+#include "standin/object/DateTimeForm.h"
 
 #include <cerrno>
 #include <cwctype>
@@ -99,7 +100,7 @@ HRESULT CloneObject(const VARIANT& given, VARIANT* copy)
     return S_OK;
 }
 
-HRESULT StoreScalar(const VARIANT& given, const CCimType& type, CVariant& stored)
+HRESULT StoreScalar(const VARIANT& given, const CCimType& type, bool anyOffset, CVariant& stored)
 {
     if (type.IsInteger())
         return StoreInteger(given, type, stored);
@@ -109,12 +110,15 @@ HRESULT StoreScalar(const VARIANT& given, const CCimType& type, CVariant& stored
         return wmi::TypeMismatch;
     if (type.Type == CIM_OBJECT)
         return CloneObject(given, stored.Put());
+    if (type.Type == CIM_DATETIME &&
+        !IsDateTime({given.bstrVal ? given.bstrVal : L"", SysStringLen(given.bstrVal)}, anyOffset))
+        return wmi::TypeMismatch;
     stored = type.Type == CIM_BOOLEAN ? CVariant::FromBool(given.boolVal != VARIANT_FALSE)
                                       : CopyText(given.bstrVal);
     return S_OK;
 }
 
-HRESULT StoreArray(SAFEARRAY* given, const CCimType& type, CVariant& stored)
+HRESULT StoreArray(SAFEARRAY* given, const CCimType& type, bool anyOffset, CVariant& stored)
 {
     VARTYPE element = VT_EMPTY;
     LONG lower = 0;
@@ -137,7 +141,7 @@ HRESULT StoreArray(SAFEARRAY* given, const CCimType& type, CVariant& stored)
         if (element != VT_VARIANT)
             item.vt = SUCCEEDED(hr) ? element : VARTYPE{VT_EMPTY};
         if (SUCCEEDED(hr))
-            hr = StoreScalar(item, type, converted);
+            hr = StoreScalar(item, type, anyOffset, converted);
         if (SUCCEEDED(hr))
             hr = SafeArrayPutElement(array.Get(), &i,
                                      converted.vt == VT_BSTR ? static_cast<void*>(converted.bstrVal)
@@ -177,7 +181,7 @@ CCimValue::CCimValue(const CCimValue& other) : CVariant()
         throw std::bad_alloc();
 }
 
-HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexcept
+HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored, bool anyOffset) noexcept
 {
     return AtComBoundary(
         [&]() -> HRESULT
@@ -189,9 +193,9 @@ HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexce
             CVariant converted = CVariant::Null();
             HRESULT hr = direct.vt == VT_NULL ? S_OK : wmi::TypeMismatch;
             if (direct.vt != VT_NULL && !IsArray(type))
-                hr = StoreScalar(direct, *row, converted);
+                hr = StoreScalar(direct, *row, anyOffset, converted);
             else if (direct.vt & VT_ARRAY)
-                hr = StoreArray(direct.parray, *row, converted);
+                hr = StoreArray(direct.parray, *row, anyOffset, converted);
             if (SUCCEEDED(hr))
                 stored = CCimValue(std::move(converted));
             return hr;

@@ -27,8 +27,9 @@ class CCimValue : public CVariant
 // Checks what a caller gives against the CIM type and converts it to the stored form. Integers of any VARIANT
 // type are taken where the value fits, 32-bit signed ones also for uint32 (which has no VARIANT form of its
 // own), 64-bit values as decimal texts; texts, booleans and objects only as what they are; VT_NULL as "no
-// value". Anything else, and any array of objects, is WBEM_E_TYPE_MISMATCH, and `stored` is unchanged.
-HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored) noexcept;
+// value". Anything else, any array of objects, and a date-time of another form (see IsDateTime, also for
+// `anyOffset`) is WBEM_E_TYPE_MISMATCH, and `stored` is unchanged.
+HRESULT ToCimValue(const VARIANT& given, CIMTYPE type, CCimValue& stored, bool anyOffset = false) noexcept;
 
 // The copy that a reader gets, in `out`, which need not be initialised.
 HRESULT CopyCimValue(const VARIANT& stored, VARIANT* out) noexcept;

@@ -1,8 +1,10 @@
 #include "standin/object/ManagementObject.h"
 
 #include "Common/src/com/SafeArray.h"
+#include "standin/object/CimType.h"
 #include "standin/object/StandinIds.h"
 #include "standin/object/StateBytes.h"
+#include "standin/object/Strictness.h"
 
 #include <algorithm>
 
@@ -10,6 +12,22 @@ namespace standin
 {
 namespace
 {
+constexpr HRESULT kIllegal = static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION);
+
+// Wine's scripting objects ask an instance for methods, where the management service's own fetch the class,
+// and give numbers in types that WMI does not have.
+bool HasWinesScripting()
+{
+    return GetModuleHandleW(L"wbemdisp.dll") != nullptr;
+}
+
+// Small numbers travel in the types that scripts have, 64-bit ones as texts.
+bool HasType(const VARIANT& value)
+{
+    constexpr VARTYPE none[] = {VT_I1, VT_UI2, VT_UI4, VT_INT, VT_UINT, VT_I8, VT_UI8};
+    return std::ranges::find(none, value.vt & VT_TYPEMASK) == std::end(none) || HasWinesScripting();
+}
+
 // A signature is handed out as an object of its own; one that the method has not got is a null pointer.
 void HandOut(const ClassDefinition& signature, IWbemClassObject** out)
 {
@@ -51,11 +69,12 @@ STDMETHODIMP CManagementObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CI
             if (index == CClassDefinition::npos)
                 return IsSystemProperty(name) ? static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY) : wmi::NotFound;
             const CIMTYPE own = Definition().Properties()[index].Type;
-            if (type != CIM_EMPTY && type != own)
+            if ((type != CIM_EMPTY && type != own) || (value && !HasType(*value)))
                 return wmi::TypeMismatch;
+            const bool anyOffset = ElementType(own) == CIM_DATETIME && !IsStrict();
             // Without the lock, because the value may be an object, even this one, that is asked for a copy.
             CCimValue stored = CVariant::Null();
-            const HRESULT hr = value ? ToCimValue(*value, own, stored) : S_OK;
+            const HRESULT hr = value ? ToCimValue(*value, own, stored, anyOffset) : S_OK;
             if (FAILED(hr))
                 return hr;
             const CLockScope lock(m_lock);
@@ -217,6 +236,8 @@ STDMETHODIMP CManagementObject::GetMethod(LPCWSTR name, LONG flags, IWbemClassOb
             HandOut(nullptr, out);
             if (!name || flags != 0)
                 return wmi::InvalidParameter;
+            if (!m_state.IsClass && !HasWinesScripting())
+                return kIllegal;
             const CMethodDefinition* method = Definition().FindMethod(name);
             if (!method)
                 return wmi::NotFound;
@@ -230,6 +251,8 @@ STDMETHODIMP CManagementObject::BeginMethodEnumeration(LONG flags)
 {
     if (flags != 0)
         return wmi::InvalidParameter;
+    if (!m_state.IsClass && !HasWinesScripting())
+        return kIllegal;
     const CLockScope lock(m_lock);
     m_nextMethod = 0;
     return S_OK;

@@ -42,9 +42,7 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     // foreign.
     STDMETHODIMP CompareTo(LONG flags, IWbemClassObject* other) override;
 
-    // The management service shows methods of class objects only; here an instance has them as well, because
-    // the scripting objects of the development platform ask it, where the management service's own fetch the
-    // class.
+    // Of classes only: WBEM_E_ILLEGAL_OPERATION of an instance, unless Wine's scripting objects are loaded.
     STDMETHODIMP GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in, IWbemClassObject** out) override;
     STDMETHODIMP BeginMethodEnumeration(LONG flags) override;
     STDMETHODIMP NextMethod(LONG flags, BSTR* name, IWbemClassObject** in, IWbemClassObject** out) override;

@@ -16,11 +16,6 @@ ComPtr<IWbemClassObject> MakeInstance(const ClassDefinition& definition)
     return MakeCom<CManagementObject>(CObjectState(definition->ForInstances(), false));
 }
 
-ComPtr<IWbemClassObject> MakeEmptyClass()
-{
-    return MakeClassObject(std::make_shared<CClassDefinition>(std::wstring()));
-}
-
 ComPtr<IWbemContext> MakeContext()
 {
     return MakeCom<CContext>();

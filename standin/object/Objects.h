@@ -14,8 +14,6 @@ namespace standin
 ComPtr<IWbemClassObject> MakeClassObject(ClassDefinition definition);
 // An instance whose properties have the defaults of the class.
 ComPtr<IWbemClassObject> MakeInstance(const ClassDefinition& definition);
-// What the management service returns where a client asks for the class with an empty name.
-ComPtr<IWbemClassObject> MakeEmptyClass();
 // An empty call context.
 ComPtr<IWbemContext> MakeContext();
 

@@ -2,8 +2,8 @@
 
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
+#include "standin/service/PathKeys.h"
 
-#include <algorithm>
 #include <set>
 
 namespace standin
@@ -25,47 +25,12 @@ std::wstring TargetClass(const CPropertyDefinition& property)
                : std::wstring();
 }
 
-std::wstring Lower(std::wstring text)
-{
-    CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
-    return text;
-}
-
-// A text that is equal for paths of the same instance: without server and namespace, names and values in
-// lower case, only the keys that the class declares, in their order, whether named or not. Without a
-// definition, all keys in the order of their names.
-std::wstring PathIdentity(const CObjectPath& path, const CClassDefinition* definition)
-{
-    std::wstring identity = Lower(path.ClassName);
-    const auto add = [&](const std::wstring& name, const std::wstring& value)
-    {
-        // Values may hold any character but this one.
-        identity += L'\0';
-        identity += Lower(name) + L"=" + Lower(value);
-    };
-    if (definition)
-    {
-        for (const CPropertyDefinition& property : definition->Properties())
-            if (property.Qualifiers.IsTrue(L"key"))
-                if (const std::wstring* value = path.FindKey(property.Name))
-                    add(property.Name, *value);
-        return identity;
-    }
-    std::vector<CPathKey> keys = path.Keys;
-    std::sort(keys.begin(), keys.end(),
-              [](const CPathKey& a, const CPathKey& b) { return Lower(a.Name) < Lower(b.Name); });
-    for (const CPathKey& key : keys)
-        add(key.Name, key.Value);
-    return identity;
-}
-
 // What one query goes through, and what it has delivered already.
 class CWalk
 {
   public:
     CWalk(const CAssociationQuery& query, CInstanceSource& source, const ObjectConsumer& consume)
-        : m_query(query), m_source(source), m_consume(consume),
-          m_object(PathIdentity(query.Object, source.Definition(query.Object.ClassName).get()))
+        : m_query(query), m_source(source), m_consume(consume), m_object(Identity(query.Object))
     {
     }
 
@@ -124,7 +89,7 @@ class CWalk
 
     std::wstring Identity(const CObjectPath& path) const
     {
-        return PathIdentity(path, m_source.Definition(path.ClassName).get());
+        return PathIdentity(m_source.Definition(path.ClassName).get(), path);
     }
 
     COutcome FollowInstance(const CClassDefinition& association, IWbemClassObject* instance)

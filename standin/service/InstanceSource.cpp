@@ -4,6 +4,7 @@
 #include "Common/src/com/WmiStatus.h"
 #include "standin/object/Objects.h"
 #include "standin/service/MethodParameters.h"
+#include "standin/service/PathKeys.h"
 #include "standin/service/Service.h"
 
 namespace standin
@@ -42,7 +43,14 @@ ClassDefinition CInstanceSource::Definition(std::wstring_view className) const
 
 std::vector<ClassDefinition> CInstanceSource::Definitions() const
 {
-    return m_service.Repository().DerivedClasses(m_nameSpace, L"", true);
+    return m_service.Repository().DerivedClasses(m_nameSpace, L"");
+}
+
+std::vector<ClassDefinition> CInstanceSource::WithDerived(const ClassDefinition& definition) const
+{
+    auto classes = m_service.Repository().DerivedClasses(m_nameSpace, definition->Name);
+    classes.insert(classes.begin(), definition);
+    return classes;
 }
 
 void CInstanceSource::Mark(IWbemClassObject* object) const
@@ -118,18 +126,16 @@ COutcome CInstanceSource::Get(const CObjectPath& path)
     const ClassDefinition definition = Definition(path.ClassName);
     if (!definition)
         return wmi::NotFound;
+    if (!HasKeysOf(*definition, path))
+        return wmi::InvalidObjectPath;
     COutcome outcome;
     outcome.Object = m_service.Repository().GetInstance(m_nameSpace, path.Relative);
     if (outcome.Object)
         return outcome;
 
     // The instance may be of a derived class. What the first provider says counts where nobody has it.
-    std::vector<ClassDefinition> candidates = {definition};
-    for (ClassDefinition& derived :
-         m_service.Repository().DerivedClasses(m_nameSpace, definition->Name, true))
-        candidates.push_back(std::move(derived));
     std::optional<COutcome> first;
-    for (const ClassDefinition& candidate : candidates)
+    for (const ClassDefinition& candidate : WithDerived(definition))
     {
         if (!IsDynamic(*candidate))
             continue;
@@ -180,12 +186,7 @@ COutcome CInstanceSource::Enumerate(const std::wstring& className, bool deep, co
     const ClassDefinition definition = Definition(className);
     if (!definition)
         return wmi::InvalidClass;
-    std::vector<ClassDefinition> classes = {definition};
-    if (deep)
-        for (ClassDefinition& derived :
-             m_service.Repository().DerivedClasses(m_nameSpace, definition->Name, true))
-            classes.push_back(std::move(derived));
-    for (const ClassDefinition& one : classes)
+    for (const ClassDefinition& one : deep ? WithDerived(definition) : std::vector{definition})
         if (COutcome outcome = EnumerateOne(*one, consume); outcome.Failed())
             return outcome;
     return wmi::NoError;
@@ -224,6 +225,10 @@ COutcome CInstanceSource::Execute(const CObjectPath& path, const std::wstring& m
         return wmi::InvalidMethod;
     if (!signature->Qualifiers.Find(L"implemented"))
         return kNotImplemented;
+    if (!path.IsInstance && !signature->Qualifiers.IsTrue(L"static"))
+        return wmi::InvalidMethodParameters; // sic
+    if (path.IsInstance && !HasKeysOf(*definition, path))
+        return wmi::InvalidObjectPath;
     ComPtr<IWbemClassObject> parameters;
     if (const HRESULT hr = CheckInParameters(*signature, in, parameters); FAILED(hr))
         return hr;

@@ -38,6 +38,7 @@ class CInstanceSource
     bool WantsLocatable() const { return (m_request.Flags() & WBEM_FLAG_ENSURE_LOCATABLE) != 0; }
 
   private:
+    std::vector<ClassDefinition> WithDerived(const ClassDefinition& definition) const;
     bool IsDynamic(const CClassDefinition& definition) const;
     using Capability = bool CProviderRegistration::*;
     // The provider of a dynamic class. WBEM_E_PROVIDER_NOT_FOUND; WBEM_E_PROVIDER_NOT_CAPABLE where it is not

@@ -85,14 +85,6 @@ ON_MATCH(Relative, out.Relative = text);
 } // namespace path
 } // namespace
 
-const std::wstring* CObjectPath::FindKey(std::wstring_view name) const
-{
-    for (const CPathKey& key : Keys)
-        if (key.Name.empty() || EqualNoCaseAscii(key.Name, name))
-            return &key.Value;
-    return nullptr;
-}
-
 std::optional<CObjectPath> ParseObjectPath(std::wstring_view text)
 {
     const std::string utf8 = Utf8Text(text);

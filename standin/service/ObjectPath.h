@@ -22,9 +22,6 @@ struct CObjectPath
     std::vector<CPathKey> Keys;
     bool IsInstance = false; // has keys or is a singleton (Class=@)
     std::wstring Relative;   // class and keys as written
-
-    // The value of a key, without regard to the case of its name; an unnamed key answers to any name.
-    const std::wstring* FindKey(std::wstring_view name) const;
 };
 
 // Nothing where the text is not an object path.

@@ -10,46 +10,35 @@
 
 namespace standin::rules
 {
-struct NameStart
-    : tao::pegtl::sor<tao::pegtl::alpha, tao::pegtl::one<'_'>, tao::pegtl::uint8::range<0x80, 0xff>>
+using namespace tao::pegtl;
+
+struct NameStart : sor<alpha, one<'_'>, uint8::range<0x80, 0xff>>
 {
 };
-struct NameRest : tao::pegtl::sor<NameStart, tao::pegtl::digit>
+struct NameRest : sor<NameStart, digit>
 {
 };
 // The name of a class, property or key.
-struct Name : tao::pegtl::seq<NameStart, tao::pegtl::star<NameRest>>
+struct Name : seq<NameStart, star<NameRest>>
 {
 };
-struct Spaces : tao::pegtl::star<tao::pegtl::space>
+struct Spaces : star<space>
 {
 };
 // A text in quotes of either kind; a backslash takes the next character as it is.
 template <char Quote>
-struct QuotedBy
-    : tao::pegtl::seq<
-          tao::pegtl::one<Quote>,
-          tao::pegtl::until<
-              tao::pegtl::one<Quote>,
-              tao::pegtl::sor<tao::pegtl::seq<tao::pegtl::one<'\\'>, tao::pegtl::any>, tao::pegtl::any>>>
+struct QuotedBy : seq<one<Quote>, until<one<Quote>, sor<seq<one<'\\'>, any>, any>>>
 {
 };
-struct Quoted : tao::pegtl::sor<QuotedBy<'"'>, QuotedBy<'\''>>
+struct Quoted : sor<QuotedBy<'"'>, QuotedBy<'\''>>
 {
 };
 struct Number
-    : tao::pegtl::seq<
-          tao::pegtl::opt<tao::pegtl::one<'-', '+'>>,
-          tao::pegtl::sor<
-              tao::pegtl::seq<tao::pegtl::one<'0'>, tao::pegtl::one<'x', 'X'>,
-                              tao::pegtl::plus<tao::pegtl::xdigit>>,
-              tao::pegtl::seq<tao::pegtl::plus<tao::pegtl::digit>,
-                              tao::pegtl::opt<tao::pegtl::one<'.'>, tao::pegtl::plus<tao::pegtl::digit>>>>>
+    : seq<opt<one<'-', '+'>>,
+          sor<seq<one<'0'>, one<'x', 'X'>, plus<xdigit>>, seq<plus<digit>, opt<one<'.'>, plus<digit>>>>>
 {
 };
-struct Boolean : tao::pegtl::seq<tao::pegtl::sor<tao::pegtl::istring<'t', 'r', 'u', 'e'>,
-                                                 tao::pegtl::istring<'f', 'a', 'l', 's', 'e'>>,
-                                 tao::pegtl::not_at<NameRest>>
+struct Boolean : seq<sor<TAO_PEGTL_ISTRING("true"), TAO_PEGTL_ISTRING("false")>, not_at<NameRest>>
 {
 };
 

@@ -34,6 +34,20 @@ class CSavedSetting
     std::vector<BYTE> m_data;
 };
 
+// The service refuses what a strict one may refuse, until this goes.
+class CStrictService
+{
+  public:
+    CStrictService()
+    {
+        constexpr DWORD yes = 1;
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"Strict", REG_DWORD, &yes, sizeof yes);
+    }
+    ~CStrictService() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kSettingsKey, L"Strict"); }
+    CStrictService(const CStrictService&) = delete;
+    CStrictService& operator=(const CStrictService&) = delete;
+};
+
 // How long the service holds on to what nobody uses, from now on.
 inline void SetIdleTime(DWORD milliseconds)
 {

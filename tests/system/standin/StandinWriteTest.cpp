@@ -54,15 +54,17 @@ TEST_P(CStandinMethod, Answers)
 }
 INSTANTIATE_TEST_SUITE_P(
     Refused, CStandinMethod,
-    testing::Values(MethodCase{"NoParameters", kItem, L"Double", nullptr, wmi::InvalidMethodParameters},
-                    MethodCase{"RequiredIsNull", kItem, L"Double", L"Note", wmi::InvalidMethodParameters},
-                    MethodCase{"UnknownMethod", kItem, L"Triple", nullptr, wmi::InvalidMethod},
-                    MethodCase{"NotImplemented", kItem, L"NobodyImplementsThis", nullptr,
-                               static_cast<HRESULT>(WBEM_E_METHOD_NOT_IMPLEMENTED)},
-                    MethodCase{"UnknownClass", L"StandinTest_None.Name='x'", L"Double", nullptr,
-                               wmi::NotFound},
-                    MethodCase{"NoPath", L"a b", L"Double", nullptr, wmi::InvalidObjectPath},
-                    MethodCase{"NoMethod", kItem, L"", nullptr, wmi::InvalidParameter}),
+    testing::Values(
+        MethodCase{"NoParameters", kItem, L"Double", nullptr, wmi::InvalidMethodParameters},
+        MethodCase{"RequiredIsNull", kItem, L"Double", L"Note", wmi::InvalidMethodParameters},
+        MethodCase{"UnknownMethod", kItem, L"Triple", nullptr, wmi::InvalidMethod},
+        MethodCase{"NotImplemented", kItem, L"NobodyImplementsThis", nullptr,
+                   static_cast<HRESULT>(WBEM_E_METHOD_NOT_IMPLEMENTED)},
+        MethodCase{"UnknownClass", L"StandinTest_None.Name='x'", L"Double", nullptr, wmi::NotFound},
+        MethodCase{"OfTheClass", L"StandinTest_Item", L"Block", nullptr, wmi::InvalidMethodParameters},
+        MethodCase{"NoSuchKey", L"StandinTest_Item.Title='n1'", L"Block", nullptr, wmi::InvalidObjectPath},
+        MethodCase{"NoPath", L"a b", L"Double", nullptr, wmi::InvalidObjectPath},
+        MethodCase{"NoMethod", kItem, L"", nullptr, wmi::InvalidParameter}),
     NameOf<MethodCase>);
 
 TEST_F(CStandinWrite, RefusesParametersThatAreNotDeclared)

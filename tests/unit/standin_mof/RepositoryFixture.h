@@ -22,7 +22,7 @@ class Repository : public testing::Test
   protected:
     Repository() { m_repository.Compile(kSystem, "system"); }
 
-    void Compile(const std::string& text) { m_repository.Compile(text, "t"); }
+    void Compile(const std::string& text) { m_repository.Compile(text, "t", kCimv2); }
     ClassDefinition Class(const wchar_t* name) { return m_repository.GetDefinition(kCimv2, name); }
     // "" for success, else what the error says behind the place.
     std::string Refusal(const std::string& text)

@@ -48,18 +48,18 @@ TEST_F(Repository, ClassObjectsComeDecorated)
 TEST_F(Repository, DerivedClassesAreFound)
 {
     Compile(kLamps);
-    const auto names = [&](const wchar_t* base, bool deep)
+    const auto names = [&](const wchar_t* base)
     {
         std::vector<std::wstring> result;
-        for (const ClassDefinition& definition : m_repository.DerivedClasses(kCimv2, base, deep))
+        for (const ClassDefinition& definition : m_repository.DerivedClasses(kCimv2, base))
             result.push_back(definition->Name);
         return result;
     };
     using Names = std::vector<std::wstring>;
-    EXPECT_EQ(names(L"device", false), (Names{L"Lamp"}));
-    EXPECT_EQ(names(L"Device", true), (Names{L"FloorLamp", L"Lamp"}));
-    EXPECT_EQ(names(L"", false), (Names{L"Device"}));
-    EXPECT_EQ(names(L"", true), (Names{L"Device", L"FloorLamp", L"Lamp"}));
+    EXPECT_EQ(names(L"device"), (Names{L"FloorLamp", L"Lamp"}));
+    EXPECT_EQ(names(L"lamp"), (Names{L"FloorLamp"}));
+    EXPECT_EQ(names(L"FloorLamp"), Names());
+    EXPECT_EQ(names(L""), (Names{L"Device", L"FloorLamp", L"Lamp"}));
 }
 
 TEST_F(Repository, InstancesAreStored)
@@ -84,7 +84,7 @@ TEST_F(Repository, CompilingAgainChangesNothing)
     Compile(kLamps);
     Compile(kLamps);
     EXPECT_EQ(m_repository.Instances(kCimv2, L"Device", true).size(), 2u);
-    EXPECT_EQ(m_repository.DerivedClasses(kCimv2, L"Device", true).size(), 2u);
+    EXPECT_EQ(m_repository.DerivedClasses(kCimv2, L"Device").size(), 2u);
     Compile("instance of Lamp { Name = \"DESK\"; Watts = 1; };");
     EXPECT_EQ(m_repository.Instances(kCimv2, L"Lamp", false).size(), 1u);
 }
@@ -114,13 +114,23 @@ TEST_F(Repository, ProvidersAreFoundByName)
     EXPECT_FALSE(m_repository.FindProvider(L"root", L"PROV"));
 }
 
-TEST_F(Repository, NamespacesAreRootAndCimv2)
+TEST_F(Repository, NamespacesAreRootDefaultAndCimv2)
 {
     Compile("#pragma namespace(\"//./Root\") class Inside {};");
     EXPECT_TRUE(m_repository.HasNamespace(L"ROOT\\CIMV2"));
-    EXPECT_FALSE(m_repository.HasNamespace(L"root\\default"));
+    EXPECT_TRUE(m_repository.HasNamespace(L"root\\default"));
+    EXPECT_FALSE(m_repository.HasNamespace(L"root\\other"));
     EXPECT_TRUE(m_repository.GetDefinition(L"root", L"Inside"));
     EXPECT_FALSE(Class(L"Inside"));
+}
+
+// As the management service's own compiler does: a text that forgets to say where it belongs is not found
+// there.
+TEST_F(Repository, WhatNamesNoNamespaceGoesToDefault)
+{
+    m_repository.Compile("class Astray {};", "t");
+    EXPECT_TRUE(m_repository.GetDefinition(L"root\\default", L"Astray"));
+    EXPECT_FALSE(Class(L"Astray"));
 }
 
 TEST_F(Repository, AFileThatIsNotThereIsAnError)

@@ -74,15 +74,6 @@ INSTANTIATE_TEST_SUITE_P(
             "ResultForTest", L"CIM_DiagnosticResultForTest", L"", {L"DiagnosticResult", L"DiagnosticTest"}}),
     NameOf<BaseCase>);
 
-TEST(Schema, AComputerIsKnownByItsName)
-{
-    const ClassDefinition computer = ServedSchema().GetDefinition(kServedNamespace, L"Win32_ComputerSystem");
-    ASSERT_TRUE(computer);
-    ASSERT_EQ(computer->Keys().size(), 1u);
-    EXPECT_EQ(computer->Properties()[computer->Keys().front()].Name, L"Name");
-    EXPECT_FALSE(computer->Qualifiers.IsTrue(L"abstract"));
-}
-
 TEST(Schema, SystemClassesAreSeenFromEverywhere)
 {
     for (const wchar_t* nameSpace : {L"root", kServedNamespace})

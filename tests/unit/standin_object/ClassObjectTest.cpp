@@ -26,7 +26,7 @@ TEST(ClassObject, SpawnsOnlyWhereItIsComplete)
     auto definition = std::make_shared<CClassDefinition>(*sample::Device());
     definition->Qualifiers.Set(MakeQualifier(L"abstract", CVariant::FromBool(true)));
     ComPtr<IWbemClassObject> instance;
-    for (const auto& object : {MakeEmptyClass(), MakeClassObject(definition)})
+    for (const auto& object : {sample::EmptyClass(), MakeClassObject(definition)})
         EXPECT_EQ(object->SpawnInstance(0, instance.Put()), static_cast<HRESULT>(WBEM_E_INCOMPLETE_CLASS));
 }
 
@@ -63,8 +63,8 @@ TEST(Methods, SignaturesAreCopies)
 TEST(Methods, AMissingSignatureIsANullPointer)
 {
     const auto lamp = MakeClassObject(sample::Lamp());
-    ComPtr<IWbemClassObject> in = MakeEmptyClass();
-    ComPtr<IWbemClassObject> out = MakeEmptyClass();
+    ComPtr<IWbemClassObject> in = sample::EmptyClass();
+    ComPtr<IWbemClassObject> out = sample::EmptyClass();
     EXPECT_EQ(lamp->GetMethod(L"Dim", 0, in.Put(), out.Put()), S_OK);
     EXPECT_FALSE(in);
     EXPECT_FALSE(out);
@@ -72,21 +72,42 @@ TEST(Methods, AMissingSignatureIsANullPointer)
     EXPECT_EQ(lamp->GetMethod(nullptr, 0, in.Put(), nullptr), wmi::InvalidParameter);
 }
 
-TEST(Methods, AreEnumeratedOfClassesAndInstances)
+namespace
 {
-    for (const auto& lamp : {MakeClassObject(sample::Lamp()), MakeInstance(sample::Lamp())})
-    {
-        EXPECT_EQ(lamp->NextMethod(0, nullptr, nullptr, nullptr), static_cast<HRESULT>(WBEM_E_UNEXPECTED));
-        ASSERT_EQ(lamp->BeginMethodEnumeration(0), S_OK);
-        CBstr name;
-        ComPtr<IWbemClassObject> in;
-        EXPECT_EQ(lamp->NextMethod(0, name.Put(), in.Put(), nullptr), S_OK);
-        EXPECT_EQ(name.View(), L"Reset");
-        EXPECT_EQ(Text(*in, L"Mode"), L"<null>");
-        EXPECT_EQ(lamp->NextMethod(0, name.Put(), nullptr, nullptr), S_OK);
-        EXPECT_EQ(name.View(), L"Dim");
-        EXPECT_EQ(lamp->NextMethod(0, nullptr, nullptr, nullptr), WBEM_S_NO_MORE_DATA);
-        EXPECT_EQ(lamp->EndMethodEnumeration(), S_OK);
-        EXPECT_EQ(lamp->BeginMethodEnumeration(WBEM_FLAG_KEYS_ONLY), wmi::InvalidParameter);
-    }
+void EnumerateMethods(IWbemClassObject* lamp)
+{
+    EXPECT_EQ(lamp->NextMethod(0, nullptr, nullptr, nullptr), static_cast<HRESULT>(WBEM_E_UNEXPECTED));
+    ASSERT_EQ(lamp->BeginMethodEnumeration(0), S_OK);
+    CBstr name;
+    ComPtr<IWbemClassObject> in;
+    EXPECT_EQ(lamp->NextMethod(0, name.Put(), in.Put(), nullptr), S_OK);
+    EXPECT_EQ(name.View(), L"Reset");
+    EXPECT_EQ(Text(*in, L"Mode"), L"<null>");
+    EXPECT_EQ(lamp->NextMethod(0, name.Put(), nullptr, nullptr), S_OK);
+    EXPECT_EQ(name.View(), L"Dim");
+    EXPECT_EQ(lamp->NextMethod(0, nullptr, nullptr, nullptr), WBEM_S_NO_MORE_DATA);
+    EXPECT_EQ(lamp->EndMethodEnumeration(), S_OK);
+    EXPECT_EQ(lamp->BeginMethodEnumeration(WBEM_FLAG_KEYS_ONLY), wmi::InvalidParameter);
+}
+} // namespace
+
+TEST(Methods, AreEnumeratedOfClasses)
+{
+    EnumerateMethods(MakeClassObject(sample::Lamp()).Get());
+}
+
+// Instances have them only for those who cannot do without.
+TEST(Methods, OfInstancesAreShownToWinesScriptingObjectsOnly)
+{
+    const auto lamp = MakeInstance(sample::Lamp());
+    ComPtr<IWbemClassObject> in;
+    EXPECT_EQ(lamp->GetMethod(L"Reset", 0, in.Put(), nullptr),
+              static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
+    EXPECT_EQ(lamp->BeginMethodEnumeration(0), static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
+    const HMODULE scripting = LoadLibraryW(L"wbemdisp.dll");
+    ASSERT_TRUE(scripting);
+    EXPECT_EQ(lamp->GetMethod(L"Reset", 0, in.Put(), nullptr), S_OK);
+    EnumerateMethods(lamp.Get());
+    FreeLibrary(scripting);
+    EXPECT_EQ(lamp->BeginMethodEnumeration(0), static_cast<HRESULT>(WBEM_E_ILLEGAL_OPERATION));
 }
