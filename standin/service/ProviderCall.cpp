@@ -105,7 +105,7 @@ class CProviderScope
 };
 
 // Waits for the status of a call that the provider has taken on; gives the result where none comes.
-HRESULT AwaitStatus(const CProvider& provider, const CProviderSink& sink, const CRequest& request)
+HRESULT AwaitStatus(const CProvider& provider, const CProviderSink& sink, CRequest& request)
 {
     const HANDLE handles[] = {sink.Ended(), request.Cancelled(), provider.Process.Get()};
     switch (WaitForMultipleObjects(3, handles, FALSE, INFINITE))
@@ -115,6 +115,7 @@ HRESULT AwaitStatus(const CProvider& provider, const CProviderSink& sink, const 
     case WAIT_OBJECT_0 + 2:
         return wmi::ProviderFailure;
     default:
+        request.StopProvider();
         return wmi::CallCancelled;
     }
 }
@@ -134,6 +135,7 @@ COutcome CallProvider(CProviderPool& pool, const std::wstring& nameSpace,
     {
         const CProviderScope scope(request, provider, sink);
         result = scope.Entered() ? start(*provider->Services, sink.Get()) : wmi::CallCancelled;
+        request.ProviderReturned();
         if (SUCCEEDED(result))
             result = AwaitStatus(*provider, *sink, request);
     }

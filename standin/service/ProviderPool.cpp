@@ -24,7 +24,7 @@ HRESULT CProviderPool::Acquire(const std::wstring& nameSpace, const CProviderReg
     if (Find(key, provider))
         return wmi::NoError;
     auto loaded = std::make_shared<CProvider>();
-    const HRESULT hr = LoadProvider(registration, nameSpace, m_nameSpaces(nameSpace).Get(), *loaded);
+    const HRESULT hr = m_load(registration, nameSpace, *loaded);
     if (FAILED(hr))
         return hr;
     provider = std::move(loaded);
@@ -62,13 +62,9 @@ bool CProviderPool::DropIdle(DWORD milliseconds)
         CEntry& entry = one->second;
         if (!unused(entry.Provider))
             entry.LastUse = now;
-        if (now - entry.LastUse < milliseconds)
-        {
-            ++one;
-            continue;
-        }
-        dropped.push_back(std::move(entry.Provider));
-        one = m_entries.erase(one);
+        else if (now - entry.LastUse >= milliseconds)
+            dropped.push_back(std::move(entry.Provider));
+        one = entry.Provider ? std::next(one) : m_entries.erase(one);
     }
     for (size_t i = m_dead.size(); i-- > 0;)
         if (unused(m_dead[i]))

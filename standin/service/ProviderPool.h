@@ -16,17 +16,18 @@ using ProviderReference = std::shared_ptr<const CProvider>;
 class CProviderPool
 {
   public:
-    // Gives the namespace that a provider calls back into, for the namespace's name.
-    using NamespaceSource = std::function<ComPtr<IWbemServices>(const std::wstring&)>;
+    // Starts a provider for a namespace.
+    using Loader = std::function<HRESULT(const CProviderRegistration&, const std::wstring&, CProvider&)>;
 
-    explicit CProviderPool(NamespaceSource nameSpaces) : m_nameSpaces(std::move(nameSpaces)) {}
+    explicit CProviderPool(Loader load) : m_load(std::move(load)) {}
 
     // A provider whose process lives, and which stays loaded while the reference is held: one that died since
     // its last request is started anew.
     HRESULT Acquire(const std::wstring& nameSpace, const CProviderRegistration& registration,
                     ProviderReference& provider);
 
-    // Lets go what has not been used for this time; true where nothing is held any more.
+    // Lets go what has not been used for this time, and nothing that is in use; true where nothing is held
+    // any more.
     bool DropIdle(DWORD milliseconds);
 
   private:
@@ -38,7 +39,7 @@ class CProviderPool
 
     bool Find(const std::wstring& key, ProviderReference& provider);
 
-    const NamespaceSource m_nameSpaces;
+    const Loader m_load;
     // Held while a provider is started or let go. Wine's bookkeeping of a process's proxies breaks where one
     // thread lets go of the last proxy of another process while a second one gets its first.
     std::mutex m_coming;

@@ -4,9 +4,11 @@
 
 namespace standin
 {
-CRequest::CRequest(long flags, ComPtr<IWbemContext> context)
-    : m_flags(flags), m_context(std::move(context)), m_answered(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
-      m_cancelled(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+CRequest::CRequest(long flags, ComPtr<IWbemContext> context, DWORD moment)
+    : m_moment(moment), m_flags(flags), m_context(std::move(context)),
+      m_answered(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      m_cancelled(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      m_returned(CreateEventW(nullptr, TRUE, TRUE, nullptr))
 {
 }
 
@@ -36,14 +38,26 @@ std::vector<CAnswer> CRequest::TakeAnswers()
 
 void CRequest::Cancel()
 {
+    {
+        const CLockScope lock(m_lock);
+        m_unwanted = true;
+    }
     SetEvent(m_cancelled.Get());
+    if (WaitForSingleObject(m_returned.Get(), m_moment) == WAIT_TIMEOUT)
+        StopProvider();
+}
+
+void CRequest::StopProvider()
+{
     ProviderReference provider;
     ComPtr<IWbemObjectSink> sink;
     {
         const CLockScope lock(m_lock);
-        m_unwanted = true;
+        if (m_told)
+            return;
         provider = m_provider;
         sink = m_providerSink;
+        m_told = provider != nullptr;
     }
     // Providers need not support it: whatever they go on to send is refused.
     if (provider)
@@ -55,6 +69,7 @@ bool CRequest::EnterProvider(ProviderReference provider, ComPtr<IWbemObjectSink>
     const CLockScope lock(m_lock);
     if (m_unwanted)
         return false;
+    ResetEvent(m_returned.Get());
     m_provider = std::move(provider);
     m_providerSink = std::move(sink);
     return true;
@@ -62,6 +77,7 @@ bool CRequest::EnterProvider(ProviderReference provider, ComPtr<IWbemObjectSink>
 
 void CRequest::LeaveProvider()
 {
+    ProviderReturned();
     const CLockScope lock(m_lock);
     m_provider.reset();
     m_providerSink.Reset();

@@ -23,8 +23,13 @@ std::wstring NewId()
 
 CService::CService()
     : m_server(ThisComputer()), m_id(NewId()), m_repository(m_server),
-      m_providers([this](const std::wstring& nameSpace)
-                  { return MakeProviderNamespace(m_repository, nameSpace); })
+      m_providers(
+          [this](const CProviderRegistration& registration, const std::wstring& nameSpace,
+                 CProvider& provider)
+          {
+              return LoadProvider(registration, nameSpace,
+                                  MakeProviderNamespace(m_repository, nameSpace).Get(), provider);
+          })
 {
 }
 } // namespace standin

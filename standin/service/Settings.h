@@ -13,7 +13,7 @@ std::vector<std::wstring> ReadMofFiles();
 bool WriteMofFiles(const std::vector<std::wstring>& files);
 
 // Milliseconds after the last request until a provider is let go, and after the last client until the service
-// ends: the value "IdleMilliseconds".
+// ends: the value "IdleMilliseconds", five minutes where it is missing.
 DWORD ReadIdleTime();
 
 // What had to be done again for a provider to start, counted in the same key under the name of the value.

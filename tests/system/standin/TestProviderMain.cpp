@@ -1,5 +1,6 @@
 // StandinTestProvider.exe: a provider process as small as one can be.
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/com/StubHold.h"
 #include "tests/system/standin/TestProvider.h"
 #include "tests/system/standin/TestProviderIds.h"
 
@@ -27,6 +28,8 @@ class CProviderFactory : public CComObject<IClassFactory>
 int main()
 {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    HoldActivationStubs();
+    HoldStubs({__uuidof(IWbemProviderInit), __uuidof(IWbemServices)});
     DWORD cookies[2] = {};
     CoRegisterClassObject(kTestProvider, MakeCom<CProviderFactory>(false).Get(), CLSCTX_LOCAL_SERVER,
                           REGCLS_MULTIPLEUSE, &cookies[0]);

@@ -13,6 +13,8 @@ namespace
 constexpr wchar_t kProductKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB";
 constexpr wchar_t kServiceKey[] = L"SOFTWARE\\WMI stand-in";
 constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
+constexpr wchar_t kStrict[] = L"Strict";
+constexpr DWORD kUsualIdleTime = 3000; // as scripts/register sets it
 
 // Every process that may serve a client of the provider.
 const wchar_t* const kServers[] = {L"WmiStandin.exe", L"Drevok.EXE", L"VorlProxy.exe"};
@@ -55,6 +57,13 @@ struct ChangesTraits
     static void Close(Type h) noexcept { FindCloseChangeNotification(h); }
 };
 
+void SetServiceNumber(const wchar_t* name, DWORD number)
+{
+    if (RegSetKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, name, REG_DWORD, &number, sizeof number) !=
+        ERROR_SUCCESS)
+        throw std::runtime_error("a setting of the management service could not be set");
+}
+
 void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void* data, size_t size)
 {
     CRegKey key;
@@ -71,7 +80,8 @@ CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeT
 {
     if (!WaitUntilAllEnded())
         throw std::runtime_error("a server of an earlier test still runs");
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
+    SetIdleTime(kUsualIdleTime);
+    SetStrict(false);
     ForgetValues();
 }
 
@@ -82,12 +92,12 @@ CProviderMachine::~CProviderMachine()
     try
     {
         KillServers({std::begin(kServers), std::end(kServers)});
+        SetIdleTime(kUsualIdleTime);
     }
     catch (const std::exception& failure)
     {
         ADD_FAILURE() << failure.what();
     }
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     RemoveFolder(m_folder);
 }
@@ -177,9 +187,12 @@ bool CProviderMachine::WaitForFile(const std::wstring& name,
 
 void CProviderMachine::SetIdleTime(DWORD milliseconds) const
 {
-    if (RegSetKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kIdleTime, REG_DWORD, &milliseconds,
-                        sizeof milliseconds) != ERROR_SUCCESS)
-        throw std::runtime_error("the idle time of the management service could not be set");
+    SetServiceNumber(kIdleTime, milliseconds);
+}
+
+void CProviderMachine::SetStrict(bool strict) const
+{
+    SetServiceNumber(kStrict, strict);
 }
 
 bool CProviderMachine::WaitUntilAllEnded() const

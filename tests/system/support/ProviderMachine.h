@@ -43,6 +43,8 @@ class CProviderMachine
 
     // How long the management service holds on to the provider after the last request, from now on.
     void SetIdleTime(DWORD milliseconds) const;
+    // Whether it refuses of the provider's contract what a strict one may refuse, from now on.
+    void SetStrict(bool strict) const;
 
     // Waits until the provider, the management service and the agents have ended by themselves.
     bool WaitUntilAllEnded() const;
