@@ -86,6 +86,17 @@ function(zeb_test name)
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${last} ${lock})
 endfunction()
 
+# zeb_version_resource(target NAME file.dll TYPE VFT_DLL DESCRIPTION "..."): the product's version as a resource of a
+# file that ships.
+function(zeb_version_resource target)
+  cmake_parse_arguments(ARG "" "NAME;TYPE;DESCRIPTION" "" ${ARGN})
+  set(NAME "${ARG_NAME}")
+  set(TYPE "${ARG_TYPE}")
+  set(DESCRIPTION "${ARG_DESCRIPTION}")
+  configure_file("${CMAKE_SOURCE_DIR}/resources/Version.rc.in" "${CMAKE_CURRENT_BINARY_DIR}/${target}Version.rc" @ONLY)
+  target_sources(${target} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${target}Version.rc")
+endfunction()
+
 # Header-only libraries of the build machine: CLI11 (command lines), nlohmann-json (JSON), PEGTL (parsing).
 # They are reached through links of their own, because the folder that they stand in also holds the build
 # machine's C library. Link zeb_header_libraries to include them.

@@ -155,6 +155,18 @@ STDMETHODIMP CManagementObject::EndEnumeration()
     return S_OK;
 }
 
+STDMETHODIMP CManagementObject::GetQualifierSet(IWbemQualifierSet** out)
+{
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            if (!out)
+                return wmi::InvalidParameter;
+            *out = MakeQualifierSet({m_state.Definition, &Definition().Qualifiers}).Detach();
+            return S_OK;
+        });
+}
+
 STDMETHODIMP CManagementObject::GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out)
 {
     return AtComBoundary(

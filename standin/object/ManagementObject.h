@@ -35,6 +35,7 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     STDMETHODIMP BeginEnumeration(LONG flags) override;
     STDMETHODIMP Next(LONG flags, BSTR* name, VARIANT* value, CIMTYPE* type, LONG* flavor) override;
     STDMETHODIMP EndEnumeration() override;
+    STDMETHODIMP GetQualifierSet(IWbemQualifierSet** out) override;
     STDMETHODIMP GetPropertyQualifierSet(LPCWSTR property, IWbemQualifierSet** out) override;
     STDMETHODIMP Clone(IWbemClassObject** copy) override;
     STDMETHODIMP SpawnInstance(LONG flags, IWbemClassObject** out) override;
@@ -49,7 +50,6 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     STDMETHODIMP EndMethodEnumeration() override;
 
     // Nobody here asks for these.
-    STDMETHODIMP GetQualifierSet(IWbemQualifierSet**) override { return wmi::NotSupported; }
     STDMETHODIMP GetMethodQualifierSet(LPCWSTR, IWbemQualifierSet**) override { return wmi::NotSupported; }
     STDMETHODIMP Delete(LPCWSTR) override { return wmi::NotSupported; }
     STDMETHODIMP GetObjectText(LONG, BSTR*) override { return wmi::NotSupported; }

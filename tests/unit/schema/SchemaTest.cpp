@@ -349,6 +349,13 @@ TEST(SchemaTest, ProviderIsRegisteredAsAProgramOfItsOwn)
     EXPECT_FALSE(provider->SupportsDelete);
 }
 
+TEST(SchemaTest, HasTheVersionOfTheProduct)
+{
+    const wchar_t* version = Definition(L"Tolva_DiagTest")->Qualifiers.Text(L"Version");
+    ASSERT_TRUE(version);
+    EXPECT_STREQ(version, L"" ZEB_VERSION);
+}
+
 TEST(SchemaTest, CompilingItAgainChangesNothing)
 {
     standin::CRepository repository(L"WS42");

@@ -45,6 +45,17 @@ TEST(Qualifiers, TellTypeAndOrigin)
     EXPECT_EQ(set->Get(L"key", 1, nullptr, nullptr), wmi::InvalidParameter);
 }
 
+TEST(Qualifiers, OfTheClassAreThoseThatReachTheObject)
+{
+    ComPtr<IWbemQualifierSet> set;
+    ASSERT_EQ(MakeClassObject(sample::Device())->GetQualifierSet(set.Put()), S_OK);
+    EXPECT_EQ(set->Get(L"mine", 0, nullptr, nullptr), S_OK);
+    ASSERT_EQ(MakeInstance(sample::Lamp())->GetQualifierSet(set.Put()), S_OK);
+    EXPECT_EQ(set->Get(L"everywhere", 0, nullptr, nullptr), S_OK);
+    EXPECT_EQ(set->Get(L"down", 0, nullptr, nullptr), wmi::NotFound);
+    EXPECT_EQ(MakeInstance(sample::Lamp())->GetQualifierSet(nullptr), wmi::InvalidParameter);
+}
+
 TEST(Qualifiers, NoneOfSystemPropertiesAndUnknownOnes)
 {
     const auto lamp = MakeInstance(sample::Lamp());
