@@ -1,7 +1,9 @@
 #include "tools/zebdiag/Connection.h"
 
 #include "Common/src/com/Bstr.h"
+#include "Common/src/com/Variant.h"
 #include "tools/zebdiag/ErrorDetail.h"
+#include "tools/zebdiag/LocaleName.h"
 
 #include <memory>
 #include <objbase.h>
@@ -10,8 +12,8 @@ namespace zebdiag
 {
 namespace
 {
-// Who calls are made as. The texts are kept for as long as an interface may use them, and the password is
-// wiped at the end.
+// Who calls are made as; without a user, whoever runs the program. The texts are kept for as long as an
+// interface may use them, and the password is wiped at the end.
 class CIdentity
 {
   public:
@@ -28,6 +30,8 @@ class CIdentity
 
     HRESULT Secure(IUnknown* object)
     {
+        if (m_user.empty())
+            return SetBlankets(object, nullptr);
         COAUTHIDENTITY identity = {};
         identity.User = Chars(m_user);
         identity.UserLength = static_cast<ULONG>(m_user.size());
@@ -36,12 +40,24 @@ class CIdentity
         identity.Password = Chars(m_password);
         identity.PasswordLength = static_cast<ULONG>(m_password.size());
         identity.Flags = SEC_WINNT_AUTH_IDENTITY_UNICODE;
-        return CoSetProxyBlanket(object, RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT, COLE_DEFAULT_PRINCIPAL,
-                                 RPC_C_AUTHN_LEVEL_PKT_PRIVACY, RPC_C_IMP_LEVEL_IMPERSONATE, &identity,
-                                 EOAC_NONE);
+        return SetBlankets(object, &identity);
     }
 
   private:
+    // The interface's own and that of IUnknown, through which Release and QueryInterface go to the service.
+    static HRESULT SetBlankets(IUnknown* object, COAUTHIDENTITY* identity)
+    {
+        ComPtr<IUnknown> unknown;
+        HRESULT hr = object->QueryInterface(IID_IUnknown, unknown.PutVoid());
+        for (IUnknown* proxy : {object, unknown.Get()})
+            if (SUCCEEDED(hr))
+                hr = CoSetProxyBlanket(proxy, RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT,
+                                       COLE_DEFAULT_PRINCIPAL, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,
+                                       RPC_C_IMP_LEVEL_IMPERSONATE, identity, EOAC_NONE);
+        // What is no proxy acts as this process anyway.
+        return hr == E_NOINTERFACE && !identity ? S_OK : hr;
+    }
+
     static USHORT* Chars(std::wstring& text) { return reinterpret_cast<USHORT*>(text.data()); }
 
     std::wstring m_user;
@@ -52,6 +68,19 @@ class CIdentity
 std::wstring NamespacePath(const CTarget& target)
 {
     return target.IsLocal() ? target.Namespace : L"\\\\" + target.Computer + L"\\" + target.Namespace;
+}
+
+// Tells the provider the caller's language: not every service passes on that of the connection. Null if there
+// is no context to be had; the provider then speaks its own language.
+ComPtr<IWbemContext> CallContext(const CTarget& target)
+{
+    ComPtr<IWbemContext> context;
+    CVariant locale = CVariant::FromText(CallerLocale(target.Locale).c_str());
+    if (FAILED(CoCreateInstance(CLSID_WbemContext, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemContext,
+                                context.PutVoid())) ||
+        FAILED(context->SetValue(L"LocaleID", 0, &locale)))
+        return nullptr;
+    return context;
 }
 
 CBstr Optional(const std::wstring& text)
@@ -78,14 +107,12 @@ CWmiSession ConnectThrough(IWbemLocator* locator, const CTarget& target, const s
                                nullptr, nullptr, services.Put());
     if (FAILED(status))
         throw FailureOf(status, Step::Connect, target, {}, TakeErrorDetail());
-    if (!asSomebody)
-        return CWmiSession(std::move(services), target);
-
     const auto identity = std::make_shared<CIdentity>(target.User, password);
     if (const HRESULT secured = identity->Secure(services.Get()); FAILED(secured))
         throw FailureOf(secured, Step::Connect, target);
-    return CWmiSession(std::move(services), target,
-                       [identity](IUnknown* object) { return identity->Secure(object); });
+    return CWmiSession(
+        std::move(services), target, [identity](IUnknown* object) { return identity->Secure(object); },
+        CallContext(target));
 }
 
 CWmiSession Connect(const CTarget& target, const std::wstring& password)

@@ -109,6 +109,8 @@ constexpr CFailureRow kRows[] = {
      L"not registered.",
      kReadTrace},
 
+    {WBEM_S_TIMEDOUT, kUse, ExitCode::NotReachable,
+     L"The diagnostics provider on {computer} has not answered in time.", kReadTrace},
     {wmi::ProviderFailure, kUse, ExitCode::CouldNotRun,
      L"The diagnostics provider on {computer} failed or ended during the request.", kReadTrace},
 

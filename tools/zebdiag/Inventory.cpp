@@ -98,10 +98,10 @@ void PutValue(const CWmiSession& session, const WmiObject& instance, const wchar
 }
 } // namespace
 
-CInventory LoadInventory(const CWmiSession& session, const AdapterNames& names)
+CInventory LoadInventory(const CWmiSession& session, const AdapterNames& names, LONG patienceMilliseconds)
 {
     CInventory inventory;
-    for (const WmiObject& object : session.InstancesOf(kTestClass))
+    for (const WmiObject& object : session.InstancesOf(kTestClass, patienceMilliseconds))
     {
         if (inventory.Computer.empty())
             inventory.Computer = Text(object, L"SystemName");

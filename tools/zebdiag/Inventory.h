@@ -10,8 +10,9 @@
 
 namespace zebdiag
 {
-// All tests, grouped by adapter.
-CInventory LoadInventory(const CWmiSession& session, const AdapterNames& names);
+// All tests, grouped by adapter. Fails with WBEM_S_TIMEDOUT if nothing comes for that long.
+CInventory LoadInventory(const CWmiSession& session, const AdapterNames& names,
+                         LONG patienceMilliseconds = WBEM_INFINITE);
 
 // One test read anew; absent where the provider does not have it any more.
 std::optional<CTest> LoadTest(const CWmiSession& session, const CTest& test);

@@ -32,15 +32,28 @@ LCID LocaleOf(std::wstring_view text)
     // What has no number of its own cannot be asked for.
     return named == LOCALE_CUSTOM_UNSPECIFIED ? 0 : named;
 }
+
+std::wstring NameOf(LCID locale)
+{
+    wchar_t name[16] = {};
+    _snwprintf(name, 15, L"MS_%lx", locale);
+    return name;
+}
 } // namespace
 
 std::wstring LocaleArgument(std::wstring_view text)
 {
     const LCID locale = LocaleOf(text);
-    if (locale == 0)
-        return {};
-    wchar_t name[16] = {};
-    _snwprintf(name, 15, L"MS_%lx", locale);
-    return name;
+    return locale == 0 ? std::wstring() : NameOf(locale);
+}
+
+std::wstring CallerLocale(const std::wstring& given)
+{
+    return given.empty() ? NameOf(GetUserDefaultUILanguage()) : given;
+}
+
+unsigned long NumberOfLocale(const std::wstring& locale)
+{
+    return LocaleOf(locale);
 }
 } // namespace zebdiag

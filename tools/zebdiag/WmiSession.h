@@ -20,18 +20,21 @@ using WmiObject = ComPtr<IWbemClassObject>;
 class CWmiSession
 {
   public:
-    // Sets the identity that calls through an interface of the service use; none where the process's own will
-    // do.
+    // Sets the identity and the protection of calls through an interface of the service.
     using SecureInterface = std::function<HRESULT(IUnknown*)>;
 
-    CWmiSession(ComPtr<IWbemServices> services, CTarget target, SecureInterface secure = {});
+    // `context` goes with every call. Both may be left out.
+    CWmiSession(ComPtr<IWbemServices> services, CTarget target, SecureInterface secure = {},
+                ComPtr<IWbemContext> context = {});
 
     const CTarget& Target() const noexcept { return m_target; }
 
-    std::vector<WmiObject> InstancesOf(const wchar_t* className) const;
+    // Fails with WBEM_S_TIMEDOUT if nothing comes for that long.
+    std::vector<WmiObject> InstancesOf(const wchar_t* className,
+                                       LONG patienceMilliseconds = WBEM_INFINITE) const;
     // `subject` is the class that the query asks for.
     std::vector<WmiObject> Query(const std::wstring& wql, const wchar_t* subject) const;
-    // Null where there is no such instance.
+    // Null where there is no such instance or, if the path is a name, no such class.
     WmiObject TryGet(const std::wstring& path, const wchar_t* className) const;
     void Update(IWbemClassObject* instance, const wchar_t* className) const;
 
@@ -48,10 +51,12 @@ class CWmiSession
   private:
     [[noreturn]] void Fail(HRESULT status, Step step, const wchar_t* className) const;
     void Check(HRESULT status, Step step, const wchar_t* className) const;
-    std::vector<WmiObject> ReadAll(IEnumWbemClassObject* objects, const wchar_t* className) const;
+    std::vector<WmiObject> ReadAll(IEnumWbemClassObject* objects, const wchar_t* className,
+                                   LONG patienceMilliseconds) const;
 
     ComPtr<IWbemServices> m_services;
     CTarget m_target;
     SecureInterface m_secure;
+    ComPtr<IWbemContext> m_context;
 };
 } // namespace zebdiag

@@ -20,10 +20,19 @@ constexpr wchar_t kEnded[] = L"20240501134511.000000+000";
 class CObjects final : public CComObject<IEnumWbemClassObject>
 {
   public:
-    explicit CObjects(std::vector<ComPtr<IWbemClassObject>> objects) : m_objects(std::move(objects)) {}
-
-    STDMETHODIMP Next(LONG, ULONG count, IWbemClassObject** objects, ULONG* returned) override
+    CObjects(std::vector<ComPtr<IWbemClassObject>> objects, ComPtr<CFakeSecurity> security, bool neverAnswers)
+        : m_objects(std::move(objects)), m_security(std::move(security)), m_neverAnswers(neverAnswers)
     {
+    }
+
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override
+    {
+        return CFakeSecurity::Answers(m_security, riid, out) ? S_OK : CComObject::QueryInterface(riid, out);
+    }
+    STDMETHODIMP Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
+    {
+        if (m_neverAnswers)
+            return timeout == LONG{WBEM_INFINITE} ? wmi::Failed : HRESULT{WBEM_S_TIMEDOUT};
         for (*returned = 0; *returned < count && m_next < m_objects.size(); ++*returned)
             objects[*returned] = m_objects[m_next++].Copy();
         return *returned == count ? wmi::NoError : HRESULT{WBEM_S_FALSE};
@@ -35,6 +44,8 @@ class CObjects final : public CComObject<IEnumWbemClassObject>
 
   private:
     std::vector<ComPtr<IWbemClassObject>> m_objects;
+    const ComPtr<CFakeSecurity> m_security;
+    const bool m_neverAnswers;
     size_t m_next = 0;
 };
 
@@ -81,9 +92,33 @@ std::wstring KeyIn(const std::wstring& path)
 }
 } // namespace
 
-ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects)
+ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects,
+                                              ComPtr<CFakeSecurity> security, bool neverAnswers)
 {
-    return MakeCom<CObjects>(std::move(objects));
+    return MakeCom<CObjects>(std::move(objects), std::move(security), neverAnswers);
+}
+
+void CFakeDiagnostics::Note(IWbemContext* context)
+{
+    CVariant value;
+    const bool told =
+        context && SUCCEEDED(context->GetValue(L"LocaleID", 0, value.Put())) && value.vt == VT_BSTR;
+    CLockScope lock(m_lock);
+    Locales.push_back(told ? value.bstrVal : L"-");
+}
+
+ComPtr<IWbemClassObject> CFakeDiagnostics::ClassNamed(const std::wstring& name)
+{
+    if (Missing.contains(name))
+        return nullptr;
+    if (!OtherVersion || name != kTestClass)
+        return ServedSchema().GetClass(kServedNamespace, name);
+    // A class derived from it has all that it has but the version.
+    const auto other = std::make_shared<standin::CClassDefinition>(
+        name, *ServedSchema().GetDefinition(kServedNamespace, name));
+    if (!OtherVersion->empty())
+        other->Qualifiers.Set(standin::MakeQualifier(L"Version", CVariant::FromText(OtherVersion->c_str())));
+    return standin::MakeClassObject(other);
 }
 
 CFakeDiagnostics::CFakeTest& CFakeDiagnostics::Add(const wchar_t* key, const wchar_t* caption,
@@ -167,6 +202,15 @@ ComPtr<IWbemClassObject> CFakeDiagnostics::MakeSetting(const std::wstring& key)
     return object;
 }
 
+ComPtr<IWbemClassObject> CFakeDiagnostics::Registration(const std::wstring& path)
+{
+    ComPtr<IWbemClassObject> object =
+        Missing.contains(L"__Win32Provider") ? nullptr : ServedSchema().GetInstance(kServedNamespace, path);
+    if (object && !ProviderId.empty())
+        PutText(object.Get(), L"CLSID", ProviderId);
+    return object;
+}
+
 ComPtr<IWbemClassObject> CFakeDiagnostics::Instance(const std::wstring& className, const std::wstring& key)
 {
     CLockScope lock(m_lock);
@@ -175,22 +219,25 @@ ComPtr<IWbemClassObject> CFakeDiagnostics::Instance(const std::wstring& classNam
                                        : MakeSetting(key);
 }
 
-STDMETHODIMP CFakeDiagnostics::GetObject(const BSTR path, LONG, IWbemContext*, IWbemClassObject** object,
-                                         IWbemCallResult**)
+STDMETHODIMP CFakeDiagnostics::GetObject(const BSTR path, LONG, IWbemContext* context,
+                                         IWbemClassObject** object, IWbemCallResult**)
 {
+    Note(context);
     const std::wstring wanted = path;
     const std::wstring className = wanted.substr(0, wanted.find(L'.'));
     if (const HRESULT failure = FailureOf(L"Get " + className); FAILED(failure))
         return failure;
-    *object = (className == wanted ? ServedSchema().GetClass(kServedNamespace, className)
-                                   : Instance(className, KeyIn(wanted)))
-                  .Detach();
+    ComPtr<IWbemClassObject> found = className == wanted            ? ClassNamed(className)
+                                     : className.starts_with(L"__") ? Registration(wanted)
+                                                                    : Instance(className, KeyIn(wanted));
+    *object = found.Detach();
     return *object ? wmi::NoError : wmi::NotFound;
 }
 
-STDMETHODIMP CFakeDiagnostics::CreateInstanceEnum(const BSTR className, LONG, IWbemContext*,
+STDMETHODIMP CFakeDiagnostics::CreateInstanceEnum(const BSTR className, LONG, IWbemContext* context,
                                                   IEnumWbemClassObject** objects)
 {
+    Note(context);
     if (const HRESULT failure = FailureOf(std::wstring(L"Enum ") + className); FAILED(failure))
         return failure;
     CLockScope lock(m_lock);
@@ -206,12 +253,14 @@ STDMETHODIMP CFakeDiagnostics::CreateInstanceEnum(const BSTR className, LONG, IW
         add(Results);
     else
         add(Settings);
-    *objects = EnumerateObjects(std::move(found)).Detach();
+    *objects = EnumerateObjects(std::move(found), Security, NeverAnswers).Detach();
     return wmi::NoError;
 }
 
-STDMETHODIMP CFakeDiagnostics::PutInstance(IWbemClassObject* instance, LONG, IWbemContext*, IWbemCallResult**)
+STDMETHODIMP CFakeDiagnostics::PutInstance(IWbemClassObject* instance, LONG, IWbemContext* context,
+                                           IWbemCallResult**)
 {
+    Note(context);
     if (const HRESULT failure = FailureOf(L"Put"); FAILED(failure))
         return failure;
     const CSettingValues values = {ReadFlag(instance, L"QuickMode"),
@@ -223,9 +272,10 @@ STDMETHODIMP CFakeDiagnostics::PutInstance(IWbemClassObject* instance, LONG, IWb
     return wmi::NoError;
 }
 
-STDMETHODIMP CFakeDiagnostics::ExecMethod(const BSTR path, const BSTR method, LONG, IWbemContext*,
+STDMETHODIMP CFakeDiagnostics::ExecMethod(const BSTR path, const BSTR method, LONG, IWbemContext* context,
                                           IWbemClassObject* in, IWbemClassObject** out, IWbemCallResult**)
 {
+    Note(context);
     CCall call = {path, method, {}};
     for (const wchar_t* name : {L"SystemElement", L"Setting", L"Result"})
         if (const auto text = ReadText(in, name))

@@ -4,18 +4,22 @@
 #pragma once
 
 #include "Common/src/com/Owned.h"
+#include "FakeSecurity.h"
 #include "tests/support/FakeServices.h"
 #include "tools/zebdiag/Model.h"
 
 #include <functional>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace zebdiag
 {
 // An enumeration that is complete from the start.
-ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects);
+ComPtr<IEnumWbemClassObject> EnumerateObjects(std::vector<ComPtr<IWbemClassObject>> objects,
+                                              ComPtr<CFakeSecurity> security = {}, bool neverAnswers = false);
 
 class CFakeDiagnostics final : public CFakeServices
 {
@@ -60,6 +64,12 @@ class CFakeDiagnostics final : public CFakeServices
     // Requests that answer this in place of their work: "Enum Tolva_DiagTest", "Get Tolva_DiagResult", "Put",
     // "RunTest" and so on.
     std::map<std::wstring, CFailureAnswer> Failures;
+    std::set<std::wstring> Missing;           // classes that the namespace lacks
+    std::optional<std::wstring> OtherVersion; // of the schema; an empty one is told by nothing
+    std::wstring ProviderId;                  // where it is not the shipped one
+    bool NeverAnswers = false;                // enumerations deliver nothing and do not end
+    ComPtr<CFakeSecurity> Security;           // makes proxies of this and of the enumerations
+    std::vector<std::wstring> Locales;        // the "LocaleID" of every request; "-" for none
     // Called with the name of a method before and after its work.
     std::function<void(const std::wstring&)> Before = [](const std::wstring&) {};
     std::function<void(const std::wstring&)> After = [](const std::wstring&) {};
@@ -71,6 +81,10 @@ class CFakeDiagnostics final : public CFakeServices
     // Adds a test with the setting that belongs to it.
     CFakeTest& Add(const wchar_t* key, const wchar_t* caption, bool sendsPackets = false);
 
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override
+    {
+        return CFakeSecurity::Answers(Security, riid, out) ? S_OK : CFakeServices::QueryInterface(riid, out);
+    }
     STDMETHODIMP GetObject(const BSTR path, LONG flags, IWbemContext* context, IWbemClassObject** object,
                            IWbemCallResult** result) override;
     STDMETHODIMP CreateInstanceEnum(const BSTR className, LONG flags, IWbemContext* context,
@@ -82,6 +96,9 @@ class CFakeDiagnostics final : public CFakeServices
 
   private:
     HRESULT FailureOf(const std::wstring& request);
+    void Note(IWbemContext* context);
+    ComPtr<IWbemClassObject> Registration(const std::wstring& path);
+    ComPtr<IWbemClassObject> ClassNamed(const std::wstring& name);
     ComPtr<IWbemClassObject> Instance(const std::wstring& className, const std::wstring& key);
     ComPtr<IWbemClassObject> MakeTest(const std::wstring& key);
     ComPtr<IWbemClassObject> MakeResult(const std::wstring& key);
