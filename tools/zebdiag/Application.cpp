@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/CommandLine.h"
+#include "tools/zebdiag/doctor/Doctor.h"
 
 namespace zebdiag
 {
@@ -32,8 +33,22 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
     std::wstring password;
     if (!options.Target.User.empty())
         password = console.AskPassword(L"Password of " + options.Target.User + L": ");
-    const CWmiSession session = seams.Connect(options.Target, password);
-    SecureZeroMemory(password.data(), password.size() * sizeof(wchar_t));
+    const auto connect = [&]
+    {
+        CWmiSession session = seams.Connect(options.Target, password);
+        SecureZeroMemory(password.data(), password.size() * sizeof(wchar_t));
+        return session;
+    };
+    if (options.Command == Command::Doctor)
+    {
+        CExamination exam = {.Target = options.Target,
+                             .Connect = connect,
+                             .Machine = options.Target.IsLocal() ? seams.Machine : nullptr,
+                             .Names = seams.Surroundings.Names,
+                             .Now = seams.Control.Now};
+        return RunDoctor(options, exam, console);
+    }
+    const CWmiSession session = connect();
     return Execute({options, session, console, seams.Control, seams.Surroundings});
 }
 } // namespace

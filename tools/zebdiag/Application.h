@@ -4,6 +4,7 @@
 #include "tools/zebdiag/Commands.h"
 #include "tools/zebdiag/Console.h"
 #include "tools/zebdiag/WmiSession.h"
+#include "tools/zebdiag/doctor/Machine.h"
 
 #include <functional>
 #include <string>
@@ -17,6 +18,7 @@ struct CApplicationSeams
     std::function<CWmiSession(const CTarget&, const std::wstring& password)> Connect;
     CRunControl Control;
     CSurroundings Surroundings;
+    const IMachine* Machine = &ThisMachine(); // for the doctor
 };
 
 // `arguments` without the program's name. Data goes to standard output, failures in words to standard error.

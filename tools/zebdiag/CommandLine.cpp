@@ -53,6 +53,13 @@ struct CCommandRow
 };
 
 constexpr CCommandRow kCommands[] = {
+    {Command::Doctor, 0, "Check the installation and say what is wrong with it and what to do.",
+     "Each point is good, wrong or unknown; nothing is changed. This is the command to begin with where\n"
+     "another one fails. Exit code 0 means that nothing is wrong, 1 that something is, 6 that the provider\n"
+     "cannot be reached because of it.\n\n"
+     "Examples:\n"
+     "  zebdiag doctor\n"
+     "  zebdiag doctor --json"},
     {Command::List, kAdapter, "Show the tests of every wired adapter, and which process delivers them.",
      "Examples:\n"
      "  zebdiag list\n"
@@ -102,6 +109,7 @@ constexpr char kFooter[] =
     "  2  a test was stopped             6  the management service or the provider is not reachable\n"
     "  3  could not be run or done       7  the command line cannot be understood\n\n"
     "Examples:\n"
+    "  zebdiag doctor\n"
     "  zebdiag list\n"
     "  zebdiag run --all\n"
     "  zebdiag run --adapter \"Ethernet 2\" --test link --json";

@@ -9,7 +9,7 @@ namespace
 {
 using Handler = ExitCode (*)(const CCommandContext&);
 
-// In the order of Command.
+// In the order of Command. The doctor is none of them: it has no session to begin with.
 constexpr Handler kHandlers[] = {ListTests,    RunTests,       StopTests,   ShowResults,
                                  ShowSettings, ChangeSettings, ClearResults};
 

@@ -41,7 +41,7 @@ struct CCommandContext
     CJsonHead JsonHead(const CInventory& inventory) const;
 };
 
-// The command that the options name.
+// The command that the options name, which is any but the doctor.
 ExitCode Execute(const CCommandContext& context);
 
 ExitCode ListTests(const CCommandContext& context);

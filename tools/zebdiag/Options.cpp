@@ -6,7 +6,8 @@ namespace zebdiag
 {
 namespace
 {
-constexpr const char* kCommandNames[] = {"list", "run", "stop", "results", "settings", "set", "clear"};
+constexpr const char* kCommandNames[] = {"list",     "run", "stop",  "results",
+                                         "settings", "set", "clear", "doctor"};
 
 std::wstring NameOfThisComputer()
 {

@@ -14,7 +14,8 @@ enum class Command
     Results,
     Settings,
     Set,
-    Clear
+    Clear,
+    Doctor
 };
 
 // The word that names the command, such as "list".

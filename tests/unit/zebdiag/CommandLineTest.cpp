@@ -51,6 +51,8 @@ INSTANTIATE_TEST_SUITE_P(
                             o.Target.Namespace == L"root\\cimv2" && o.Adapter.empty() &&
                             o.Target.Locale.empty();
                  }},
+        GoodCase{"DoctorAsJson", L"doctor|--json",
+                 [](const COptions& o) { return o.Command == Command::Doctor && o.Json; }},
         GoodCase{"ListAsJson", L"list|--json",
                  [](const COptions& o) { return o.Command == Command::List && o.Json; }},
         GoodCase{"RunOneTest", L"run|--adapter|Ethernet 2|--test|Link",

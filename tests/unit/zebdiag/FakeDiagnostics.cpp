@@ -32,7 +32,7 @@ class CObjects final : public CComObject<IEnumWbemClassObject>
     STDMETHODIMP Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override
     {
         if (m_neverAnswers)
-            return timeout == LONG{WBEM_INFINITE} ? wmi::Failed : HRESULT{WBEM_S_TIMEDOUT};
+            return timeout == static_cast<LONG>(WBEM_INFINITE) ? wmi::Failed : HRESULT{WBEM_S_TIMEDOUT};
         for (*returned = 0; *returned < count && m_next < m_objects.size(); ++*returned)
             objects[*returned] = m_objects[m_next++].Copy();
         return *returned == count ? wmi::NoError : HRESULT{WBEM_S_FALSE};

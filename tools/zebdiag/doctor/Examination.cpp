@@ -1,0 +1,67 @@
+#include "tools/zebdiag/doctor/Examination.h"
+
+#include "tools/zebdiag/doctor/Places.h"
+
+namespace zebdiag
+{
+const wchar_t* const kOwnVersion = L"" ZEB_VERSION;
+
+CFinding Good(std::wstring text)
+{
+    return {PointState::Good, std::move(text), {}};
+}
+
+CFinding Wrong(std::wstring text, std::wstring nextStep)
+{
+    return {PointState::Wrong, std::move(text), std::move(nextStep)};
+}
+
+CFinding Wrong(const CFailure& failure)
+{
+    std::wstring text = failure.Cause;
+    if (!failure.Detail.empty())
+        text += L" The provider says: " + failure.Detail;
+    if (failure.Status != S_OK)
+        text += L" (Status " + StatusText(failure.Status) + L".)";
+    return Wrong(std::move(text), failure.NextStep);
+}
+
+CFinding Unknown(std::wstring text, std::wstring nextStep)
+{
+    return {PointState::Unknown, std::move(text), std::move(nextStep)};
+}
+
+CFinding AfterFault(std::wstring text)
+{
+    return Unknown(std::move(text), L"Mend what is wrong above, then run this again.");
+}
+
+CFinding OnlyThere(const CExamination& exam)
+{
+    return Unknown(L"This can be seen only on " + exam.Target.ComputerInWords() + L" itself.",
+                   L"Run \"zebdiag doctor\" there.");
+}
+
+std::wstring Joined(const std::vector<std::wstring>& parts)
+{
+    std::wstring text;
+    for (const std::wstring& part : parts)
+        text += (text.empty() ? L"" : L", ") + part;
+    return text;
+}
+
+std::wstring ClassKey(const wchar_t* id)
+{
+    return std::wstring(L"SOFTWARE\\Classes\\CLSID\\") + id;
+}
+
+std::wstring AppIdKey(const wchar_t* id)
+{
+    return std::wstring(L"SOFTWARE\\Classes\\AppID\\") + id;
+}
+
+std::wstring FolderOf(const std::wstring& path)
+{
+    return path.substr(0, path.find_last_of(L"\\/") + 1);
+}
+} // namespace zebdiag

@@ -1,0 +1,183 @@
+// The provider and the agent as COM knows them.
+#include "tools/zebdiag/WmiValue.h"
+#include "tools/zebdiag/doctor/Checks.h"
+#include "tools/zebdiag/doctor/Places.h"
+
+#include <sddl.h>
+
+#include "Common/src/com/Owned.h"
+
+#include <algorithm>
+#include <cwctype>
+
+namespace zebdiag
+{
+namespace
+{
+constexpr wchar_t kCompile[] = L"Compile the schema as an administrator: \"mofcomp zebdiag.mof\".";
+constexpr wchar_t kRegister[] = L"Register the provider as an administrator: \"Drevok.EXE /RegServer\".";
+
+struct LocalWideTextTraits
+{
+    using Type = wchar_t*;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type text) noexcept { LocalFree(text); }
+};
+
+// The program that a command line starts. Without quotes a blank may be part of the path.
+std::wstring ProgramOf(const std::wstring& commandLine)
+{
+    if (commandLine.starts_with(L'"'))
+        return commandLine.substr(1, commandLine.find(L'"', 1) - 1);
+    std::wstring lower = commandLine;
+    std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return static_cast<wchar_t>(towlower(c)); });
+    const size_t end = lower.find(L".exe");
+    return end == std::wstring::npos ? commandLine : commandLine.substr(0, end + 4);
+}
+
+// The registration in the schema; null if it is as it must be.
+std::optional<CFinding> FaultOfSchemaRegistration(const CExamination& exam)
+{
+    if (!exam.SchemaGood)
+        return std::nullopt;
+    const WmiObject provider = exam.Session->TryGet(
+        L"__Win32Provider.Name=\"" + std::wstring(kProviderName) + L"\"", L"__Win32Provider");
+    if (!provider)
+        return Wrong(exam.Target.Namespace + L" names no provider " + kProviderName + L".", kCompile);
+    const std::wstring id = ReadText(provider.Get(), L"CLSID").value_or(L"");
+    if (_wcsicmp(id.c_str(), kProviderClass) != 0)
+        return Wrong(std::wstring(kProviderName) + L" is the class " + id + L" there, and not " +
+                         kProviderClass + L".",
+                     kCompile);
+    return std::nullopt;
+}
+
+// Own permissions as a text; "the computer's" where the application has none. False for bytes that are none.
+bool PermissionsInWords(const IMachine& machine, const wchar_t* value, std::wstring& words)
+{
+    const auto bytes = machine.Bytes(AppIdKey(kAppId), value);
+    words = L"as the computer's default";
+    if (!bytes)
+        return true;
+    std::vector<BYTE> copy = *bytes;
+    COwned<LocalWideTextTraits> text;
+    // A descriptor shorter than its head must not be looked into.
+    if (copy.size() < sizeof(SECURITY_DESCRIPTOR_RELATIVE) || !IsValidSecurityDescriptor(copy.data()) ||
+        !ConvertSecurityDescriptorToStringSecurityDescriptorW(copy.data(), SDDL_REVISION_1,
+                                                              DACL_SECURITY_INFORMATION, text.Put(), nullptr))
+        return false;
+    words = text.Get();
+    return true;
+}
+
+struct CAgentKind
+{
+    DWORD Selector;
+    const wchar_t* Words;
+    const wchar_t* Class;
+    const wchar_t* Servers[2]; // the second may be null
+    const wchar_t* Register;
+};
+
+// The last one is that of every other selector.
+constexpr CAgentKind kAgents[] = {
+    {1,
+     L"the test agent (TestVorl is 1; it plays adapters from a file)",
+     kTestAgentClass,
+     {L"InprocServer32", L"LocalServer32"},
+     L"Delete the value TestVorl, or register the test agent: \"regsvr32 VorlTest.dll\"."},
+    {2,
+     L"an agent in a process of its own (TestVorl is 2)",
+     kAgentClass,
+     {L"LocalServer32", nullptr},
+     L"Delete the value TestVorl, or register that agent: \"VorlProxy.exe /RegServer\"."},
+    {0,
+     L"the adapter agent",
+     kAgentClass,
+     {L"InprocServer32", L"LocalServer32"},
+     L"Register the agent as an administrator: \"regsvr32 Vorl.dll\"."},
+};
+
+const CAgentKind& AgentOf(DWORD selector)
+{
+    for (const CAgentKind& agent : kAgents)
+        if (agent.Selector == selector)
+            return agent;
+    return *std::prev(std::end(kAgents));
+}
+} // namespace
+
+CFinding CheckRegistration(CExamination& exam)
+{
+    if (const auto fault = FaultOfSchemaRegistration(exam))
+        return *fault;
+    if (!exam.Machine)
+        return OnlyThere(exam);
+    const auto command = exam.Machine->Text(ClassKey(kProviderClass) + L"\\LocalServer32", L"");
+    if (!command || command->empty())
+        return Wrong(L"COM does not know the provider: its class has no LocalServer32.", kRegister);
+    const std::wstring program = ProgramOf(*command);
+    switch (exam.Machine->Look(program))
+    {
+    case FileState::There:
+        exam.Server = program;
+        return Good(program + (exam.SchemaGood ? L"" : L" (known to COM; the schema cannot be read)"));
+    case FileState::Missing:
+        return Wrong(
+            L"It is registered as " + program + L", which is not there.",
+            L"Put the files back, or go to the folder where they are and register the provider there as an "
+            L"administrator: \"Drevok.EXE /RegServer\".");
+    default:
+        return Unknown(L"It is registered as " + program + L", which you may not look at.",
+                       L"Run this as an administrator.");
+    }
+}
+
+CFinding CheckIdentity(CExamination& exam)
+{
+    if (!exam.Machine)
+        return OnlyThere(exam);
+    const auto appId = exam.Machine->Text(ClassKey(kProviderClass), L"AppID");
+    if (!appId)
+        return exam.Server.empty() ? AfterFault(L"The provider is not registered.")
+                                   : Wrong(L"The provider's class has no AppID.", kRegister);
+    if (_wcsicmp(appId->c_str(), kAppId) != 0)
+        return Wrong(L"The provider's class has another AppID: " + *appId + L".", kRegister);
+    std::wstring launch;
+    std::wstring access;
+    if (!PermissionsInWords(*exam.Machine, L"LaunchPermission", launch) ||
+        !PermissionsInWords(*exam.Machine, L"AccessPermission", access))
+        return Wrong(L"The permissions of the COM application are damaged.",
+                     L"Set them anew with \"dcomcnfg\", under \"Drevok\", as an administrator.");
+    const std::wstring permissions =
+        L" Launch permissions: " + launch + L"; access permissions: " + access + L".";
+    exam.RunAs = exam.Machine->Text(AppIdKey(kAppId), L"RunAs").value_or(L"");
+    if (exam.RunAs.empty())
+        return Unknown(L"No account is set, so the provider runs as whoever starts it." + permissions,
+                       L"To have it run as one account at all times, set the value RunAs of HKLM\\" +
+                           AppIdKey(kAppId) + L".");
+    if (exam.Machine->Exists(exam.RunAs) == Right::No)
+        return Wrong(L"The provider is to run as " + exam.RunAs + L", and there is no such account.",
+                     L"Correct the value RunAs of HKLM\\" + AppIdKey(kAppId) + L".");
+    return Good(L"The provider runs as " + exam.RunAs + L"." + permissions);
+}
+
+CFinding CheckAgent(CExamination& exam)
+{
+    if (!exam.Machine)
+        return OnlyThere(exam);
+    const CAgentKind& agent = AgentOf(exam.Machine->Number(kProvidersKey, L"TestVorl").value_or(0));
+    for (const wchar_t* server : agent.Servers)
+    {
+        const auto command =
+            server ? exam.Machine->Text(ClassKey(agent.Class) + L"\\" + server, L"") : std::nullopt;
+        if (!command || command->empty())
+            continue;
+        const std::wstring file = ProgramOf(*command);
+        if (exam.Machine->Look(file) == FileState::Missing)
+            return Wrong(L"It is registered as " + file + L", which is not there.", agent.Register);
+        return Good(file + L", " + agent.Words);
+    }
+    return Wrong(std::wstring(L"COM does not know ") + agent.Words + L".", agent.Register);
+}
+} // namespace zebdiag
