@@ -1,10 +1,13 @@
 #include "tests/support/CaseName.h"
+#include "tests/support/ImportHook.h"
 #include "tests/unit/support/LogFile.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
 #include <regex>
 #include <thread>
+
+ZEB_HOOKED_IMPORT("kernel32", GetLocalTime)
 
 namespace
 {
@@ -28,6 +31,23 @@ TEST(DebugWrite, ALineHasThreadAndLocalTimeInFrontOfIt)
     // Within the minute, or just past its end.
     const int minutes = std::stoi(parts[2]) * 60 + std::stoi(parts[3]) - before.wHour * 60 - before.wMinute;
     EXPECT_TRUE(minutes == 0 || minutes == 1 || minutes == -24 * 60 + 1) << line;
+}
+
+void WINAPI TimeOfElsewhere(SYSTEMTIME* time)
+{
+    *time = {2031, 2, 0, 3, 4, 5, 6, 7};
+}
+
+// On a machine that keeps universal time, as most that build this do, no other test could tell the two.
+TEST(DebugWrite, TheTimeIsTheLocalOne)
+{
+    CLogFile file(2);
+    const CImportHook elsewhere(__imp_GetLocalTime, &TimeOfElsewhere);
+    file.Log.Write("trace");
+    file.Log.Error("F", 1, "error");
+    for (const std::string& line : file.Lines())
+        EXPECT_EQ("04:05:06.007 ", line.substr(line.find(' ') + 1, 13)) << line;
+    EXPECT_EQ(2u, file.Lines().size());
 }
 
 struct LevelCase

@@ -14,6 +14,7 @@ using Lines = std::vector<std::string>;
 
 constexpr LCID kEnglish = 0x409;
 constexpr LCID kGerman = 0x407;
+constexpr LCID kFrench = 0x40C;
 constexpr char kText[] = "first of its block";
 constexpr UINT kNumber = 16;
 
@@ -47,8 +48,9 @@ class ResourceSearchTest : public testing::Test
     ~ResourceSearchTest() override
     {
         // The manager keeps its libraries; their files shall go with the folder.
-        while (HMODULE library = GetModuleHandleA(File.c_str()))
-            FreeLibrary(library);
+        for (const std::string& file : {File, GermanFile()})
+            while (HMODULE library = GetModuleHandleA(file.c_str()))
+                FreeLibrary(library);
     }
 
     void SetAllFolders()
@@ -57,13 +59,13 @@ class ResourceSearchTest : public testing::Test
         Registry.SetString(kZebKey, "ResourcePath", Common.c_str());
         Registry.SetString(kZebKey, "ImagePath", Image.c_str());
     }
-    static void Install(const std::string& path) { std::filesystem::copy_file(TestLibrary(), path); }
-    static std::filesystem::path TestLibrary()
+    static void Install(const std::string& path, const char* library = "TestStrings.dll")
     {
         char program[MAX_PATH] = {};
         GetModuleFileNameA(nullptr, program, MAX_PATH);
-        return std::filesystem::path(program).replace_filename("TestStrings.dll");
+        std::filesystem::copy_file(std::filesystem::path(program).replace_filename(library), path);
     }
+    std::string GermanFile() const { return "DEU" + BaseName + ".dll"; }
     std::string Loaded() const
     {
         char path[MAX_PATH] = {};
@@ -254,6 +256,25 @@ TEST_F(ResourceSearchTest, ALibraryThatIsNotTheDefaultDoesNotStandIn)
     EXPECT_EQ("No string found. Id 16 DLL " + BaseName + " Locale 407", Lookup(kGerman));
 }
 
+TEST_F(ResourceSearchTest, ALookupRegistersNoDefault)
+{
+    SetAllFolders();
+    Install(Common + File);
+    EXPECT_EQ(kText, Lookup(kEnglish));
+    EXPECT_EQ("No string found. Id 16 DLL " + BaseName + " Locale 407", Lookup(kGerman));
+}
+
+TEST_F(ResourceSearchTest, ALaterDefaultDoesNotReplaceTheFirst)
+{
+    SetAllFolders();
+    Install(Common + File);
+    Install(Common + GermanFile(), "ENU_8023.dll"); // has other numbers
+    EXPECT_NE(nullptr, Load(kEnglish, true));
+    EXPECT_NE(nullptr, Load(kGerman, true));
+    EXPECT_EQ("No string found. Id 16 DLL " + BaseName + " Locale 407", Lookup(kGerman));
+    EXPECT_EQ(kText, Lookup(kFrench));
+}
+
 TEST_F(ResourceSearchTest, TheFirstDefaultStays)
 {
     SetAllFolders();
@@ -299,6 +320,14 @@ TEST_F(ResourceSearchTest, TheWideFormIsTheSameText)
         (L"No string found. Id 17 DLL " + std::wstring(BaseName.begin(), BaseName.end()) + L" Locale 409")
             .c_str(),
         Manager.GetStringBstr(kEnglish, 17, BaseName.c_str()).Get());
+}
+
+TEST_F(ResourceSearchTest, TheWideFormIsReadInTheAnsiCodePage)
+{
+    SetAllFolders();
+    Install(Common + File);
+    EXPECT_EQ("gr\xFCn", Lookup(kEnglish, 2011));
+    EXPECT_STREQ(L"gr\u00FCn", Manager.GetStringBstr(kEnglish, 2011, BaseName.c_str()).Get());
 }
 
 TEST_F(ResourceSearchTest, AnEmptyTextHasNoWideForm)

@@ -1,8 +1,11 @@
 #include "CDM/src/ZebString.h"
 
+#include "tests/support/ImportHook.h"
 #include "tests/support/TraceCapture.h"
 
 #include <gtest/gtest.h>
+
+ZEB_HOOKED_IMPORT("kernel32", LockResource)
 
 namespace
 {
@@ -47,6 +50,24 @@ TEST(StringLoad, AMissingBlockIsAnError)
     EXPECT_EQ(1u, trace.Lines().size());
 }
 
+void* WINAPI RefuseLock(HGLOBAL)
+{
+    return nullptr;
+}
+
+TEST(StringLoad, ABlockThatCannotBeLockedIsAnError)
+{
+    const CTraceCapture trace;
+    {
+        const CImportHook refused(__imp_LockResource, &RefuseLock);
+        EXPECT_EQ("", LoadZebString(Library(), 16, kEnglish));
+    }
+    EXPECT_EQ(1u, trace.Count("CDM/src/ZebString ("));
+    EXPECT_EQ(1u, trace.Count("): Failed to lock resource."));
+    EXPECT_EQ(1u, trace.Lines().size());
+    EXPECT_EQ("first of its block", LoadZebString(Library(), 16, kEnglish));
+}
+
 TEST(StringLoad, AMissingStringOfAPresentBlockIsEmptyWithoutATrace)
 {
     const CTraceCapture trace;
@@ -80,6 +101,8 @@ TEST(StringLoad, TheTextIsInTheCodePageOfTheLocale)
     EXPECT_EQ("\xC6", LoadZebString(Library(), 2010, 0x419));
     EXPECT_EQ("?", LoadZebString(Library(), 2010, kEnglish));
     EXPECT_EQ("?", LoadZebString(Library(), 2010, 0));
+    EXPECT_EQ("gr\xFCn", LoadZebString(Library(), 2011, kEnglish));
+    EXPECT_EQ("gr\xFCn", LoadZebString(Library(), 2011, 0));
 }
 
 TEST(StringLoad, TheThreadsLanguageDoesNotMatter)
