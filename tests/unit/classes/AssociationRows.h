@@ -47,6 +47,7 @@ struct Association
     const wchar_t* properties[2];
     std::wstring reduced[2];
     std::wstring full[2];
+    std::vector<const wchar_t*> others = {}; // the properties behind the references
 };
 
 template <class Handler>
@@ -80,7 +81,8 @@ inline const Association& TestForMSE()
         {L"Antecedent", L"Dependent"},
         {kTestReduced, kAdapterReduced},
         {kTestReduced + SystemKeys(L"Tolva_DiagTest"),
-         kAdapterReduced + SystemKeys(L"Tolva_EthernetAdapter")}};
+         kAdapterReduced + SystemKeys(L"Tolva_EthernetAdapter")},
+        {L"EstimatedTimeOfPerforming", L"IsExclusiveForMSE"}};
     return row;
 }
 

@@ -47,6 +47,14 @@ TEST_P(AssociationTest, InstanceHoldsBothReferencesWithReducedKeys)
         EXPECT_EQ(ReadText(Indicated()[0], Row().properties[i]), Row().reduced[i]);
 }
 
+TEST_P(AssociationTest, PropertiesAreSetInTheirOrder)
+{
+    std::vector<std::wstring> order(std::begin(Row().properties), std::end(Row().properties));
+    order.insert(order.end(), Row().others.begin(), Row().others.end());
+    EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath), S_OK);
+    EXPECT_EQ(m_plan->Puts(), order);
+}
+
 TEST_P(AssociationTest, InstanceHoldsBothReferencesWithFullKeys)
 {
     EXPECT_EQ(GetObjectOf(Row().firstPath, Row().secondPath, false), S_OK);

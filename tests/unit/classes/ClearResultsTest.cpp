@@ -8,12 +8,14 @@ class ClearResultsTest : public MethodsTest
 
 TEST_F(ClearResultsTest, ClearResultsSetsNoResult)
 {
+    TakeAnyOutParameter();
     In(L"SystemElement", kAdapterA);
     EXPECT_EQ(Call(L"ClearResults", kOrdinary), S_OK);
     EXPECT_EQ(m_manager.Calls, (Calls{L"ClearResults 1@A"}));
+    EXPECT_EQ(OutType(L"ReturnValue"), VT_I4);
     EXPECT_EQ(Read(m_out, L"ReturnValue").lVal, 0);
-    CVariant value;
-    EXPECT_EQ(m_out->Get(L"Result", 0, value.Put(), nullptr, nullptr), wmi::NotFound);
+    EXPECT_EQ(OutType(L"Result"), VT_NULL);
+    EXPECT_EQ(OutType(L"TestingStopped"), VT_NULL);
 }
 
 TEST_F(ClearResultsTest, FailedClearingStillSetsTheReturnValue)
@@ -72,6 +74,9 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedClearing{"NullSystemElement", kOrdinary, nullptr, true, wmi::Failed,
                                     "CTolva_DiagTest::ClearResults: Parsing for SystemElement failed"},
                     RefusedClearing{"OneOfTheFullKeys", kOrdinary, kAdapterA, false, wmi::InvalidParameter,
+                                    "CTolva_DiagTest::ClearResults: Invalid SystemElement"},
+                    RefusedClearing{"OneKeyThatIsNotTheDeviceId", kOrdinary,
+                                    L"Tolva_EthernetAdapter.Name=\"A\"", false, wmi::InvalidParameter,
                                     "CTolva_DiagTest::ClearResults: Invalid SystemElement"},
                     RefusedClearing{"OtherAdapter", kOrdinary, kAdapterB, true, wmi::Failed,
                                     "CTolva_DiagTest::ClearResults: Parsing for DeviceID failed"}),

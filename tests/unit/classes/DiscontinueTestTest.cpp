@@ -23,6 +23,21 @@ TEST_F(DiscontinueTestTest, StopThatFailsPassesThrough)
     EXPECT_EQ(OutType(L"TestingStopped"), VT_NULL);
 }
 
+TEST_F(DiscontinueTestTest, StopThatFailsLeavesAnEmptyResult)
+{
+    m_manager.Answers[L"StopTest"] = engine::Stopped;
+    TakeAnyOutParameter();
+    EXPECT_EQ(Call(L"DiscontinueTest", kOrdinary), engine::Stopped);
+    EXPECT_EQ(Result(), L"");
+    EXPECT_EQ(OutType(L"ReturnValue"), VT_I4);
+    EXPECT_EQ(OutType(L"TestingStopped"), VT_NULL);
+    // The method's own out-parameters have no place for it.
+    m_fixedOut.Reset();
+    const CTraceCapture trace;
+    EXPECT_EQ(Call(L"DiscontinueTest", kOrdinary), engine::Stopped);
+    EXPECT_EQ(trace.Count("CTolva_DiagTest::SetOutParams: SetProperty (Result)failed hr = <80041002>"), 1u);
+}
+
 TEST_F(DiscontinueTestTest, StoppedTestWhoseOutParametersCannotBeSet)
 {
     const CTraceCapture trace;
@@ -124,6 +139,17 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         RefusedStop{"NotRunning", kAdapterB, nullptr, true, false, wmi::Failed,
                     "CTolva_DiagTest::DiscontinueTest: Cannot stop a test which is not running."},
+        // The parameters of a test that is not running are looked at all the same, and first.
+        RefusedStop{"NotRunningUnparsableSystemElement", L"?", nullptr, true, false, wmi::Failed,
+                    "CTolva_DiagTest::DiscontinueTest: Parsing for SystemElement failed"},
+        RefusedStop{"NotRunningOtherAdapter", kAdapterA, nullptr, true, false, wmi::Failed,
+                    "CTolva_DiagTest::DiscontinueTest: Invalid SystemElement."},
+        RefusedStop{"NotRunningUnparsableResult", kAdapterB, L"Tolva_DiagResult.", true, false, wmi::Failed,
+                    "CTolva_DiagTest::DiscontinueTest: Parsing for Result failed"},
+        RefusedStop{"NotRunningUnknownResult", kAdapterB, L"Tolva_DiagResult.DiagnosticName=\"7@B\"", true,
+                    false, wmi::Failed, "CTolva_DiagTest::DiscontinueTest: Invalid Result object."},
+        RefusedStop{"OneKeyThatIsNotTheDeviceId", L"Tolva_EthernetAdapter.Name=\"B\"", nullptr, false, true,
+                    wmi::InvalidParameter, "CTolva_DiagTest::DiscontinueTest: Invalid SystemElement"},
         RefusedStop{"UnparsableSystemElement", L"?", nullptr, true, true, wmi::Failed,
                     "CTolva_DiagTest::DiscontinueTest: Parsing for SystemElement failed"},
         RefusedStop{"OneOfTheFullKeys", kAdapterB, nullptr, false, true, wmi::InvalidParameter,

@@ -48,6 +48,8 @@ class MethodsTest : public HandlerTest
                 EXPECT_EQ(in->Put(name.c_str(), 0, &value, 0), S_OK);
             m_out.Reset();
             EXPECT_EQ(out->SpawnInstance(0, m_out.Put()), S_OK);
+            if (m_fixedOut)
+                m_out = m_fixedOut;
             outParams.Wrap(m_out.Get());
             if (withIn)
                 inParams.Wrap(m_fixedIn ? m_fixedIn.Get() : in.Get());
@@ -55,12 +57,29 @@ class MethodsTest : public HandlerTest
         return Prepared(m_handler).ExecMethodAsync(Path(path), method, context, inParams, outParams, m_sink);
     }
     std::wstring Result() { return ReadText(m_out, L"Result"); }
+    // Out-parameters that have a place for everything that a method could set.
+    void TakeAnyOutParameter()
+    {
+        auto definition = std::make_shared<standin::CClassDefinition>(L"__PARAMETERS");
+        for (const wchar_t* name : {L"Result", L"ReturnValue", L"TestingStopped"})
+        {
+            standin::CPropertyDefinition property;
+            property.Name = name;
+            property.Type = wcscmp(name, L"Result") == 0        ? CIM_STRING
+                            : wcscmp(name, L"ReturnValue") == 0 ? CIM_UINT32
+                                                                : CIM_BOOLEAN;
+            property.Default = CVariant::Null();
+            definition->SetProperty(property);
+        }
+        m_fixedOut = standin::MakeInstance(definition);
+    }
     // What a reader of the out-parameters sees: VT_NULL for one that was not set.
     VARTYPE OutType(const wchar_t* name) { return Read(m_out, name).vt; }
 
     CHandle m_event{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::map<std::wstring, CVariant> m_in;
-    ComPtr<IWbemClassObject> m_fixedIn; // instead of the method's own in-parameters
+    ComPtr<IWbemClassObject> m_fixedIn;  // instead of the method's own in-parameters
+    ComPtr<IWbemClassObject> m_fixedOut; // likewise
     ComPtr<IWbemClassObject> m_out;
     CTolva_DiagTest m_handler;
 };

@@ -83,6 +83,16 @@ TEST_F(RunTestTest, SettingOfTheSameTestOnAnotherAdapterCounts)
     EXPECT_EQ(m_manager.Calls[1], L"RunTest with setting 9@B");
 }
 
+TEST_F(RunTestTest, SettingOfATestThatDiffersInCaseIsPassedOver)
+{
+    AddTest(L"F@B", 15);
+    AddTest(L"f@B", 15);
+    In(L"SystemElement", kAdapterB);
+    In(L"Setting", L"Tolva_DiagSetting.SettingID=\"f@B\"");
+    EXPECT_EQ(Call(L"RunTest", L"Tolva_DiagTest.Name=\"F@B\""), S_OK);
+    EXPECT_EQ(m_manager.Calls, (Calls{L"LockTest F@B", L"RunTest F@B", L"UnlockTest F@B"}));
+}
+
 TEST_F(RunTestTest, UnreadableSystemElementEndsWithAnEmptyResultAndSuccess)
 {
     const CTraceCapture trace;
@@ -159,6 +169,14 @@ INSTANTIATE_TEST_SUITE_P(
                    wmi::Failed, "CTolva_DiagTest::RunTest: Parsing for SystemElement failed", false},
         RefusedRun{"ThreeOfTheFullKeys", kSender, kThreeKeys, nullptr, false, wmi::InvalidParameter,
                    "CTolva_DiagTest::RunTest: Invalid SystemElement", false},
+        RefusedRun{"ThreeKeysWithoutDeviceId", kSender,
+                   L"Tolva_EthernetAdapter.Name=\"B\",CreationClassName=\"C\",SystemName=\"N\"", nullptr,
+                   false, wmi::InvalidParameter, "CTolva_DiagTest::RunTest: Invalid SystemElement", false},
+        RefusedRun{"FourKeysWithoutDeviceId", kSender,
+                   L"Tolva_EthernetAdapter.Name=\"B\",CreationClassName=\"C\",SystemCreationClassName=\"S\","
+                   L"SystemName=\"N\"",
+                   nullptr, false, wmi::InvalidParameter,
+                   "CTolva_DiagTest::RunTest: GetKeyRef for DeviceID failed", false},
         RefusedRun{"NoDeviceId", kSender, L"Tolva_EthernetAdapter.Name=\"B\"", nullptr, true,
                    wmi::InvalidParameter, "CTolva_DiagTest::RunTest: GetKeyRef for DeviceID failed", false},
         RefusedRun{"OtherAdapter", kSender, kAdapterA, nullptr, true, wmi::Failed,
@@ -226,8 +244,20 @@ TEST_F(RunTestTest, FailedRunStillGivesItsResult)
     m_manager.Answers[L"RunTest"] = E_ACCESSDENIED;
     m_manager.ResultKey = L"1@AA";
     In(L"SystemElement", kAdapterA);
+    // What the out-parameters hold when the test is unlocked: the empty result, which the reference replaces.
+    std::wstring resultAtUnlock = L"none";
+    VARTYPE valueAtUnlock = VT_EMPTY;
+    m_manager.OnCall = [&](const std::wstring& call)
+    {
+        if (call != L"UnlockTest 1@A")
+            return;
+        resultAtUnlock = Result();
+        valueAtUnlock = OutType(L"ReturnValue");
+    };
     const CTraceCapture trace;
     EXPECT_EQ(Call(L"RunTest", kOrdinary), S_OK);
+    EXPECT_EQ(resultAtUnlock, L"");
+    EXPECT_EQ(valueAtUnlock, VT_I4);
     EXPECT_EQ(trace.Count("CTolva_DiagTest::RunTest: RunTest failed hr = <80070005>"), 1u);
     EXPECT_EQ(m_manager.Calls, (Calls{L"LockTest 1@A", L"RunTest 1@A", L"UnlockTest 1@A"}));
     EXPECT_EQ(Result(), ResultReference(L"1@AA", L"AA"));
