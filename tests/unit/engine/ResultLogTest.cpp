@@ -262,4 +262,83 @@ TEST_F(ResultLogTest, TextsThatTheCodePageLacksDoNotCutTheRecord)
     EXPECT_NE(std::string::npos, text.find("TestStartTime=\r\n")); // absent
     EXPECT_EQ(text.size() - kSeparator.size(), text.find(kSeparator));
 }
+
+// A result in which no two values are alike.
+CResultData DistinctResult()
+{
+    CResultData data;
+    data.ResultID = CBstr(L"4@{BBB}");
+    data.DiagnosticCreationClassName = CBstr(L"Class");
+    data.ExecutionID = CBstr(L"Execution");
+    data.ReportStatusMessages = 0;
+    data.QuickMode = 0;
+    data.TestWarningLevel = 21;
+    data.PercentOfTestCoverage = 22;
+    data.TestStartTime = SYSTEMTIME{2021, 1, 0, 11, 1, 11, 21, 0};
+    data.TimeStamp = SYSTEMTIME{2022, 2, 0, 12, 2, 12, 22, 0};
+    data.TestCompletionTime = SYSTEMTIME{2023, 3, 0, 13, 3, 13, 23, 0};
+    data.TestState = 23;
+    data.OtherStateDescriptionResourceId = 24;
+    data.EstimatedTimeOfPerforming = 25;
+    data.PercentComplete = 26;
+    data.MessageCount = 2;
+    data.StringIDs = {27, 28, 0};
+    data.TestMessages = {29, 30, 0};
+    data.DiagnosticNameStringID = 31;
+    return data;
+}
+
+struct Flag
+{
+    const char* name;
+    ULONG CResultData::*member;
+};
+
+class FlagTest : public ResultLogTest, public testing::WithParamInterface<Flag>
+{
+};
+
+// With one flag set and every value another, no line can show its neighbour's.
+TEST_P(FlagTest, EveryLineShowsItsOwnValue)
+{
+    const std::string flag = GetParam().name;
+    CResultData data = DistinctResult();
+    data.*GetParam().member = 2; // whatever is not zero
+    const auto line = [&](const char* name)
+    { return std::string(name) + (flag == name ? "=TRUE" : "=FALSE") + "\r\n"; };
+    const std::string expected = "ResultID=4@{BBB}\r\n"
+                                 "DiagnosticCreationClassName=Class\r\n"
+                                 "ExecutionID=Execution\r\n" +
+                                 line("HaltOnError") + line("QuickMode") + line("ReportSoftErrors") +
+                                 line("ReportStatusMessages") + line("IsPackage") +
+                                 "TestWarningLevel=21\r\n"
+                                 "PercentOfTestCoverage=22\r\n"
+                                 "TestStartTime=" +
+                                 Time(data.TestStartTime) + "\r\nTimeStamp=" + Time(data.TimeStamp) +
+                                 "\r\nTestCompletionTime=" + Time(data.TestCompletionTime) +
+                                 "\r\n"
+                                 "TestState=23\r\n"
+                                 "OtherStateDescriptionResourceId=24\r\n"
+                                 "EstimatedTimeOfPerforming=25\r\n"
+                                 "PercentComplete=26\r\n"
+                                 "Array of String IDs:\r\n"
+                                 "String IDs no 0 = 27\r\n"
+                                 "String IDs no 1 = 28\r\n"
+                                 "Array of Test Messages:\r\n"
+                                 "Test Message no 0 = 1d\r\n"
+                                 "Test Message no 1 = 1e\r\n"
+                                 "Diagnostic Name String ID = 31\r\n" +
+                                 kSeparator;
+    CResultLog log;
+    log.Configure({(folder.Path() / "ZebDiag.log").wstring()});
+    EXPECT_EQ(S_OK, log.Append(data));
+    EXPECT_EQ(expected, LogText());
+}
+
+const Flag kFlags[] = {{"HaltOnError", &CResultData::HaltOnError},
+                       {"QuickMode", &CResultData::QuickMode},
+                       {"ReportSoftErrors", &CResultData::ReportSoftErrors},
+                       {"ReportStatusMessages", &CResultData::ReportStatusMessages},
+                       {"IsPackage", &CResultData::IsPackage}};
+INSTANTIATE_TEST_SUITE_P(Flags, FlagTest, testing::ValuesIn(kFlags), NameOf<Flag>);
 } // namespace
