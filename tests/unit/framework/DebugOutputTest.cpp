@@ -46,6 +46,33 @@ TEST_F(DebugOutputTest, ShowsEveryPropertyByNameWithItsValue)
                             "Word = I4 9 (0x9)"));
 }
 
+int s_mirrored = 0;
+decltype(&SafeArrayGetElement) s_realElement = nullptr;
+
+HRESULT WINAPI MirroredElement(SAFEARRAY* array, LONG* index, void* element)
+{
+    LONG lower = 0;
+    LONG upper = -1;
+    SafeArrayGetLBound(array, 1, &lower);
+    SafeArrayGetUBound(array, 1, &upper);
+    LONG mirrored = lower + upper - *index;
+    ++s_mirrored;
+    return s_realElement(array, &mirrored, element);
+}
+
+// The stand-in gives names in order; the management service need not.
+TEST_F(DebugOutputTest, TheNamesAreSortedWhateverTheirOrder)
+{
+    const auto instance = Instance();
+    const CImportHook mirror(__imp_SafeArrayGetElement, &MirroredElement);
+    s_realElement = mirror.Real();
+    s_mirrored = 0;
+    EXPECT_THAT(Dump(*instance),
+                ElementsAre("Byte = <null>", "Flag = <null>", "Nested = <null>", "Number = <null>",
+                            "Numbers = <null>", "[key] Text = <null>", "Texts = <null>", "Word = <null>"));
+    EXPECT_LE(8, s_mirrored);
+}
+
 TEST_F(DebugOutputTest, ShowsTheSystemsPropertiesButNotWhereTheObjectIs)
 {
     const auto instance = Instance();

@@ -1,3 +1,4 @@
+#include "CDM/src/ZebDebug.h"
 #include "Common/src/com/SafeArray.h"
 #include "tests/support/FakeSink.h"
 #include "tests/unit/framework/FrameworkTest.h"
@@ -141,6 +142,33 @@ TEST_F(ProviderExceptionTest, TheReportIsTraced)
     EXPECT_TRUE(trace.Has("{ --> CWomClassObject::DebugOutput"));
     EXPECT_TRUE(trace.Has("ParameterInfo = BSTR \"CWomClassRouter::GetObjectAsync\""));
     EXPECT_TRUE(trace.Has("Line = I4 361 (0x169)"));
+}
+
+// Shows in the trace when it is given the status.
+class CTracingSink final : public CComObject<IWbemObjectSink>
+{
+  public:
+    STDMETHODIMP Indicate(LONG, IWbemClassObject**) override { return E_NOTIMPL; }
+    STDMETHODIMP SetStatus(LONG, HRESULT, BSTR, IWbemClassObject*) override
+    {
+        ZebDebug().Write("the sink has the status");
+        return S_OK;
+    }
+};
+
+TEST_F(ProviderExceptionTest, TheReportIsTracedBeforeTheClientHasIt)
+{
+    const CTraceCapture trace;
+    Unhandled().ReportToSink(MakeCom<CTracingSink>());
+    const std::vector<std::string> lines = trace.Lines();
+    const auto at = [&](const char* text)
+    {
+        return std::find_if(lines.begin(), lines.end(),
+                            [&](const std::string& line) { return line.find(text) != std::string::npos; }) -
+               lines.begin();
+    };
+    EXPECT_LT(at("} <-- CWomClassObject::DebugOutput"), at("the sink has the status"));
+    EXPECT_TRUE(trace.Has("the sink has the status"));
 }
 
 TEST_F(ProviderExceptionTest, PropertiesAreSetInTheirOrder)
