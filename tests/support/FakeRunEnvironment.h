@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <initializer_list>
+#include <utility>
 #include <vector>
 
 class CFakeRunEnvironment : public IRunEnvironment
@@ -30,6 +31,8 @@ class CFakeRunEnvironment : public IRunEnvironment
     void SetClock(ULONGLONG milliseconds) { m_now = milliseconds; }
     // Called at every wait for event or worker, before it ends.
     void OnWait(std::function<void()> action) { m_onWait = std::move(action); }
+    // Called before the next thread starts.
+    void OnThread(std::function<void()> action) { m_onThread = std::move(action); }
     // The time-outs that the waits asked for.
     std::vector<DWORD> TimeOuts() const { return m_timeOuts; }
     void ForgetTimeOuts() { m_timeOuts.clear(); }
@@ -50,6 +53,8 @@ class CFakeRunEnvironment : public IRunEnvironment
     ULONGLONG ProcessMilliseconds() override { return m_now; }
     CHandle StartThread(LPTHREAD_START_ROUTINE procedure, void* parameter) override
     {
+        if (const auto action = std::exchange(m_onThread, nullptr))
+            action();
         return CHandle(m_failThreads ? nullptr : CreateThread(nullptr, 0, procedure, parameter, 0, nullptr));
     }
     DWORD WaitForEither(HANDLE, HANDLE worker, DWORD milliseconds) override
@@ -90,6 +95,7 @@ class CFakeRunEnvironment : public IRunEnvironment
     std::deque<Wake> m_wakes;
     std::vector<DWORD> m_timeOuts;
     std::function<void()> m_onWait;
+    std::function<void()> m_onThread;
     ULONGLONG m_now = 0;
     bool m_failThreads = false;
     bool m_failWorkerWaits = false;

@@ -111,9 +111,9 @@ HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResu
         ZebDebug().Write("CDiagTest::StartTest:ParseForAdapterKey failed");
         return wmi::OutOfMemory;
     }
-    ReadTiming();
+    const CRunTiming timing = ReadTiming();
     if (m_senderResponder)
-        return RunOnWorker(agent, result, mode, testKey, adapterKey.Get(), environment);
+        return RunOnWorker(agent, result, mode, timing, testKey, adapterKey.Get(), environment);
 
     const HRESULT hr = agent->RunDiagTest(adapterKey.Get(), m_testId);
     if (FAILED(hr))
@@ -122,7 +122,8 @@ HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResu
 }
 
 HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
-                               BSTR testKey, BSTR adapterKey, IRunEnvironment& environment)
+                               const CRunTiming& timing, BSTR testKey, BSTR adapterKey,
+                               IRunEnvironment& environment)
 {
     CRunParameters parameters;
     if (mode == 1)
@@ -132,7 +133,6 @@ HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagRe
         parameters.Coverage = setting.PercentOfTestCoverage;
         parameters.Quick = setting.QuickMode != 0;
     }
-    const CRunTiming timing = Timing();
     if (!CSenderResponderRun::IsUsable(timing, parameters))
     {
         ZebDebug().Write("CDiagTest::StartTest:Run timing cannot be used, TimeoutSndRsp = <%u>, "
@@ -148,7 +148,7 @@ HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagRe
         return E_FAIL;
     }
     KeepWorker(worker);
-    return CSenderResponderRun(*this, *agent, result, *worker, environment)
+    return CSenderResponderRun(*this, timing, *agent, result, *worker, environment)
         .Execute(testKey, adapterKey, parameters);
 }
 

@@ -55,7 +55,8 @@ class CDiagTest : public CDiagObject
     CRunTiming ReadTiming();
     void KeepWorker(std::shared_ptr<CTestWorker> worker);
     HRESULT RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
-                        BSTR testKey, BSTR adapterKey, IRunEnvironment& environment);
+                        const CRunTiming& timing, BSTR testKey, BSTR adapterKey,
+                        IRunEnvironment& environment);
 
     const ULONG m_testId;
     const bool m_senderResponder;

@@ -48,10 +48,11 @@ ULONGLONG Total(const CRunTiming& timing, const CRunParameters& parameters) noex
 }
 } // namespace
 
-CSenderResponderRun::CSenderResponderRun(CDiagTest& test, CDiagAgent& agent, CDiagResult& result,
-                                         CTestWorker& worker, IRunEnvironment& environment)
+CSenderResponderRun::CSenderResponderRun(CDiagTest& test, const CRunTiming& timing, CDiagAgent& agent,
+                                         CDiagResult& result, CTestWorker& worker,
+                                         IRunEnvironment& environment)
     : m_test(test), m_agent(agent), m_result(result), m_worker(worker), m_environment(environment),
-      m_timing(test.Timing())
+      m_timing(timing)
 {
 }
 

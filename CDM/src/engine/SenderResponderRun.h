@@ -19,9 +19,9 @@ struct CRunParameters
 class CSenderResponderRun
 {
   public:
-    // Everything must outlive the run, which happens on the calling thread.
-    CSenderResponderRun(CDiagTest& test, CDiagAgent& agent, CDiagResult& result, CTestWorker& worker,
-                        IRunEnvironment& environment);
+    // `timing` must be usable. Everything must outlive the run, which happens on the calling thread.
+    CSenderResponderRun(CDiagTest& test, const CRunTiming& timing, CDiagAgent& agent, CDiagResult& result,
+                        CTestWorker& worker, IRunEnvironment& environment);
 
     // Whether the run can be computed with: nothing divides by zero, nothing leaves 32 bits.
     static bool IsUsable(const CRunTiming& timing, const CRunParameters& parameters) noexcept;

@@ -375,6 +375,24 @@ TEST_F(SenderResponderRunTest, UnusableTimingIsRefusedBeforeAnythingStarts)
     EXPECT_EQ(S_OK, Run(kSender));
 }
 
+// Another start of the same test reads timing of its own while this one is on its way.
+TEST_F(SenderResponderRunTest, ARunKeepsTheTimingThatWasFoundUsable)
+{
+    const CBstr key(kSender);
+    CDiagTest test(key.Get(), {9, 0, 0});
+    CDiagResult result(key.Get(), 0, true);
+    std::shared_ptr<CDiagAgent> boundary;
+    ASSERT_EQ(S_OK, CDiagAgent::Query(agent.Get(), boundary));
+    environment.OnThread(
+        [&]
+        {
+            SetTiming(10, 2147484, 200);
+            EXPECT_EQ(engine::UnusableTiming, test.StartTest(boundary, result, 0, key.Get(), environment));
+        });
+    EXPECT_EQ(S_OK, test.StartTest(boundary, result, 0, key.Get(), environment));
+    EXPECT_EQ((std::vector<DWORD>{4000, 4000, 4000}), environment.TimeOuts());
+}
+
 TEST_F(SenderResponderRunTest, TimingOfWrongTypeIsTheDefault)
 {
     registry.SetString(kDiagKey, "TimeoutSndRsp", "10");
