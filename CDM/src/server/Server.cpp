@@ -40,6 +40,7 @@ HRESULT Serve(CServerModule& module) noexcept
     while (GetMessageA(&message, nullptr, 0, 0) > 0)
         DispatchMessageA(&message);
 
+    module.Close();
     module.RevokeClassObjects();
     Sleep(1000);
     WaitForLastProvider();

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <oleauto.h>
+#include <optional>
 
 namespace
 {
@@ -46,10 +47,9 @@ class CServedProvider final : private CProviderCount, public CProviderImp
     using CProviderImp::CProviderImp;
 };
 
-HRESULT WINAPI CreateProvider(void*, REFIID riid, void** out)
+HRESULT WINAPI MakeProvider(void*, REFIID riid, void** out)
 {
-    CServerModule& module = CServerModule::Instance();
-    return MakeCom<CServedProvider>(module.Paths(), module)->QueryInterface(riid, out);
+    return CServerModule::Instance().CreateProvider(riid, out);
 }
 
 HRESULT WINAPI GetProviderClassObject(void* creator, REFIID riid, void** out)
@@ -65,8 +65,8 @@ HRESULT WINAPI GetProviderClassObject(void* creator, REFIID riid, void** out)
 } // namespace
 
 atl::ObjectEntry CServerModule::s_objects[] = {
-    {&kClsidProviderImp, &CServerModule::UpdateClassRegistry, &GetProviderClassObject, &CreateProvider,
-     nullptr, 0, &NoDescription, &NoCategories, &NothingToDo},
+    {&kClsidProviderImp, &CServerModule::UpdateClassRegistry, &GetProviderClassObject, &MakeProvider, nullptr,
+     0, &NoDescription, &NoCategories, &NothingToDo},
     {},
 };
 
@@ -78,6 +78,7 @@ CServerModule& CServerModule::Instance() noexcept
 
 HRESULT CServerModule::Init(HINSTANCE instance) noexcept
 {
+    m_monitor.Open();
     m_record.size = sizeof m_record;
     m_record.buildVersion = kRecordVersion;
     m_record.version = &kRecordVersionId;
@@ -121,6 +122,21 @@ void CServerModule::RevokeClassObjects() noexcept
     for (atl::ObjectEntry* entry = s_objects; entry->clsid; ++entry)
         if (const DWORD registration = std::exchange(entry->registration, 0))
             CoRevokeClassObject(registration);
+}
+
+HRESULT CServerModule::CreateProvider(REFIID riid, void** out)
+{
+    // Held from the admission on, so that the server cannot be found idle before the object has a lock.
+    std::optional<CServerLockHold> admitted;
+    CHostPaths paths;
+    const auto enter = [&]
+    {
+        admitted.emplace(*this);
+        paths = m_paths;
+    };
+    if (!m_monitor.Admit(enter))
+        return CO_E_SERVER_STOPPING;
+    return MakeCom<CServedProvider>(paths, *this)->QueryInterface(riid, out);
 }
 
 LONG CServerModule::Lock() noexcept

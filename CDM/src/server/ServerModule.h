@@ -17,8 +17,8 @@ class CServerModule final : public IServerLock
     HRESULT Init(HINSTANCE instance) noexcept;
     void Term() noexcept;
 
+    // Before clients come.
     void SetPaths(CHostPaths paths) noexcept { m_paths = std::move(paths); }
-    const CHostPaths& Paths() const noexcept { return m_paths; }
     void SetMainThread(DWORD thread) noexcept { m_mainThread = thread; }
     const GUID& TypeLibrary() const noexcept { return m_typeLibrary; }
 
@@ -30,6 +30,10 @@ class CServerModule final : public IServerLock
     bool StartMonitor() noexcept { return m_monitor.Start(m_mainThread); }
     HRESULT RegisterClassObjects(DWORD context, DWORD flags) noexcept;
     void RevokeClassObjects() noexcept;
+    // A new provider object; CO_E_SERVER_STOPPING once the server has decided to end. Throws std::bad_alloc.
+    HRESULT CreateProvider(REFIID riid, void** out);
+    // Nothing is made any more.
+    void Close() noexcept { m_monitor.Close(); }
 
     // Counts; the unlock that leaves none wakes the monitor.
     LONG Lock() noexcept override;

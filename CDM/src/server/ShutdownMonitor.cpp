@@ -62,7 +62,7 @@ void CShutdownMonitor::Run() noexcept
             continue;
         m_actions.SuspendClassObjects();
         // A client may have come in just before the door was closed.
-        if (Idle())
+        if (CloseIfIdle())
             break;
     }
     const DWORD mainThread = m_mainThread;
@@ -74,6 +74,25 @@ void CShutdownMonitor::Run() noexcept
 bool CShutdownMonitor::Idle() const noexcept
 {
     return !m_activity && m_lockCount == 0;
+}
+
+bool CShutdownMonitor::CloseIfIdle() noexcept
+{
+    const CLockScope lock(m_gate);
+    m_closed = Idle();
+    return m_closed;
+}
+
+void CShutdownMonitor::Open() noexcept
+{
+    const CLockScope lock(m_gate);
+    m_closed = false;
+}
+
+void CShutdownMonitor::Close() noexcept
+{
+    const CLockScope lock(m_gate);
+    m_closed = true;
 }
 
 void CShutdownMonitor::CloseHandles() noexcept

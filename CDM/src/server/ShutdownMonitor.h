@@ -1,6 +1,7 @@
 // Ends the server when nobody has used it for some seconds. A thread of its own watches an event that the
 // server signals whenever its last lock goes; it decides by the lock count and an activity flag, which it
-// tests twice: before and after it has COM turn new clients away.
+// tests twice: before and after it has COM turn new clients away. With the second test it closes the server:
+// COM's class objects can still be held by somebody, but nothing is made any more.
 #pragma once
 
 #include "Common/src/com/CriticalSection.h"
@@ -35,10 +36,26 @@ class CShutdownMonitor
     // The last lock has gone; from any thread, at any time.
     void Signal() noexcept;
 
+    // Runs `enter`, which takes a lock, unless the server is closed. What comes between the monitor's second
+    // test and the end of the process is told apart here, for certain.
+    template <class Enter>
+    bool Admit(Enter&& enter)
+    {
+        const CLockScope lock(m_gate);
+        if (m_closed)
+            return false;
+        enter();
+        return true;
+    }
+    void Open() noexcept;
+    // Also where the server ends without the monitor's doing.
+    void Close() noexcept;
+
   private:
     static DWORD WINAPI ThreadProcedure(void* monitor) noexcept;
     void Run() noexcept;
     bool Idle() const noexcept;
+    bool CloseIfIdle() noexcept;
     void CloseHandles() noexcept;
 
     const volatile LONG& m_lockCount;
@@ -46,6 +63,8 @@ class CShutdownMonitor
     const DWORD m_idleMilliseconds;
     DWORD m_mainThread = 0;
     std::atomic<bool> m_activity{false};
+    CCriticalSection m_gate;
+    bool m_closed = false;
     CCriticalSection m_section; // a late Signal must not meet a handle that is being closed
     CHandle m_event;
     CHandle m_thread;

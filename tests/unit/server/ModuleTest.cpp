@@ -53,6 +53,28 @@ TEST_F(ModuleTest, RegisteredClassObjectMakesProvidersThatHoldOneLock)
               S_OK);
 }
 
+// Whoever still holds the class object.
+TEST_F(ModuleTest, MakesNoProviderOnceItIsClosed)
+{
+    ASSERT_EQ(m_module.RegisterClassObjects(CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE), S_OK);
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(CoGetClassObject(kClsidProviderImp, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                               factory.PutVoid()),
+              S_OK);
+    ComPtr<IWbemProviderInit> provider;
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IWbemProviderInit, provider.PutVoid()), S_OK);
+    provider.Reset();
+    m_module.Close();
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IWbemProviderInit, provider.PutVoid()),
+              CO_E_SERVER_STOPPING);
+    EXPECT_FALSE(provider);
+    EXPECT_EQ(CServerModule::Providers(), 0);
+    EXPECT_EQ(m_module.Lock(), 1) << "nothing is left of the attempt";
+    m_module.Unlock();
+    factory.Reset();
+    m_module.RevokeClassObjects();
+}
+
 TEST_F(ModuleTest, KnowsTheForceExitMessageFromTheStart)
 {
     EXPECT_NE(ForceExitMessage(), 0u);

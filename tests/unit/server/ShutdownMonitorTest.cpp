@@ -24,6 +24,7 @@ class CScriptedActions final : public CMonitorActions
 
     std::deque<CStep> Waits;
     std::function<void()> DuringSuspend = kNothing;
+    std::function<void()> DuringQuit = kNothing;
     std::vector<std::string> Log;
     CHandle Done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
 
@@ -50,6 +51,7 @@ class CScriptedActions final : public CMonitorActions
     void PostQuit(DWORD mainThread) noexcept override
     {
         Log.push_back("quit " + std::to_string(mainThread));
+        DuringQuit();
         SetEvent(Done.Get());
     }
 };
@@ -119,6 +121,22 @@ TEST_F(ShutdownMonitorTest, AClientThatCameAndWentDuringTheSuspensionGoesBackToW
     };
     m_actions.Waits = {{kSignalled}, {kTimedOut}, {kSignalled}, {kTimedOut}};
     EXPECT_EQ(Run(), (Log{"wait", "wait 5000", "suspend", "wait", "wait 5000", "suspend", "quit 4711"}));
+}
+
+TEST_F(ShutdownMonitorTest, NobodyIsAdmittedAfterTheSecondTest)
+{
+    const auto enter = [&] { InterlockedIncrement(&m_locks); };
+    std::vector<bool> admitted;
+    m_actions.DuringSuspend = [&]
+    {
+        admitted.push_back(m_monitor.Admit(enter));
+        m_actions.DuringSuspend = kNothing;
+    };
+    m_actions.DuringQuit = [&] { admitted.push_back(m_monitor.Admit(enter)); };
+    m_actions.Waits = {{kSignalled}, {kTimedOut}, {kSignalled, [&] { m_locks = 0; }}, {kTimedOut}};
+    EXPECT_EQ(Run(), (Log{"wait", "wait 5000", "suspend", "wait", "wait 5000", "suspend", "quit 4711"}));
+    EXPECT_EQ(admitted, (std::vector<bool>{true, false}));
+    EXPECT_EQ(m_locks, 0);
 }
 
 TEST_F(ShutdownMonitorTest, ASignalAfterTheEndIsHarmless)
