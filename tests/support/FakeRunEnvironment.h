@@ -16,7 +16,8 @@ class CFakeRunEnvironment : public IRunEnvironment
     enum class Wake
     {
         TimeOut,
-        Event,
+        Event,       // which is signalled then
+        LateEvent,   // which somebody else has reset by the time the run looks
         WorkerEnded, // waits for the worker really to end
         Failed,
         Abandoned
@@ -27,7 +28,7 @@ class CFakeRunEnvironment : public IRunEnvironment
     void FailThreads() { m_failThreads = true; }
     void FailWorkerWaits() { m_failWorkerWaits = true; }
     // Waits with a time-out look once and give up.
-    void DoNotWait() { m_doNotWait = true; }
+    void DoNotWait(bool on = true) { m_doNotWait = on; }
     void SetClock(ULONGLONG milliseconds) { m_now = milliseconds; }
     // Called at every wait for event or worker, before it ends.
     void OnWait(std::function<void()> action) { m_onWait = std::move(action); }
@@ -57,7 +58,7 @@ class CFakeRunEnvironment : public IRunEnvironment
             action();
         return CHandle(m_failThreads ? nullptr : CreateThread(nullptr, 0, procedure, parameter, 0, nullptr));
     }
-    DWORD WaitForEither(HANDLE, HANDLE worker, DWORD milliseconds) override
+    DWORD WaitForEither(HANDLE event, HANDLE worker, DWORD milliseconds) override
     {
         m_timeOuts.push_back(milliseconds);
         if (m_onWait)
@@ -71,6 +72,9 @@ class CFakeRunEnvironment : public IRunEnvironment
         switch (wake)
         {
         case Wake::Event:
+            SetEvent(event);
+            return WAIT_OBJECT_0;
+        case Wake::LateEvent:
             return WAIT_OBJECT_0;
         case Wake::WorkerEnded:
             WaitForSingleObject(worker, INFINITE);

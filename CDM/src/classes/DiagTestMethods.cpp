@@ -305,12 +305,15 @@ HRESULT CTolva_DiagTest::DiscontinueTest(CWomContext& context, const CParsedObje
             return wmi::Failed;
         }
     }
-    if (!test.Locked)
+    // The manager tells whether the test runs and signals in one step: the run may have ended since the
+    // record was read, and another one begun.
+    hr = DiagMgr().SignalStop(test.Key.Get());
+    if (hr == engine::Stopped)
     {
         ZebDebug().Write("CTolva_DiagTest::DiscontinueTest: Cannot stop a test which is not running.");
         return wmi::Failed;
     }
-    if (!SetEvent(test.Event))
+    if (FAILED(hr))
         ZebDebug().Write("CTolva_DiagTest::DiscontinueTest:SetEvent failed");
     (void)SetTestingStopped(out);
     (void)SetReturnValue(out);

@@ -20,11 +20,6 @@ void CActiveRuns::Leave(const CDiagTest* test) noexcept
                                     [&](const auto& running) { return running.get() == test; });
     left = std::move(*found);
     m_tests.erase(found);
-    // Sender/responder tests share one stop event. A request that came when this run was ending already must
-    // not end the next one.
-    const auto isStoppedByEvent = [](const auto& running) { return running->Event() != nullptr; };
-    if (left->Event() && std::none_of(m_tests.begin(), m_tests.end(), isStoppedByEvent))
-        ResetEvent(left->Event());
     if (m_tests.empty())
         SetEvent(m_idle.Get());
 }

@@ -12,7 +12,7 @@ class CActiveRuns
   public:
     // Throws std::bad_alloc.
     bool Enter(std::shared_ptr<CDiagTest> test); // false once Close was called
-    void Leave(const CDiagTest* test) noexcept;  // the last of the runs that share it clears the stop event
+    void Leave(const CDiagTest* test) noexcept;
     void Close() noexcept;
     std::vector<std::shared_ptr<CDiagTest>> Running();
     // Signalled while no run is going on.

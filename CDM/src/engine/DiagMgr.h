@@ -59,6 +59,9 @@ class CDiagMgr
     virtual HRESULT RunTest(BSTR testKey, CBstr& resultKey, ULONG mode);
     // Asks the agent to stop a locked test; engine::Stopped for one that is not locked.
     virtual HRESULT StopTest(BSTR testKey);
+    // Signals the stop event for the run that a test with an event is locked for; engine::Stopped for one
+    // that is not locked. Needs no memory for a key as the manager gives it.
+    virtual HRESULT SignalStop(BSTR testKey);
 
     // Copies the writable properties of `instance`, whose exceptions must be switched off, one by one; those
     // before the first that fails stay updated.

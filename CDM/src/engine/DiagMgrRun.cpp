@@ -256,6 +256,17 @@ HRESULT CDiagMgr::StopTest(BSTR testKey)
         });
 }
 
+HRESULT CDiagMgr::SignalStop(BSTR testKey)
+{
+    return WithinMemory(
+        [&]
+        {
+            std::shared_ptr<CDiagTest> test;
+            const HRESULT hr = m_state->tests.GetObj(testKey, test);
+            return test ? test->RequestStop() : hr;
+        });
+}
+
 HRESULT CDiagMgr::LogResults(BSTR resultKey)
 {
     return WithinMemory([&] { return m_state->LogResults(resultKey); });

@@ -24,12 +24,7 @@ CDiagTest::CDiagTest(BSTR key, const VormTestDescriptor& descriptor)
     if (!m_senderResponder)
         return;
     m_characteristics.push_back(kCharacteristicOfPairedTest);
-    // One name means one event: every sender/responder test of the session shares it, and where it exists
-    // already it is opened as it stands. A stop signal that comes while two of them run ends whichever run
-    // sees it first (or both). One that no run has taken ends the next run at its first wait, unless it came
-    // before the last run had ended.
-    m_event.Reset(CreateEventW(nullptr, TRUE, FALSE, L"SenderResponderEvent"));
-    if (!m_event)
+    if (!m_stop.Create())
         ZebDebug().Write("CDiagTest::CDiagTest:CreateEvent failed.");
 }
 
@@ -42,23 +37,21 @@ CTestData CDiagTest::Data() const
     data.DescriptionStringID = DescriptionStringID();
     data.Characteristics = m_characteristics;
     data.Value = m_value;
-    data.Locked = m_locked;
+    data.Locked = Locked() ? 1 : 0;
     data.ResourcesUsed = m_resourcesUsed;
-    data.Event = m_event.Get();
+    data.Event = Event();
     data.SenderResponder = m_senderResponder ? 1 : 0;
     return data;
 }
 
 HRESULT CDiagTest::LockTest() noexcept
 {
-    ULONG expected = 0;
-    return m_locked.compare_exchange_strong(expected, 1) ? S_OK : engine::AlreadyLocked;
+    return m_stop.Lock() ? S_OK : engine::AlreadyLocked;
 }
 
 HRESULT CDiagTest::UnlockTest() noexcept
 {
-    ULONG expected = 1;
-    return m_locked.compare_exchange_strong(expected, 0) ? S_OK : engine::NotLocked;
+    return m_stop.Unlock() ? S_OK : engine::NotLocked;
 }
 
 CRunTiming CDiagTest::Timing() const

@@ -3,10 +3,9 @@
 
 #include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/DiagRecords.h"
-#include "Common/src/com/Owned.h"
+#include "CDM/src/engine/StopSignal.h"
 #include "agent/Vorl.h"
 
-#include <atomic>
 #include <memory>
 
 class CDiagAgent;
@@ -32,13 +31,17 @@ class CDiagTest : public CDiagObject
     ULONG DescriptionStringID() const noexcept { return 3600 + (m_testId & 15); }
     bool SenderResponder() const noexcept { return m_senderResponder; }
     // Null for an ordinary test, and where the event could not be made.
-    HANDLE Event() const noexcept { return m_event.Get(); }
+    HANDLE Event() const noexcept { return m_stop.Event(); }
     CTestData Data() const;
 
-    bool Locked() const noexcept { return m_locked != 0; }
+    bool Locked() const noexcept { return m_stop.Locked(); }
     // engine::AlreadyLocked / engine::NotLocked: exactly one of two concurrent callers succeeds.
     HRESULT LockTest() noexcept;
     HRESULT UnlockTest() noexcept;
+    // Asks the run of a test that has an event to stop: the one under way, or the one that the lock is for.
+    // engine::Stopped for a test that is not locked.
+    HRESULT RequestStop() noexcept { return m_stop.Request(); }
+    CStopSignal::Seen TakeStop() noexcept { return m_stop.Take(); }
 
     CRunTiming Timing() const;
 
@@ -63,8 +66,7 @@ class CDiagTest : public CDiagObject
     std::vector<USHORT> m_characteristics;
     std::vector<USHORT> m_resourcesUsed;
     const ULONG m_value = 0;
-    std::atomic<ULONG> m_locked{0};
-    CHandle m_event;
+    CStopSignal m_stop;
     CRunTiming m_timing;
     std::shared_ptr<CTestWorker> m_worker; // the last run's, where that run ended without stopping it
 };

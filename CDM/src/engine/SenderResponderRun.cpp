@@ -4,6 +4,7 @@
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace
@@ -12,6 +13,7 @@ constexpr int kStopAttempts = 4;
 constexpr DWORD kBetweenStops = 5000; // milliseconds
 constexpr DWORD kEvent = WAIT_OBJECT_0;
 constexpr DWORD kWorker = WAIT_OBJECT_0 + 1;
+constexpr DWORD kOthersTurn = 50; // milliseconds
 
 constexpr ULONG kStatusMessage = 0; // the string whose value is a status
 
@@ -76,7 +78,7 @@ HRESULT CSenderResponderRun::Execute(BSTR testKey, BSTR adapterKey, const CRunPa
     LONG elapsed = 0;
     for (;;)
     {
-        const DWORD woken = m_environment.WaitForEither(m_test.Event(), m_worker.Thread(), checkTime * 1000);
+        const DWORD woken = WaitForNews(checkTime * 1000);
         if (woken == WAIT_FAILED)
         {
             ZebDebug().Write("CDiagTest::StartTest:RunDiagTest failed, WAIT_FAILED");
@@ -93,8 +95,6 @@ HRESULT CSenderResponderRun::Execute(BSTR testKey, BSTR adapterKey, const CRunPa
         const bool requested = woken == kEvent;
         if (!requested && woken != WAIT_TIMEOUT)
             continue;
-        if (requested)
-            ResetEvent(m_test.Event());
 
         const bool enoughPackets = Poll(adapterKey, parameters);
         elapsed += checkTime;
@@ -102,6 +102,29 @@ HRESULT CSenderResponderRun::Execute(BSTR testKey, BSTR adapterKey, const CRunPa
             ZebDebug().Write("CDiagTest::StartTest:SetPercentComplete failed.");
         if (elapsed >= total || enoughPackets || requested)
             return Stop(testKey, requested);
+    }
+}
+
+// A wait for event or worker that a stop of somebody else's run does not end. Until that one has been taken,
+// the event stays signalled.
+DWORD CSenderResponderRun::WaitForNews(DWORD milliseconds)
+{
+    const ULONGLONG started = m_environment.ProcessMilliseconds();
+    for (DWORD left = milliseconds;;)
+    {
+        const DWORD woken = m_environment.WaitForEither(m_test.Event(), m_worker.Thread(), left);
+        if (woken != kEvent)
+            return woken;
+        const CStopSignal::Seen seen = m_test.TakeStop();
+        if (seen == CStopSignal::Seen::Ours)
+            return kEvent;
+        if (seen == CStopSignal::Seen::Others &&
+            m_environment.Wait(m_worker.Thread(), std::min(left, kOthersTurn)) == WAIT_OBJECT_0)
+            return kWorker;
+        const ULONGLONG passed = m_environment.ProcessMilliseconds() - started;
+        if (passed >= milliseconds)
+            return WAIT_TIMEOUT;
+        left = milliseconds - static_cast<DWORD>(passed);
     }
 }
 

@@ -31,6 +31,7 @@ class CSenderResponderRun
     HRESULT Execute(BSTR testKey, BSTR adapterKey, const CRunParameters& parameters);
 
   private:
+    DWORD WaitForNews(DWORD milliseconds);
     bool Poll(BSTR adapterKey, const CRunParameters& parameters);
     HRESULT Stop(BSTR testKey, bool requested);
     HRESULT GiveUp(HRESULT stopStatus);

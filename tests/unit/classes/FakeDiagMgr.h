@@ -60,6 +60,13 @@ class CFakeDiagMgr final : public CDiagMgr
         return Do(mode == 1 ? L"RunTest with setting" : L"RunTest", key);
     }
     HRESULT StopTest(BSTR key) override { return Do(L"StopTest", key); }
+    HRESULT SignalStop(BSTR key) override
+    {
+        const CTestData& test = Tests.at(Text(key));
+        if (!test.Locked)
+            return engine::Stopped;
+        return SetEvent(test.Event) ? S_OK : E_FAIL;
+    }
     HRESULT ClearResults(BSTR key) override { return Do(L"ClearResults", key); }
     HRESULT UpdateSetting(BSTR key, CWomClassObject& instance) override
     {

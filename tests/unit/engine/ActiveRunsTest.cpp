@@ -1,4 +1,3 @@
-// The runs that are going on, and the stop event that those of senders and responders share.
 #include "CDM/src/engine/ActiveRuns.h"
 #include "Common/src/com/Bstr.h"
 
@@ -19,46 +18,9 @@ bool IsSignalled(HANDLE event)
 class ActiveRunsTest : public testing::Test
 {
   protected:
-    ~ActiveRunsTest() override { ResetEvent(sender->Event()); }
-
     CActiveRuns runs;
     const std::shared_ptr<CDiagTest> sender = MakeTest(9);
-    const std::shared_ptr<CDiagTest> responder = MakeTest(10);
-    const std::shared_ptr<CDiagTest> ordinary = MakeTest(1);
 };
-
-TEST_F(ActiveRunsTest, RequestToStopThatCameTooLateDoesNotOutliveTheLastRun)
-{
-    const CActiveRun other(runs, ordinary);
-    {
-        const CActiveRun run(runs, sender);
-        SetEvent(sender->Event());
-    }
-    EXPECT_FALSE(IsSignalled(sender->Event()));
-}
-
-TEST_F(ActiveRunsTest, RequestToStopIsLeftToAnotherRunThatSharesTheEvent)
-{
-    {
-        const CActiveRun run(runs, sender);
-        {
-            const CActiveRun other(runs, responder);
-            SetEvent(sender->Event());
-        }
-        EXPECT_TRUE(IsSignalled(sender->Event()));
-    }
-    EXPECT_FALSE(IsSignalled(sender->Event()));
-}
-
-TEST_F(ActiveRunsTest, OrdinaryRunTakesNoRequestAway)
-{
-    const CActiveRun run(runs, sender);
-    {
-        const CActiveRun other(runs, ordinary);
-        SetEvent(sender->Event());
-    }
-    EXPECT_TRUE(IsSignalled(sender->Event()));
-}
 
 TEST_F(ActiveRunsTest, IdleIsSignalledWhileNoRunIsGoingOn)
 {
