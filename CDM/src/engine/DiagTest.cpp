@@ -15,6 +15,9 @@ namespace
 {
 constexpr USHORT kCharacteristicOfEveryTest = 2;
 constexpr USHORT kCharacteristicOfPairedTest = 7;
+
+constexpr int kStopAttempts = 4;
+constexpr DWORD kBetweenStops = 5000; // milliseconds
 } // namespace
 
 CDiagTest::CDiagTest(BSTR key, const VormTestDescriptor& descriptor)
@@ -77,6 +80,32 @@ void CDiagTest::DropWorker()
         worker->CloseThread();
 }
 
+std::shared_ptr<CTestWorker> CDiagTest::LeftWorker() const
+{
+    std::shared_ptr<CTestWorker> worker;
+    {
+        const CReadScope held(Lock());
+        worker = m_worker;
+    }
+    const bool atWork = worker && WaitForSingleObject(worker->Thread(), 0) == WAIT_TIMEOUT;
+    return atWork ? worker : nullptr;
+}
+
+// Two runs of one test must not meet in the agent.
+bool CDiagTest::EndLeftWorker(CDiagAgent& agent, BSTR testKey, IRunEnvironment& environment)
+{
+    std::shared_ptr<CTestWorker> left = LeftWorker();
+    for (int attempt = 0; left && attempt < kStopAttempts; ++attempt)
+    {
+        StopTest(&agent, testKey);
+        environment.Wait(left->Thread(), kBetweenStops);
+        left = LeftWorker();
+    }
+    if (!left)
+        DropWorker();
+    return !left;
+}
+
 CRunTiming CDiagTest::ReadTiming()
 {
     CRunTiming timing;
@@ -133,7 +162,11 @@ HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagRe
                          timing.TimeoutSndRsp, timing.CheckTime, parameters.Coverage);
         return engine::UnusableTiming;
     }
-    DropWorker();
+    if (!EndLeftWorker(*agent, testKey, environment))
+    {
+        ZebDebug().Write("CDiagTest::StartTest:The agent is still busy with the run before");
+        return HRESULT_FROM_WIN32(ERROR_BUSY);
+    }
     const auto worker = std::make_shared<CTestWorker>(agent, CBstr(adapterKey), m_testId);
     if (!CTestWorker::Start(worker, environment))
     {

@@ -53,10 +53,14 @@ class CDiagTest : public CDiagObject
     HRESULT StopTest(CDiagAgent* agent, BSTR testKey);
     // Closes the handle of the worker that the last run left, if it left one.
     void DropWorker();
+    // The worker that the last run left in the agent; null where it has come back. For when no run is going
+    // on.
+    std::shared_ptr<CTestWorker> LeftWorker() const;
 
   private:
     CRunTiming ReadTiming();
     void KeepWorker(std::shared_ptr<CTestWorker> worker);
+    bool EndLeftWorker(CDiagAgent& agent, BSTR testKey, IRunEnvironment& environment);
     HRESULT RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
                         const CRunTiming& timing, BSTR testKey, BSTR adapterKey,
                         IRunEnvironment& environment);

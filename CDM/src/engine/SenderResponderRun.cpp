@@ -82,6 +82,7 @@ HRESULT CSenderResponderRun::Execute(BSTR testKey, BSTR adapterKey, const CRunPa
         if (woken == WAIT_FAILED)
         {
             ZebDebug().Write("CDiagTest::StartTest:RunDiagTest failed, WAIT_FAILED");
+            m_test.StopTest(&m_agent, testKey); // nobody else would: the worker stays behind
             return E_FAIL;
         }
         if (woken == kWorker)

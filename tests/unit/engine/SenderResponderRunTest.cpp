@@ -213,6 +213,34 @@ TEST_F(SenderResponderRunTest, AFailedWaitFailsTheRun)
     agent->EndRuns();
 }
 
+TEST_F(SenderResponderRunTest, AFailedWaitAsksTheAgentToStopTheWorkerThatStaysBehind)
+{
+    ASSERT_EQ(S_OK, Start());
+    environment.Script({Wake::Failed});
+    EXPECT_EQ(E_FAIL, Run(kSender));
+    EXPECT_EQ(1, agent->Count(Method::StopTest));
+}
+
+TEST_F(SenderResponderRunTest, NoRunBeginsWhileAWorkerIsLeftInTheAgent)
+{
+    ASSERT_EQ(S_OK, Start());
+    agent->SetStopEndsRuns(false);
+    environment.DoNotWait();
+    environment.Script({Wake::Failed});
+    ASSERT_EQ(E_FAIL, Run(kSender));
+    WaitForSingleObject(agent->Blocked(), INFINITE);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_BUSY), Run(kSender));
+    EXPECT_TRUE(trace.Has("CDiagTest::StartTest:The agent is still busy with the run before"));
+    EXPECT_EQ(1, agent->Count(Method::RunDiagTest));
+    EXPECT_EQ(5, agent->Count(Method::StopTest)) << "it is asked four times more";
+    EXPECT_EQ(3u, ResultData(kSender).TestState);
+    // Once it has come back, the test runs again.
+    environment.DoNotWait(false);
+    agent->SetStopEndsRuns(true);
+    EXPECT_EQ(S_OK, Run(kSender));
+    EXPECT_EQ(2, agent->Count(Method::RunDiagTest));
+}
+
 TEST_F(SenderResponderRunTest, AThreadThatCannotBeStartedFailsTheRun)
 {
     ASSERT_EQ(S_OK, Start());
