@@ -204,6 +204,7 @@ HRESULT CFakeAgent::StopTest(BSTR adapterKey, ULONG testId)
 {
     if (const HRESULT hr = Begin(Method::StopTest, adapterKey, testId); FAILED(hr))
         return hr;
+    WaitForSingleObject(m_stopsGo.Get(), INFINITE);
     const CLockScope held(m_section);
     if (m_stopEndsRuns)
         SetEvent(m_end.Get());

@@ -48,6 +48,9 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     // Whether StopTest ends a blocked run (it does unless told otherwise).
     void SetStopEndsRuns(bool ends);
     void EndRuns() { SetEvent(m_end.Get()); }
+    // From now on StopTest, once it is counted, does not come back before LetStopsGo.
+    void BlockStops() { ResetEvent(m_stopsGo.Get()); }
+    void LetStopsGo() { SetEvent(m_stopsGo.Get()); }
     // Signalled while a run is blocked.
     HANDLE Blocked() const noexcept { return m_blocked.Get(); }
 
@@ -95,6 +98,7 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     bool m_stopEndsRuns = true;
     CHandle m_end{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CHandle m_blocked{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    CHandle m_stopsGo{CreateEventW(nullptr, TRUE, TRUE, nullptr)};
 
     Method m_failing = Method::Initialize;
     int m_failIn = 0;

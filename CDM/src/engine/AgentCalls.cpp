@@ -3,8 +3,12 @@
 #include "CDM/src/ZebDebug.h"
 #include "Common/src/com/ComBoundary.h"
 
+#include <atomic>
+
 namespace
 {
+std::atomic<long> s_living{0};
+
 // Calls an enumeration of the agent; the block becomes the holder's only when the call has succeeded.
 template <class T, class Call>
 HRESULT Enumerate(CVormArray<T>& list, Call&& call)
@@ -41,6 +45,16 @@ HRESULT CDiagAgent::Query(IVormRoot* root, std::shared_ptr<CDiagAgent>& agent)
         });
 }
 
+CDiagAgent::CDiagAgent(IVormDiag* diagnostics) noexcept : m_diagnostics(diagnostics)
+{
+    ++s_living;
+}
+
+long CDiagAgent::Living() noexcept
+{
+    return s_living;
+}
+
 CDiagAgent::~CDiagAgent()
 {
     try
@@ -51,6 +65,7 @@ CDiagAgent::~CDiagAgent()
     {
         ZebDebug().Write("CDiagAgent::~CDiagAgent: the agent failed in Release");
     }
+    --s_living;
 }
 
 HRESULT CDiagAgent::EnumAdapters(CVormArray<BSTR>& adapterKeys)

@@ -15,10 +15,14 @@ class CDiagAgent
     // Asks the root for the diagnostics interface; the reference is the object's own.
     static HRESULT Query(IVormRoot* root, std::shared_ptr<CDiagAgent>& agent);
     // Takes a reference over.
-    explicit CDiagAgent(IVormDiag* diagnostics) noexcept : m_diagnostics(diagnostics) {}
+    explicit CDiagAgent(IVormDiag* diagnostics) noexcept;
     ~CDiagAgent();
     CDiagAgent(const CDiagAgent&) = delete;
     CDiagAgent& operator=(const CDiagAgent&) = delete;
+
+    // How many objects there are. Each thread that is in the agent holds one: while there are any, the
+    // agent's code must stay.
+    static long Living() noexcept;
 
     HRESULT EnumAdapters(CVormArray<BSTR>& adapterKeys);
     HRESULT EnumDiagTests(BSTR adapterKey, CVormArray<VormTestDescriptor>& tests);

@@ -71,6 +71,17 @@ class CDiagMap
         return S_OK;
     }
 
+    // All objects, in no order.
+    std::vector<std::shared_ptr<T>> All() const
+    {
+        std::vector<std::shared_ptr<T>> list;
+        const CReadScope held(m_lock);
+        if (m_objects)
+            for (const auto& [key, object] : *m_objects)
+                list.push_back(object);
+        return list;
+    }
+
     // All keys, in the order of their text. The list is everybody's: it is read only, and the same one until
     // the map changes.
     HRESULT EnumObj(CVormArray<BSTR>& keys) const

@@ -25,9 +25,6 @@ ULONG TextOf(HRESULT status) noexcept
     return (static_cast<ULONG>(status) & 0x7FFF) | 0x8000;
 }
 
-constexpr int kEndAttempts = 30;
-constexpr DWORD kEndWait = 1000; // milliseconds
-
 bool IsEmpty(BSTR key) noexcept
 {
     return !key || !*key;
@@ -282,38 +279,4 @@ HRESULT CDiagMgr::CState::LogResults(BSTR resultKey)
         return hr;
     }
     return log.Append(data);
-}
-
-// Lets no run begin any more and stops those that are going on. The request is repeated, because a run may be
-// about to wait, and because a stop signal can be taken by another manager's run. A run that the agent does
-// not end goes on without the manager.
-HRESULT CDiagMgr::CState::EndRuns()
-{
-    runs.Close();
-    HRESULT hr = S_FALSE;
-    for (int attempt = 0; attempt < kEndAttempts && hr != S_OK; ++attempt)
-        hr = WithinMemory([&] { return TryEndRuns(); });
-    return hr == S_OK ? S_OK : E_FAIL;
-}
-
-// S_FALSE where a run still goes on.
-HRESULT CDiagMgr::CState::TryEndRuns()
-{
-    const auto running = runs.Running();
-    if (running.empty())
-        return S_OK;
-    for (const std::shared_ptr<CDiagTest>& test : running)
-    {
-        if (test->Event())
-            SetEvent(test->Event());
-        else
-            test->StopTest(agent.get(), test->Key().Get());
-    }
-    if (environment.Wait(runs.Idle(), kEndWait) != WAIT_OBJECT_0)
-        return S_FALSE;
-    // A signal that came too late to be taken must not end somebody's next run.
-    for (const std::shared_ptr<CDiagTest>& test : running)
-        if (test->Event())
-            ResetEvent(test->Event());
-    return S_OK;
 }

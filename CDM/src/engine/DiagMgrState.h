@@ -42,7 +42,8 @@ struct CDiagMgr::CState
     HRESULT FailRun(HRESULT status, const CDiagTest& test, CDiagResult& result);
     // Fails where a run goes on without the manager.
     HRESULT EndRuns();
-    HRESULT TryEndRuns();
+    class CStopCalls;
+    HRESULT TryEndRuns(CStopCalls& stops);
 
     HRESULT LoadResult(CStoreSession& session, const CBstr& resultId, const CBstr& adapterKey,
                        CDiagResult& result) const;

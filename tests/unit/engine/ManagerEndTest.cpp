@@ -1,4 +1,5 @@
 // What becomes of runs that are going on when the manager goes, and of requests that come at the same time.
+#include "CDM/src/engine/AgentCalls.h"
 #include "tests/unit/engine/EngineFixture.h"
 
 #include <thread>
@@ -29,6 +30,16 @@ class ManagerEndTest : public CEngineTest
             });
         WaitForSingleObject(agent->Blocked(), INFINITE);
         return client;
+    }
+    // When only the test holds the agent: every thread that was in it has come back.
+    void WaitUntilTheAgentIsFree()
+    {
+        while (agent->AddRef() > 2)
+        {
+            agent->Release();
+            SwitchToThread();
+        }
+        agent->Release();
     }
     // With the system's clock and waits.
     HRESULT StartReal()
@@ -92,14 +103,63 @@ TEST_F(ManagerEndTest, ARunThatTheAgentDoesNotEndIsLeftAlone)
     std::thread client = StartRun(L"1@{aaa}", result);
     manager.reset();
     EXPECT_TRUE(trace.Has("CDiagMgr::~CDiagMgr: a run could not be ended"));
-    EXPECT_GT(agent->Count(Method::StopTest), 1);
     // It goes on with what it has, and ends.
     agent->EndRuns();
     client.join();
     EXPECT_EQ(S_OK, result);
+    WaitUntilTheAgentIsFree();
+    EXPECT_GE(agent->Count(Method::StopTest), 1);
     EXPECT_EQ(live, g_liveComObjects);
-    EXPECT_EQ(1u, agent->AddRef() - 1);
-    agent->Release();
+}
+
+TEST_F(ManagerEndTest, AnAgentThatDoesNotComeBackFromAStopIsLeftAlone)
+{
+    environment.DoNotWait();
+    agent->BlockStops();
+    ASSERT_EQ(S_OK, Start());
+    HRESULT result = E_PENDING;
+    std::thread client = StartRun(L"1@{aaa}", result);
+    manager.reset();
+    EXPECT_TRUE(trace.Has("CDiagMgr::~CDiagMgr: a run could not be ended"));
+    EXPECT_LE(agent->Count(Method::StopTest), 1) << "a call on its way is not repeated";
+    EXPECT_GT(CDiagAgent::Living(), 0) << "the agent is in use";
+    agent->LetStopsGo();
+    agent->EndRuns();
+    client.join();
+    WaitUntilTheAgentIsFree();
+    EXPECT_EQ(0, CDiagAgent::Living());
+}
+
+// Where the run has ended without its worker.
+TEST_F(ManagerEndTest, AWorkerThatIsLeftInTheAgentIsStopped)
+{
+    ASSERT_EQ(S_OK, Start());
+    environment.Script({CFakeRunEnvironment::Wake::Failed});
+    agent->Fail(Method::StopTest, 1, E_FAIL);
+    ASSERT_EQ(E_FAIL, Run(L"9@{aaa}"));
+    WaitForSingleObject(agent->Blocked(), INFINITE);
+    ASSERT_EQ(1, agent->Count(Method::StopTest));
+    manager.reset();
+    EXPECT_EQ(2, agent->Count(Method::StopTest));
+    EXPECT_FALSE(trace.Has("CDiagMgr::~CDiagMgr: a run could not be ended"));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(agent->Blocked(), 0))
+        << "nobody is in the agent";
+}
+
+TEST_F(ManagerEndTest, AWorkerThatTheAgentKeepsHoldsTheAgent)
+{
+    ASSERT_EQ(S_OK, Start());
+    environment.Script({CFakeRunEnvironment::Wake::Failed});
+    environment.DoNotWait();
+    agent->SetStopEndsRuns(false);
+    ASSERT_EQ(E_FAIL, Run(L"9@{aaa}"));
+    WaitForSingleObject(agent->Blocked(), INFINITE);
+    manager.reset();
+    EXPECT_TRUE(trace.Has("CDiagMgr::~CDiagMgr: a run could not be ended"));
+    EXPECT_GT(CDiagAgent::Living(), 0);
+    agent->EndRuns();
+    WaitUntilTheAgentIsFree();
+    EXPECT_EQ(0, CDiagAgent::Living());
 }
 
 // Many clients do everything at once: nothing crashes, no answer is other than the described ones, and what
