@@ -1,6 +1,7 @@
 #include "CDM/src/server/Server.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/engine/AgentCalls.h"
 #include "CDM/src/server/CommandLine.h"
 #include "CDM/src/server/Configuration.h"
 #include "CDM/src/server/RegistrationReport.h"
@@ -24,6 +25,19 @@ void WaitForLastProvider() noexcept
     for (DWORD waited = 0; CServerModule::Providers() > 0 && waited < kLimitMilliseconds;
          waited += kStepMilliseconds)
         Sleep(kStepMilliseconds);
+}
+
+// A thread that stores results works with static objects, one that is in the agent with the agent's library.
+bool IsStillAtWork() noexcept
+{
+    return CServerModule::Providers() > 0 || CDiagAgent::Living() > 0;
+}
+
+// Takes nothing away from such a thread before the process is gone.
+void EndAtOnce(HRESULT exitCode) noexcept
+{
+    ZebDebug().Write("The server ends while a provider or the agent is still at work");
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
 }
 
 HRESULT Serve(CServerModule& module) noexcept
@@ -74,6 +88,8 @@ HRESULT Run(HINSTANCE instance)
 
     const HRESULT hr = Act(module, ScanCommandLine(commandLine));
 
+    if (IsStillAtWork())
+        EndAtOnce(hr);
     WomClassCache::Drop();
     module.Term();
     module.SetPaths({});
