@@ -87,14 +87,18 @@ class CDiagMap
     HRESULT EnumObj(CVormArray<BSTR>& keys) const
     {
         std::shared_ptr<const Objects> objects;
+        // Freeing a list is traced, so that none may go while the lock is held, the caller's old one neither.
+        KeyList known;
         {
             const CReadScope held(m_lock);
-            if (m_keys)
-            {
-                keys = *m_keys;
-                return S_OK;
-            }
-            objects = m_objects;
+            known = m_keys;
+            if (!known)
+                objects = m_objects;
+        }
+        if (known)
+        {
+            keys = *known;
+            return S_OK;
         }
         CVormArray<BSTR> list;
         if (const HRESULT hr = ListKeys(objects.get(), list); FAILED(hr))
@@ -102,7 +106,7 @@ class CDiagMap
         keys = list;
         // A writer in the meantime has gone on with another map: this one was in use.
         const CWriteScope held(m_lock);
-        if (objects == m_objects)
+        if (objects == m_objects && !m_keys)
             m_keys = list;
         return S_OK;
     }

@@ -1,12 +1,28 @@
 #include "CDM/src/engine/DiagMap.h"
 #include "CDM/src/engine/DiagSetting.h"
 #include "CDM/src/engine/IndexMap.h"
+#include "Common/src/com/Owned.h"
+#include "tests/support/ImportHook.h"
+#include "tests/support/TraceCapture.h"
 
+#include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
+// Every trace line asks for the time.
+ZEB_HOOKED_IMPORT("kernel32.dll", GetLocalTime)
+
 namespace
 {
+std::function<void()> g_onTraceLine;
+void WINAPI TimeOfTraceLine(SYSTEMTIME* time)
+{
+    if (const auto action = std::exchange(g_onTraceLine, nullptr))
+        action();
+    *time = {};
+}
+
 class DiagMapTest : public testing::Test
 {
   protected:
@@ -90,6 +106,73 @@ TEST_F(DiagMapTest, RemovedObjectLivesForItsReader)
     EXPECT_STREQ(L"1@A", read->Key().Text());
     std::shared_ptr<CDiagSetting> object;
     EXPECT_EQ(engine::NotFound, Get(L"1@A", object));
+}
+
+// Freeing a list of keys is traced, which takes as long as the file does: nobody must wait for it.
+class DiagMapTraceTest : public DiagMapTest
+{
+  protected:
+    ~DiagMapTraceTest() override { g_onTraceLine = nullptr; }
+
+    // While the next trace line is written, another thread changes the map.
+    void ChangeAtTheNextLine()
+    {
+        g_onTraceLine = [this]
+        {
+            CHandle done(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+            writer = std::thread(
+                [this, event = done.Get()]
+                {
+                    EXPECT_EQ(S_OK, Add(L"2@A"));
+                    SetEvent(event);
+                });
+            changed = WaitForSingleObject(done.Get(), 10000) == WAIT_OBJECT_0;
+            kept = std::move(done);
+        };
+    }
+    void ExpectChanged()
+    {
+        ASSERT_TRUE(writer.joinable()) << "no line was written";
+        writer.join();
+        EXPECT_TRUE(changed) << "the map was locked while a line was written";
+    }
+
+    const CTraceCapture trace;
+    const CImportHook<decltype(__imp_GetLocalTime)> hook{__imp_GetLocalTime, &TimeOfTraceLine};
+    std::thread writer;
+    CHandle kept;
+    bool changed = false;
+};
+
+TEST_F(DiagMapTraceTest, AnOldListOfTheCallersIsFreedOutsideTheLock)
+{
+    ASSERT_EQ(S_OK, Add(L"1@A"));
+    Keys();
+    CVormArray<BSTR> own;
+    ASSERT_EQ(S_OK, own.Allocate(1));
+    ChangeAtTheNextLine();
+    EXPECT_EQ(S_OK, map.EnumObj(own));
+    ExpectChanged();
+}
+
+TEST_F(DiagMapTraceTest, AListThatWasKeptMeanwhileIsFreedOutsideTheLock)
+{
+    ASSERT_EQ(S_OK, Add(L"1@A"));
+    // The first line is that of the caller's old list, after the map was read. Another enumeration comes and
+    // goes at that moment.
+    CVormArray<BSTR> own;
+    ASSERT_EQ(S_OK, own.Allocate(1));
+    g_onTraceLine = [this]
+    {
+        Keys();
+        // The line that ends the freeing of the caller's list follows; then there is to be none.
+        g_onTraceLine = [this] { ChangeAtTheNextLine(); };
+    };
+    EXPECT_EQ(S_OK, map.EnumObj(own));
+    EXPECT_EQ(1u, own.Count());
+    const bool noFurtherLine = std::exchange(g_onTraceLine, nullptr) != nullptr;
+    if (!noFurtherLine)
+        ExpectChanged();
 }
 
 TEST_F(DiagMapTest, ReadersAndWritersRunTogether)
