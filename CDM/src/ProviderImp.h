@@ -65,7 +65,7 @@ class CProviderImp : public CUnsupportedServices
         ComPtr<IWbemServices> Namespace; // set by the first Initialize, whatever becomes of it
         LCID DefaultLocale = 0;
         bool CimKeyMode = true;
-        bool HandlersReady = false;
+        bool HandlersReady = false; // all seven, but for those that there was no memory for
     };
     using Body = std::function<CAnswer(CWomContext&)>;
 

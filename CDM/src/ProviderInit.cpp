@@ -120,11 +120,19 @@ HRESULT CProviderImp::InitializeOnce(LCID locale, IWbemServices* services, IWbem
         return wmi::InvalidParameter;
     }
     const HRESULT hr = AtComBoundary([&] { return ClassesInit(locale); });
-    const bool cimKeyMode = CheckForMicrosoftKeys(services, context);
+    // What cannot be found out leaves the mode as it is where there is no such key.
+    bool cimKeyMode = true;
+    (void)AtComBoundary(
+        [&]
+        {
+            cimKeyMode = CheckForMicrosoftKeys(services, context);
+            return S_OK;
+        });
 
     const CLockScope lock(m_stateSection);
     m_state.CimKeyMode = cimKeyMode;
-    m_state.HandlersReady = true;
+    // All of them or none: after a failure nobody is served by the half that was made before it.
+    m_state.HandlersReady = SUCCEEDED(hr);
     return hr;
 }
 

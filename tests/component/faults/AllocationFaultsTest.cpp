@@ -3,6 +3,7 @@
 #include "Common/src/WomClassCache.h"
 #include "tests/component/faults/FaultFixture.h"
 
+#include <algorithm>
 #include <set>
 
 namespace
@@ -103,6 +104,32 @@ class AllocationStartTest : public FaultFixture
                   WBEM_S_NO_ERROR);
         return sink->Statuses.at(0);
     }
+    // A start that failed serves no class at all, another one all that a handler could be made for.
+    void ExpectAllClassesOrNone(bool initialized, const CTraceCapture& trace)
+    {
+        const std::pair<const wchar_t*, const char*> kClasses[] = {
+            {L"Tolva_DiagTest", "CTolva_DiagTest"},
+            {L"Tolva_DiagSetting", "create Tolva_DiagSetting"},
+            {L"Tolva_DiagResult", "CTolva_DiagResult"},
+            {L"Tolva_DiagTestForMSE", "CTolva_DiagTestMSEAssoc"},
+            {L"Tolva_DiagResultForMSE", "CTolva_DiagResultMSEAssoc"},
+            {L"Tolva_DiagResultForTest", "CTolva_DiagResultTestAssoc"},
+            {L"Tolva_DiagSettingForTest", "CTolva_DiagSettingTestAssoc"},
+        };
+        const std::vector<std::string> lines = trace.Lines();
+        for (const auto& [name, handler] : kClasses)
+        {
+            const std::string missing = handler;
+            const bool made =
+                std::none_of(lines.begin(), lines.end(),
+                             [&](const std::string& line) {
+                                 return line.find("ClassesInit:Failed to create") != std::string::npos &&
+                                        line.ends_with(missing);
+                             });
+            const HRESULT expected = initialized && made ? S_OK : wmi::Failed;
+            EXPECT_EQ(Enumerate(name).Returned, expected) << handler;
+        }
+    }
     // Starts with the first, the second, ... allocation failing, until none fails.
     void FailEach()
     {
@@ -124,6 +151,7 @@ class AllocationStartTest : public FaultFixture
             const CAnswer tests = Enumerate(L"Tolva_DiagTest");
             EXPECT_TRUE(tests.Status == S_OK || (!served && tests.Returned == wmi::Failed));
             EXPECT_TRUE(!tests.Objects.empty() || !served);
+            ExpectAllClassesOrNone(reported == WBEM_S_INITIALIZED, trace);
         }
         EXPECT_GT(n, 100);
         EndWithoutStoring();

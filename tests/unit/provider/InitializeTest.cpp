@@ -244,6 +244,29 @@ INSTANTIATE_TEST_SUITE_P(
                 true, false}),
     [](const auto& info) { return info.param.name; });
 
+// The handlers are there by then, and a second call would do nothing.
+TEST_F(InitializeTest, KeyModeThatCannotBeFoundOutCostsNoClass)
+{
+    m_host.Services = MakeCom<CFakeServices>(
+        [](const std::wstring& path) -> ComPtr<IWbemClassObject>
+        {
+            if (path == L"CIM_Service")
+                throw std::bad_alloc();
+            return ServedSchema().GetClass(kServedNamespace, path);
+        });
+    EXPECT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED);
+    bool mode = false;
+    m_probe.Enumerate = [&](CWomContext& context, IWbemObjectSink*)
+    {
+        mode = context.CimKeyMode();
+        return S_OK;
+    };
+    EXPECT_EQ(
+        m_host.Provider->CreateInstanceEnumAsync(Bstr(L"Tolva_DiagTest").Get(), 0, nullptr, m_sink.Get()),
+        S_OK);
+    EXPECT_TRUE(mode);
+}
+
 TEST_F(InitializeTest, KeyModeIsDecidedEvenIfClassesFail)
 {
     m_host.Agent->Fail(Method::Initialize, 1, E_FAIL);
