@@ -14,6 +14,26 @@ namespace
 // How long a run may take to end after it was told to stop: longer than the provider itself keeps trying.
 constexpr unsigned long long kStopPatience = 30000;
 
+enum class Restored
+{
+    All,
+    NotAll, // another client has changed some meanwhile, and keeps them
+    Failed  // the provider did not take them back
+};
+
+// One value: what there is to put back. Nothing where it is not as this run has left it.
+template <class T>
+std::optional<T> BackTo(const std::optional<T>& before, const std::optional<T>& given,
+                        const std::optional<T>& now, bool& changedMeanwhile)
+{
+    if (!given || !now)
+        return std::nullopt;
+    if (*now == *given)
+        return before;
+    changedMeanwhile = true;
+    return std::nullopt;
+}
+
 // Values of a setting that hold until they are restored, at the latest at the end of the scope.
 class CTemporarySetting
 {
@@ -27,30 +47,44 @@ class CTemporarySetting
         if (!current)
             throw FailureOf(WBEM_E_NOT_FOUND, Step::Read, session.Target(), kSettingClass);
         StoreSetting(session, test, values);
+        m_given = values;
         m_before = current->Values;
     }
     CTemporarySetting(const CTemporarySetting&) = delete;
     CTemporarySetting& operator=(const CTemporarySetting&) = delete;
     ~CTemporarySetting() { Restore(); }
 
-    // False where the provider did not take the old values back.
-    bool Restore() noexcept
+    // Puts back what is still as this run has left it.
+    Restored Restore() noexcept
     {
+        const auto before = std::exchange(m_before, std::nullopt);
+        if (!before)
+            return Restored::All;
         try
         {
-            if (const auto before = std::exchange(m_before, std::nullopt))
-                StoreSetting(m_session, m_test, *before);
-            return true;
+            const std::optional<CSetting> now = LoadSetting(m_session, m_test);
+            if (!now)
+                return Restored::Failed;
+            bool changedMeanwhile = false;
+            CSettingValues back;
+            back.Quick = BackTo(before->Quick, m_given.Quick, now->Values.Quick, changedMeanwhile);
+            back.Report = BackTo(before->Report, m_given.Report, now->Values.Report, changedMeanwhile);
+            back.Coverage =
+                BackTo(before->Coverage, m_given.Coverage, now->Values.Coverage, changedMeanwhile);
+            if (back.Quick || back.Report || back.Coverage)
+                StoreSetting(m_session, m_test, back);
+            return changedMeanwhile ? Restored::NotAll : Restored::All;
         }
         catch (...)
         {
-            return false;
+            return Restored::Failed;
         }
     }
 
   private:
     const CWmiSession& m_session;
     const CTest& m_test;
+    CSettingValues m_given;
     std::optional<CSettingValues> m_before;
 };
 
@@ -78,8 +112,11 @@ class CTestRun
         CRunOutcome outcome = ended ? Judge(call.Result()) : LeftToItself();
         outcome.Seconds = Elapsed() / 1000;
         outcome.Interrupted = m_stopReason != StopReason::None;
-        if (!setting.Restore())
+        const Restored restored = setting.Restore();
+        if (restored == Restored::Failed)
             m_observer.Say(L"The setting could not be put back; see \"zebdiag settings\".");
+        else if (restored == Restored::NotAll)
+            m_observer.Say(L"The setting was changed while the test ran; the new values stay.");
         return outcome;
     }
 

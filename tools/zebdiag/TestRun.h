@@ -48,7 +48,8 @@ struct CRunOutcome
 
 // Runs the test with its setting. A request that fails becomes an outcome, not an exception. `computer` is
 // the name that the provider gives to its computer. Where values of the setting are changed for the run, they
-// are put back afterwards, whatever happened.
+// are put back afterwards, whatever happened; those that another client has changed meanwhile stay as they
+// are.
 CRunOutcome RunOneTest(const CWmiSession& session, const std::wstring& computer, const CTest& test,
                        const CRunOptions& options, const CRunControl& control, const CRunObserver& observer);
 

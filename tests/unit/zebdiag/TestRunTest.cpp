@@ -439,6 +439,66 @@ TEST_F(TestRunTest, SettingThatIsNotTakenStartsNoRun)
     EXPECT_TRUE(m_world->Calls.empty());
 }
 
+TEST_F(TestRunTest, SettingThatAnotherClientChangesMeanwhileStays)
+{
+    AddTest().Run = [this]
+    {
+        CLockScope lock(m_world->Lock());
+        m_world->Settings[kKey].Coverage = 20;
+        return TestState::Passed;
+    };
+    m_options.Setting.Coverage = 50;
+    m_options.Setting.Quick = false;
+    EXPECT_EQ(Run().Code, ExitCode::Passed);
+    EXPECT_EQ(m_world->Settings[kKey].Coverage, 20);
+    EXPECT_EQ(m_world->Settings[kKey].Quick, true) << "still as the run has left it";
+    EXPECT_EQ(m_said, L"The setting was changed while the test ran; the new values stay.\n");
+}
+
+TEST_F(TestRunTest, ValuesThatTheRunDoesNotChangeAreNotPutBack)
+{
+    AddTest().Run = [this]
+    {
+        CLockScope lock(m_world->Lock());
+        m_world->Settings[kKey].Coverage = 20;
+        m_world->Settings[kKey].Report = false;
+        return TestState::Passed;
+    };
+    m_options.Setting.Quick = false;
+    EXPECT_EQ(Run().Code, ExitCode::Passed);
+    EXPECT_EQ(m_world->Settings[kKey].Coverage, 20);
+    EXPECT_EQ(m_world->Settings[kKey].Report, false);
+    EXPECT_EQ(m_world->Settings[kKey].Quick, true);
+    EXPECT_EQ(m_said, L"");
+}
+
+TEST_F(TestRunTest, SettingOfWhichNothingIsAsTheRunLeftItIsNotWritten)
+{
+    AddTest().Run = [this]
+    {
+        CLockScope lock(m_world->Lock());
+        m_world->Settings[kKey].Coverage = 20;
+        return TestState::Passed;
+    };
+    m_options.Setting.Coverage = 50;
+    EXPECT_EQ(Run().Code, ExitCode::Passed);
+    EXPECT_EQ(m_world->Puts.size(), 1u);
+    EXPECT_EQ(m_world->Settings[kKey].Coverage, 20);
+}
+
+TEST_F(TestRunTest, SettingThatCannotBeReadAfterwardsIsSaid)
+{
+    AddTest().Run = [this]
+    {
+        CLockScope lock(m_world->Lock());
+        m_world->Failures[L"Get Tolva_DiagSetting"] = {wmi::Failed, L""};
+        return TestState::Passed;
+    };
+    m_options.Setting.Coverage = 50;
+    EXPECT_EQ(Run().Code, ExitCode::Passed);
+    EXPECT_EQ(m_said, L"The setting could not be put back; see \"zebdiag settings\".\n");
+}
+
 TEST_F(TestRunTest, SettingThatCannotBePutBackIsSaid)
 {
     AddTest().Run = [this]
