@@ -1,10 +1,12 @@
 // The whole life of a server process in the test's own process, from its entry to its exit code. The system's
 // module functions are played here; nothing waits for as long as it asks to.
+#include "CDM/src/engine/AgentCalls.h"
 #include "CDM/src/engine/StoreSession.h"
 #include "CDM/src/server/Server.h"
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/CriticalSection.h"
+#include "tests/support/FakeAgent.h"
 #include "tests/support/ImportHook.h"
 #include "tests/support/RegistryScope.h"
 
@@ -170,5 +172,16 @@ TEST_F(ServerEndTest, WhileAProviderStillStoresTheProcessIsEndedAsItStands)
         << "nothing is taken away before";
     turn.reset();
     ending.join();
+}
+// A run that goes on without its manager, say.
+TEST_F(ServerEndTest, WhileTheAgentIsInUseTheProcessIsEndedAsItStands)
+{
+    const auto fake = MakeCom<CFakeAgent>();
+    std::shared_ptr<CDiagAgent> use;
+    ASSERT_EQ(S_OK, CDiagAgent::Query(fake.Get(), use));
+    const std::vector<std::string> log = Run();
+    ASSERT_GE(log.size(), 2u);
+    EXPECT_EQ(std::vector<std::string>(log.end() - 2, log.end()),
+              (std::vector<std::string>{"terminate 0", "end module"}));
 }
 } // namespace
