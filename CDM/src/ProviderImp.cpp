@@ -257,13 +257,15 @@ CAnswer CProviderImp::AnswerExecMethod(const BSTR path, const BSTR method, IWbem
     CWomClassObject out(&context);
     classObject.CreateClass(parsed.Class.c_str());
     classObject.GetMethodOutput(method, signature);
-    if (signature.Object())
-        signature.SpawnInstanceFromClass(out);
+    signature.SpawnInstanceFromClass(out); // a method without an output raises here
     in.SetThrowing(false);
     out.SetThrowing(false);
 
     HRESULT hr = handler->ExecMethodAsync(parsed, method, context, in, out, sink);
     if (out.Object())
+    {
         hr = out.Indicate(sink); // what comes of sending replaces the handler's own result
+        out.DebugOutput();
+    }
     return {hr};
 }

@@ -1,6 +1,8 @@
 #include "tests/support/FakeCallContext.h"
 #include "tests/unit/provider/ProviderTest.h"
 
+#include <algorithm>
+
 namespace
 {
 class RequestsTest : public ProviderTest
@@ -277,6 +279,62 @@ TEST_F(RequestsTest, ClassWithoutMethodsSendsItsOutputAllTheSame)
     // The output is there all the same and is sent.
     EXPECT_EQ(Make(kRequests[3]), S_OK);
     EXPECT_EQ(m_sink->Objects().size(), 1u);
+}
+
+TEST_F(RequestsTest, OutputIsTracedOnceMoreWhenItHasBeenSent)
+{
+    for (const HRESULT sent : {S_OK, RPC_E_DISCONNECTED})
+    {
+        m_sink = MakeCom<CFakeSink>();
+        if (FAILED(sent))
+            m_sink->FailIndicate(1, sent);
+        const CTraceCapture trace;
+        EXPECT_EQ(Make(kRequests[3]), sent);
+        const std::vector<std::string> lines = trace.Lines();
+        const auto leave = std::find_if(lines.begin(), lines.end(),
+                                        [](const std::string& line) {
+                                            return line.find("} <-- CWomClassObject::Indicate") != line.npos;
+                                        });
+        ASSERT_NE(lines.end(), leave);
+        const auto dump = std::find_if(leave, lines.end(),
+                                       [](const std::string& line)
+                                       { return line.ends_with("{ --> CWomClassObject::DebugOutput"); });
+        ASSERT_NE(lines.end(), dump);
+        EXPECT_NE(lines.end(), std::find(dump, lines.end(), "ReturnValue = <null>"));
+    }
+}
+
+TEST_F(RequestsTest, MethodWithoutAnOutSignatureIsAnExtendedStatus)
+{
+    auto definition = std::make_shared<standin::CClassDefinition>(
+        *ServedSchema().GetDefinition(kServedNamespace, L"Tolva_DiagTest"));
+    standin::CMethodDefinition mute;
+    mute.Name = L"Mute";
+    definition->SetMethod(mute);
+    m_host.Restart(kProbeRows);
+    m_host.Services = MakeCom<CFakeServices>(
+        [definition](const std::wstring& path)
+        {
+            return path == L"Tolva_DiagTest" ? standin::MakeClassObject(definition)
+                                             : ServedSchema().GetClass(kServedNamespace, path);
+        });
+    m_host.Initialize();
+    bool called = false;
+    ProbeDoes(
+        [&]
+        {
+            called = true;
+            return S_OK;
+        });
+    EXPECT_EQ(m_host.Provider->ExecMethodAsync(Bstr(L"Tolva_DiagTest=\"1@A\"").Get(), Bstr(L"Mute").Get(), 0,
+                                               nullptr, nullptr, m_sink.Get()),
+              E_FAIL);
+    EXPECT_FALSE(called);
+    EXPECT_EQ(Status().Result, wmi::Failed);
+    ASSERT_TRUE(Status().Object);
+    CVariant code;
+    EXPECT_EQ(Status().Object->Get(L"StatusCode", 0, code.Put(), nullptr, nullptr), S_OK);
+    EXPECT_EQ(code.lVal, static_cast<LONG>(0x80040902)) << "as spawning from an empty object";
 }
 
 TEST_F(RequestsTest, UnknownMethodIsAnExtendedStatus)
