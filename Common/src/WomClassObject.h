@@ -99,7 +99,7 @@ class CWomClassObject
     HRESULT Get(const wchar_t* name, VARTYPE expected, CVariant& value, bool* isNull, CIMTYPE* type,
                 const Lines& lines);
 
-    HRESULT DumpedProperties(std::vector<CBstr>& names) const;
+    HRESULT DumpProperties() const;
     HRESULT DumpProperty(const CBstr& name) const;
     void DumpEmbedded(IUnknown* object) const;
     HRESULT RaiseDump(const char* step, HRESULT hr, long line) const;

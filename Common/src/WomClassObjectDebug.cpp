@@ -9,6 +9,16 @@
 
 #include <algorithm>
 
+namespace
+{
+void SortNames(SAFEARRAY* names)
+{
+    const auto text = [](BSTR name) { return std::wstring_view(name, SysStringLen(name)); };
+    const CSafeArrayView<BSTR> view(names, VT_BSTR);
+    std::sort(view.Items().begin(), view.Items().end(), [&](BSTR a, BSTR b) { return text(a) < text(b); });
+}
+} // namespace
+
 void CWomClassObject::DebugOutput()
 {
     if (ZebDebug().Level() != 2)
@@ -19,12 +29,7 @@ void CWomClassObject::DebugOutput()
         ZebDebug().Write("<null class object>");
         return;
     }
-    std::vector<CBstr> names;
-    if (DumpedProperties(names) != S_OK)
-        return;
-    for (const CBstr& name : names)
-        if (DumpProperty(name) != S_OK)
-            return;
+    DumpProperties();
 }
 
 HRESULT CWomClassObject::RaiseDump(const char* step, HRESULT hr, long line) const
@@ -32,14 +37,16 @@ HRESULT CWomClassObject::RaiseDump(const char* step, HRESULT hr, long line) cons
     return Raise(0x8004090E, L"CWomClassObject::DebugOutput", hr, line, step);
 }
 
-// The names of all properties but those that tell where the object came from, in order.
-HRESULT CWomClassObject::DumpedProperties(std::vector<CBstr>& names) const
+// In the order of their names, without those that tell where the object came from. What fails keeps the lines
+// of the properties before it.
+HRESULT CWomClassObject::DumpProperties() const
 {
     CSafeArray array;
     HRESULT hr = m_object->GetNames(nullptr, WBEM_FLAG_ALWAYS, nullptr, array.Put());
     Reimpersonate();
     if (FAILED(hr))
         return RaiseDump("Couldn't GetNames", hr, __LINE__);
+    SortNames(array.Get());
     LONG lower = 0;
     if (hr = SafeArrayGetLBound(array.Get(), 1, &lower); FAILED(hr))
         return RaiseDump("Couldn't get safe array lbound", hr, __LINE__);
@@ -51,10 +58,11 @@ HRESULT CWomClassObject::DumpedProperties(std::vector<CBstr>& names) const
         CBstr name;
         if (hr = SafeArrayGetElement(array.Get(), &index, name.Put()); FAILED(hr))
             return RaiseDump("Couldn't get safe array element", hr, __LINE__);
-        if (name.View() != L"__SERVER" && name.View() != L"__PATH")
-            names.push_back(std::move(name));
+        if (name.View() == L"__SERVER" || name.View() == L"__PATH")
+            continue;
+        if (hr = DumpProperty(name); hr != S_OK)
+            return hr;
     }
-    std::sort(names.begin(), names.end(), [](const CBstr& a, const CBstr& b) { return a.View() < b.View(); });
     return S_OK;
 }
 
@@ -72,10 +80,13 @@ HRESULT CWomClassObject::DumpProperty(const CBstr& name) const
     {
         CVariant key;
         hr = qualifiers->Get(L"key", 0, key.Put(), nullptr);
+        Reimpersonate();
         if (FAILED(hr) && hr != wmi::NotFound)
             return RaiseDump("Could not get key qualifier", hr, __LINE__);
         isKey = key.vt == VT_BOOL && key.boolVal;
-        if (hr = qualifiers->Get(L"CIMTYPE", 0, typeName.Put(), nullptr); FAILED(hr))
+        hr = qualifiers->Get(L"CIMTYPE", 0, typeName.Put(), nullptr);
+        Reimpersonate();
+        if (FAILED(hr))
             return RaiseDump("Could not get CIMTYPE qualifier", hr, __LINE__);
     }
 

@@ -66,7 +66,7 @@ class CCallPlan
     }
 
     // Called when an object has given the names of its properties.
-    std::function<void()> AfterNames;
+    std::function<void(SAFEARRAY* names)> AfterNames;
 
     // For the objects: S_OK lets the call pass.
     HRESULT Next(Call call)

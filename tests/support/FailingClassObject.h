@@ -74,7 +74,7 @@ class CFailingClassObject final : public CComObject<IWbemClassObject>
             return planned;
         const HRESULT hr = m_inner->GetNames(qualifier, flags, value, names);
         if (m_plan->AfterNames)
-            m_plan->AfterNames();
+            m_plan->AfterNames(*names);
         return hr;
     }
     STDMETHODIMP BeginEnumeration(LONG flags) override { return m_inner->BeginEnumeration(flags); }

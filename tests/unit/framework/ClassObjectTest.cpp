@@ -356,6 +356,22 @@ TEST_F(ImpersonatedTest, EveryCallIntoTheServiceIsFollowedByImpersonation)
     m_call->Running = false;
 }
 
+TEST_F(ImpersonatedTest, EveryReadOfADumpIsFollowedByImpersonation)
+{
+    Begin(S_OK);
+    const auto instance = Instance();
+    const int before = m_plan->Count(Call::GetNames) + m_plan->Count(Call::GetPropertyQualifierSet) +
+                       m_plan->Count(Call::GetQualifier) + m_plan->Count(Call::Get);
+    m_call->Impersonations = 0;
+    instance->DebugOutput();
+    const int reads = m_plan->Count(Call::GetNames) + m_plan->Count(Call::GetPropertyQualifierSet) +
+                      m_plan->Count(Call::GetQualifier) + m_plan->Count(Call::Get) - before;
+    EXPECT_LT(4 * 8, reads) << "names, and of each property its qualifiers, two of them, and its value";
+    EXPECT_EQ(reads, m_call->Impersonations);
+    m_context.reset();
+    m_call->Running = false;
+}
+
 TEST_F(ImpersonatedTest, ARequestThatCouldNotImpersonateDoesNotTryAfterEveryCall)
 {
     Begin(E_ACCESSDENIED);

@@ -3,6 +3,7 @@
 #include "tests/unit/framework/FrameworkTest.h"
 #include "tests/unit/framework/Imports.h"
 
+#include <algorithm>
 #include <functional>
 
 using testing::ElementsAre;
@@ -46,31 +47,17 @@ TEST_F(DebugOutputTest, ShowsEveryPropertyByNameWithItsValue)
                             "Word = I4 9 (0x9)"));
 }
 
-int s_mirrored = 0;
-decltype(&SafeArrayGetElement) s_realElement = nullptr;
-
-HRESULT WINAPI MirroredElement(SAFEARRAY* array, LONG* index, void* element)
+TEST_F(DebugOutputTest, SortsTheNames)
 {
-    LONG lower = 0;
-    LONG upper = -1;
-    SafeArrayGetLBound(array, 1, &lower);
-    SafeArrayGetUBound(array, 1, &upper);
-    LONG mirrored = lower + upper - *index;
-    ++s_mirrored;
-    return s_realElement(array, &mirrored, element);
-}
-
-// The stand-in gives names in order; the management service need not.
-TEST_F(DebugOutputTest, TheNamesAreSortedWhateverTheirOrder)
-{
-    const auto instance = Instance();
-    const CImportHook mirror(__imp_SafeArrayGetElement, &MirroredElement);
-    s_realElement = mirror.Real();
-    s_mirrored = 0;
-    EXPECT_THAT(Dump(*instance),
+    m_plan->AfterNames = [](SAFEARRAY* names)
+    {
+        const CSafeArrayView<BSTR> view(names, VT_BSTR);
+        std::reverse(view.Items().begin(), view.Items().end());
+    };
+    EXPECT_THAT(Dump(*Instance()),
                 ElementsAre("Byte = <null>", "Flag = <null>", "Nested = <null>", "Number = <null>",
                             "Numbers = <null>", "[key] Text = <null>", "Texts = <null>", "Word = <null>"));
-    EXPECT_LE(8, s_mirrored);
+    m_plan->AfterNames = nullptr;
 }
 
 TEST_F(DebugOutputTest, ShowsTheSystemsPropertiesButNotWhereTheObjectIs)
@@ -129,7 +116,7 @@ std::function<void(CCallPlan&)> Hooked(Function& import, Function replacement)
 {
     return [&import, replacement](CCallPlan& plan)
     {
-        plan.AfterNames = [&import, replacement, hook = std::shared_ptr<void>()]() mutable
+        plan.AfterNames = [&import, replacement, hook = std::shared_ptr<void>()](SAFEARRAY*) mutable
         { hook = std::make_shared<CImportHook<Function>>(import, replacement); };
     };
 }
@@ -145,6 +132,13 @@ HRESULT WINAPI RefuseBound(SAFEARRAY*, UINT, LONG*)
 HRESULT WINAPI RefuseElement(SAFEARRAY*, LONG*, void*)
 {
     return kRefused;
+}
+
+decltype(&SafeArrayGetElement) s_element;
+int s_elements;
+HRESULT WINAPI RefuseThirdElement(SAFEARRAY* array, LONG* index, void* element)
+{
+    return ++s_elements == 3 ? kRefused : s_element(array, index, element);
 }
 
 const StepCase kSteps[] = {
@@ -188,5 +182,36 @@ TEST_P(DebugStepTest, WithTheSwitchOffAFailingStepIsTraced)
     EXPECT_TRUE(trace.Has("Info: 0x8004090e CWomClassObject::DebugOutput Common/src/WomClassObject "));
 }
 
+// Each of them with the third property.
+const StepCase kThirdSteps[] = {
+    {"Element", "Couldn't get safe array element", Hooked(__imp_SafeArrayGetElement, &RefuseThirdElement)},
+    {"Qualifiers", "Could not GetPropertyQualifierSet", Planned(CCallPlan::Call::GetPropertyQualifierSet, 3)},
+    {"Key", "Could not get key qualifier", Planned(CCallPlan::Call::GetQualifier, 5)},
+    {"CimType", "Could not get CIMTYPE qualifier", Planned(CCallPlan::Call::GetQualifier, 6)},
+    {"Value", "Couldn't get Property Value", Planned(CCallPlan::Call::Get, 3)},
+};
+
+class LaterDebugStepTest : public DebugStepTest
+{
+};
+
+TEST_P(LaterDebugStepTest, KeepsTheLinesBeforeIt)
+{
+    s_element = __imp_SafeArrayGetElement;
+    s_elements = 0;
+    const auto instance = Instance();
+    GetParam().fail(*m_plan);
+    const CTraceCapture trace;
+    const auto e = Thrown([&] { instance->DebugOutput(); });
+    ASSERT_TRUE(e);
+    EXPECT_STREQ(GetParam().text, e->MessageText());
+    const std::vector<std::string> lines = trace.Lines();
+    ASSERT_LE(3u, lines.size());
+    EXPECT_EQ("Byte = <null>", lines[1]);
+    EXPECT_EQ("Flag = <null>", lines[2]);
+    EXPECT_FALSE(trace.Has("Nested"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Steps, LaterDebugStepTest, testing::ValuesIn(kThirdSteps), NameOf<StepCase>);
 INSTANTIATE_TEST_SUITE_P(Steps, DebugStepTest, testing::ValuesIn(kSteps), NameOf<StepCase>);
 } // namespace
