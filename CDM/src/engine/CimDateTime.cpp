@@ -1,24 +1,11 @@
 #include "CDM/src/engine/CimDateTime.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/engine/SharedLock.h"
 
 #include <cwchar>
 
 namespace
 {
-constexpr ULONGLONG kZoneLasts = 1000; // milliseconds
-
-struct CKnownZone
-{
-    CSharedLock Lock;
-    bool Known = false;
-    ULONGLONG ReadAt = 0;
-    DWORD Result = 0;
-    TIME_ZONE_INFORMATION Zone{};
-};
-CKnownZone s_known;
-
 wchar_t* PutNumber(wchar_t* to, LONGLONG number, int width) noexcept
 {
     if (number < 0)
@@ -60,28 +47,6 @@ wchar_t* Fill(wchar_t* to, const wchar_t* format, const LONGLONG* value) noexcep
     return to;
 }
 } // namespace
-
-DWORD WINAPI ReadTimeZone(TIME_ZONE_INFORMATION* zone) noexcept
-{
-    const ULONGLONG now = GetTickCount64();
-    {
-        const CReadScope held(s_known.Lock);
-        if (s_known.Known && now - s_known.ReadAt < kZoneLasts)
-        {
-            *zone = s_known.Zone;
-            return s_known.Result;
-        }
-    }
-    const DWORD result = GetTimeZoneInformation(zone);
-    if (result == TIME_ZONE_ID_INVALID)
-        return result;
-    const CWriteScope held(s_known.Lock);
-    s_known.Known = true;
-    s_known.ReadAt = now;
-    s_known.Result = result;
-    s_known.Zone = *zone;
-    return result;
-}
 
 bool ConvertSystemTimeToString(const SYSTEMTIME* time, CCoTaskMem<wchar_t>& text,
                                TimeZoneReader readZone) noexcept

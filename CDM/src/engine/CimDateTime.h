@@ -8,14 +8,10 @@
 // How the time zone is asked for; tests put their own in.
 using TimeZoneReader = DWORD(WINAPI*)(TIME_ZONE_INFORMATION*);
 
-// GetTimeZoneInformation, with a good answer that may be a second old: an enumeration asks for each of its
-// times, and the system takes longer over that than all else about an instance takes.
-DWORD WINAPI ReadTimeZone(TIME_ZONE_INFORMATION* zone) noexcept;
-
-// "yyyymmddHHMMSS.000000" and the zone's offset. False with a null text for a null time; false with `text`
-// untouched where the zone cannot be read.
+// "yyyymmddHHMMSS.000000" and the zone's offset, which is asked for each time. False with a null text for a
+// null time; false with `text` untouched where the zone cannot be read.
 bool ConvertSystemTimeToString(const SYSTEMTIME* time, CCoTaskMem<wchar_t>& text,
-                               TimeZoneReader readZone = &ReadTimeZone) noexcept;
+                               TimeZoneReader readZone = &GetTimeZoneInformation) noexcept;
 
 // Reads the first fourteen digits; fraction and offset are ignored. False where they are not all there.
 bool ConvertStringToSystemTime(const wchar_t* text, SYSTEMTIME& time) noexcept;

@@ -1,5 +1,5 @@
-// What is built where the system does not tell what it is asked for. The computer's name is asked for once
-// per process, so that this is a program of its own.
+// What is built where the system does not tell what it is asked for, or tells something else each time. The
+// computer's name is asked for once per process, so that this is a program of its own.
 #include "CDM/src/engine/CimDateTime.h"
 #include "CDM/src/engine/References.h"
 #include "tests/support/ImportHook.h"
@@ -18,9 +18,15 @@ BOOL WINAPI RefuseName(char*, DWORD*)
     return FALSE;
 }
 
-DWORD WINAPI RefuseZone(TIME_ZONE_INFORMATION*)
+// The next answer of the system; a null pointer is a refusal.
+const LONG* s_bias;
+DWORD WINAPI ZoneOfBias(TIME_ZONE_INFORMATION* zone)
 {
-    return TIME_ZONE_ID_INVALID;
+    if (!s_bias)
+        return TIME_ZONE_ID_INVALID;
+    *zone = {};
+    zone->Bias = *s_bias;
+    return TIME_ZONE_ID_UNKNOWN;
 }
 
 TEST(RefusingHostTest, EveryPathNamesTheSystemError)
@@ -44,16 +50,21 @@ TEST(RefusingHostTest, EveryPathNamesTheSystemError)
     EXPECT_EQ(1u, trace.Count("Get computer name failed with 50"));
 }
 
-TEST(RefusingHostTest, AZoneThatWasRefusedIsAskedForAgain)
+TEST(RefusingHostTest, EveryConversionAsksForTheZone)
 {
-    TIME_ZONE_INFORMATION expected{};
-    const DWORD result = GetTimeZoneInformation(&expected);
-    TIME_ZONE_INFORMATION zone{};
-    {
-        const CImportHook refused(__imp_GetTimeZoneInformation, &RefuseZone);
-        EXPECT_EQ(TIME_ZONE_ID_INVALID, ReadTimeZone(&zone));
-    }
-    EXPECT_EQ(result, ReadTimeZone(&zone));
-    EXPECT_EQ(expected.Bias, zone.Bias);
+    constexpr SYSTEMTIME kTime = {2024, 3, 2, 5, 6, 7, 8, 999};
+    constexpr LONG kEast = -60;
+    constexpr LONG kWest = 300;
+    const CImportHook zone(__imp_GetTimeZoneInformation, &ZoneOfBias);
+    CCoTaskMem<wchar_t> text;
+    EXPECT_FALSE(ConvertSystemTimeToString(&kTime, text));
+    s_bias = &kEast;
+    ASSERT_TRUE(ConvertSystemTimeToString(&kTime, text));
+    EXPECT_STREQ(L"20240305060708.000000+60", text.Get());
+    s_bias = &kWest;
+    ASSERT_TRUE(ConvertSystemTimeToString(&kTime, text));
+    EXPECT_STREQ(L"20240305060708.000000-300", text.Get());
+    s_bias = nullptr;
+    EXPECT_FALSE(ConvertSystemTimeToString(&kTime, text));
 }
 } // namespace
