@@ -17,7 +17,7 @@ struct CResultSource
     const CResultData& record;
     CInstanceSender& sender;
     CCoTaskMem<wchar_t> timeStamp = CCoTaskMem<wchar_t>();
-    const CBstr* title = nullptr;
+    CBstr title = CBstr();
     std::vector<CBstr> lines = {};
 };
 using Step = CInstanceStep<CResultSource>;
@@ -49,7 +49,8 @@ HRESULT PutTimeStamp(CWomClassObject& instance, const wchar_t* property, CResult
 
 HRESULT FetchTitle(CWomClassObject&, const wchar_t*, CResultSource& source)
 {
-    return source.sender.ResourceString(source.record.DiagnosticNameStringID, "_8023", source.title);
+    return source.sender.Context().GetResourceString(source.record.DiagnosticNameStringID, "_8023",
+                                                     source.title);
 }
 
 HRESULT PutTestState(CWomClassObject& instance, const wchar_t* property, CResultSource& source)
@@ -59,8 +60,9 @@ HRESULT PutTestState(CWomClassObject& instance, const wchar_t* property, CResult
 
 HRESULT BuildLines(CWomClassObject&, const wchar_t*, CResultSource& source)
 {
-    return BuildResultLines(source.sender, source.record, source.timeStamp ? source.timeStamp.Get() : L"",
-                            source.title->Text(), source.lines);
+    return BuildResultLines(source.sender.Context(), source.record,
+                            source.timeStamp ? source.timeStamp.Get() : L"", source.title.Text(),
+                            source.lines);
 }
 
 HRESULT PutLines(CWomClassObject& instance, const wchar_t* property, CResultSource& source)

@@ -12,18 +12,18 @@ struct CTestSource
 {
     const CTestData& record;
     CInstanceSender& sender;
-    const CBstr* text = nullptr; // the resource string that was fetched last
+    CBstr text = CBstr(); // the resource string that was fetched last
 };
 
 template <auto Id>
 HRESULT FetchString(CWomClassObject&, const wchar_t*, CTestSource& source)
 {
-    return source.sender.ResourceString(source.record.*Id, "_8023", source.text);
+    return source.sender.Context().GetResourceString(source.record.*Id, "_8023", source.text);
 }
 
 HRESULT PutFetched(CWomClassObject& instance, const wchar_t* property, CTestSource& source)
 {
-    return instance.SetProperty(property, *source.text);
+    return instance.SetProperty(property, source.text);
 }
 
 template <auto Member>

@@ -1,12 +1,12 @@
-// Builds and indicates the instances that one request asks for. What is the same for all of them is fetched
-// once: the class definition, the localised texts, the computer's name. Lives on the request's thread.
+// Builds and indicates the instances that one request asks for. The class definition is fetched once; texts
+// and the computer's name are asked for by each instance, so that its trace shows where they come from. Lives
+// on the request's thread.
 #pragma once
 
 #include "Common/src/WomClassObject.h"
 #include "Common/src/WomContext.h"
 
 #include <map>
-#include <utility>
 #include <vector>
 
 class CInstanceSender
@@ -22,9 +22,6 @@ class CInstanceSender
     HRESULT Indicate() { return m_instance.Indicate(m_sink); }
 
     CWomContext& Context() const noexcept { return m_context; }
-    const CBstr& ComputerName();
-    // A text in the caller's language; `text` is valid as long as the sender.
-    HRESULT ResourceString(UINT id, const char* baseName, const CBstr*& text);
     // Sets a list of codes, as 32-bit integers. Lists repeat from instance to instance.
     HRESULT PutCodes(const wchar_t* property, const std::vector<USHORT>& codes);
 
@@ -33,7 +30,5 @@ class CInstanceSender
     ComPtr<IWbemObjectSink> m_sink;
     CWomClassObject m_class;
     CWomClassObject m_instance;
-    CBstr m_computerName;
-    std::map<std::pair<UINT, const char*>, CBstr> m_texts; // base names are literals
     std::map<std::vector<USHORT>, CVariant> m_arrays;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/classes/InstanceSender.h"
 #include "Common/src/WomClassObject.h"
 
@@ -81,7 +82,7 @@ HRESULT PutNull(CWomClassObject& instance, const wchar_t* property, Source&)
 }
 
 template <class Source>
-HRESULT PutComputerName(CWomClassObject& instance, const wchar_t* property, Source& source)
+HRESULT PutComputerName(CWomClassObject& instance, const wchar_t* property, Source&)
 {
-    return instance.SetProperty(property, source.sender.ComputerName());
+    return instance.SetProperty(property, ComputerName());
 }

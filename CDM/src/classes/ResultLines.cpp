@@ -1,9 +1,9 @@
 #include "CDM/src/classes/ResultLines.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/engine/DiagRecords.h"
 #include "Common/src/VormErrorMessage.h"
+#include "Common/src/WomContext.h"
 #include "Common/src/com/Text.h"
 
 #include <algorithm>
@@ -16,17 +16,16 @@ constexpr size_t kLineCharacters = 4096;
 // With fewer entries a sender/responder result holds no counters, but the reason of a failure.
 constexpr size_t kLeastCounters = 3;
 
-std::wstring AgentErrorText(CInstanceSender& sender, ULONG code)
+std::wstring AgentErrorText(CWomContext& context, ULONG code)
 {
     std::string text;
-    CWomContext& context = sender.Context();
     if (CZebImpResourceMgr* const resources = context.Resources())
         FormatVorlErrorMessage(static_cast<HRESULT>(code), text, *resources, context.Locale());
     return WidenText(text);
 }
 } // namespace
 
-HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, const wchar_t* timeStamp,
+HRESULT BuildResultLines(CWomContext& context, const CResultData& record, const wchar_t* timeStamp,
                          const wchar_t* title, std::vector<CBstr>& lines)
 {
     // The lists may be ahead of each other while a run adds a message.
@@ -39,10 +38,10 @@ HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, con
         const UINT id = record.StringIDs[i];
         const ULONG value = record.TestMessages[i];
         std::wstring line = start;
-        const CBstr* text = nullptr;
+        CBstr text;
         if (counters)
         {
-            const HRESULT hr = sender.ResourceString(id, "Diag", text);
+            const HRESULT hr = context.GetResourceString(id, "Diag", text);
             if (FAILED(hr))
             {
                 ZebDebug().Write(
@@ -50,21 +49,21 @@ HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, con
                     hr);
                 return hr;
             }
-            line.append(text->View()).append(std::to_wstring(static_cast<LONG>(value)));
+            line.append(text.View()).append(std::to_wstring(static_cast<LONG>(value)));
         }
         else if (id != 0)
         {
-            const HRESULT hr = sender.ResourceString(id, "_8023", text);
+            const HRESULT hr = context.GetResourceString(id, "_8023", text);
             if (FAILED(hr))
             {
                 ZebDebug().Write(
                     "CTolva_DiagResult::SendInstance:GetResourceString for Normal test failed <%x>", hr);
                 return hr;
             }
-            line.append(text->View());
+            line.append(text.View());
         }
         else
-            line.append(AgentErrorText(sender, value));
+            line.append(AgentErrorText(context, value));
         if (line.size() >= kLineCharacters)
             line.resize(kLineCharacters - 1);
         lines.emplace_back(std::wstring_view(line));

@@ -7,9 +7,9 @@
 #include <vector>
 
 struct CResultData;
-class CInstanceSender;
+class CWomContext;
 
 // `timeStamp` is the record's, as CIM date-time. A text that cannot be had ends with its status, which has
 // been traced; `lines` is then unusable.
-HRESULT BuildResultLines(CInstanceSender& sender, const CResultData& record, const wchar_t* timeStamp,
+HRESULT BuildResultLines(CWomContext& context, const CResultData& record, const wchar_t* timeStamp,
                          const wchar_t* title, std::vector<CBstr>& lines);

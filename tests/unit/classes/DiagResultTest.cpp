@@ -97,6 +97,20 @@ TEST_F(DiagResultTest, NormalLinesHoldStampTitleAndText)
                                          CimText(kStamp) + L"|_8023 3501|_8023 3802"}));
 }
 
+TEST_F(DiagResultTest, EveryInstanceAsksForItsTextsAndTheComputersName)
+{
+    m_manager.Results.erase(L"2@A");
+    AddMessage(m_ordinary, 3801, 0);
+    AddMessage(m_ordinary, 3801, 0);
+    AddMessage(m_sender, 12, 200);
+    AddMessage(m_sender, 12, 0);
+    AddMessage(m_sender, 10, 1);
+    const CTraceCapture trace;
+    EXPECT_EQ(Enumerate(), S_OK);
+    EXPECT_EQ(m_texts.Asked, (std::vector<UINT>{3501, 3801, 3801, 3509, 12, 12, 10}));
+    EXPECT_EQ(trace.Count("Computer name is "), 2u);
+}
+
 TEST_F(DiagResultTest, EntryWithoutIdentifierTellsTheAgentsError)
 {
     m_ordinary.TimeStamp = kStamp;

@@ -124,6 +124,15 @@ TEST_F(DiagTestInstancesTest, EnumerationSendsEveryTestInOrder)
     EXPECT_EQ(m_services->GetCalls().size(), 1u);
 }
 
+TEST_F(DiagTestInstancesTest, EveryInstanceAsksForItsTextsAndTheComputersName)
+{
+    m_manager.Tests[L"2@A"].NameStringID = 3501;
+    const CTraceCapture trace;
+    EXPECT_EQ(Enumerate(), S_OK);
+    EXPECT_EQ(m_texts.Asked, (std::vector<UINT>{3501, 3601, 3501, 3602, 3509, 3609}));
+    EXPECT_EQ(trace.Count("Computer name is "), 3u);
+}
+
 TEST_F(DiagTestInstancesTest, EnumerationOfNoTestsSucceeds)
 {
     m_manager.Tests.clear();

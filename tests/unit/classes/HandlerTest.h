@@ -23,6 +23,7 @@ class CTestTexts final : public CZebImpResourceMgr
   public:
     std::set<UINT> NotWidened;
     std::map<UINT, std::wstring> Long;
+    std::vector<UINT> Asked; // in order
 
     std::string GetString(LCID, UINT id, const char* baseName) override
     {
@@ -30,6 +31,7 @@ class CTestTexts final : public CZebImpResourceMgr
     }
     CBstr GetStringBstr(LCID locale, UINT id, const char* baseName) override
     {
+        Asked.push_back(id);
         if (NotWidened.contains(id))
             return {};
         if (const auto found = Long.find(id); found != Long.end())
