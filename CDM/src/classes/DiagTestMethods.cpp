@@ -250,6 +250,11 @@ HRESULT CTolva_DiagTest::DiscontinueTest(CWomContext& context, const CParsedObje
 {
     const CZebTrace trace("CTolva_DiagTest::DiscontinueTest");
     const CBstr testName = ReadTestName(path);
+    if (!testName)
+    {
+        ZebDebug().Write("CTolva_DiagTest::DiscontinueTest: GetKeyRef for TestName failed");
+        return wmi::InvalidParameter;
+    }
     CTestData test;
     HRESULT hr = DiagMgr().GetTestData(testName.Get(), &test);
     if (FAILED(hr))

@@ -61,6 +61,16 @@ TEST_F(DiscontinueTestTest, UnknownTestIsNotStopped)
     EXPECT_TRUE(m_manager.Calls.empty());
 }
 
+TEST_F(DiscontinueTestTest, PathWithoutANameStopsNothing)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(Call(L"DiscontinueTest", L"Tolva_DiagTest.Caption=\"x\""), wmi::InvalidParameter);
+    EXPECT_EQ(trace.Count("CTolva_DiagTest::DiscontinueTest: GetKeyRef for TestName failed"), 1u);
+    EXPECT_FALSE(trace.Has("GetTestData failed"));
+    EXPECT_TRUE(m_manager.Calls.empty());
+    EXPECT_EQ(OutType(L"TestingStopped"), VT_NULL);
+}
+
 TEST_F(DiscontinueTestTest, RunningTestWithEventIsSignalled)
 {
     m_manager.Tests[L"9@B"].Locked = 1;
