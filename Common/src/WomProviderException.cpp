@@ -52,9 +52,7 @@ CBstr CWomProviderException::Description() const
         if (!resultText.empty())
             parts += ": " + resultText;
     }
-    // Without a message, what failed is the next best beginning.
-    const std::string start = m_messageText.empty() ? NarrowText(m_parameterInfo.View()) : m_messageText;
-    return CBstr(WidenText(start + " (" + parts + ")"));
+    return CBstr(WidenText(m_messageText + " (" + parts + ")"));
 }
 
 void CWomProviderException::ReportToSink(ComPtr<IWbemObjectSink> sink) const noexcept

@@ -32,8 +32,7 @@ class CWomProviderException
     const char* MessageText() const noexcept { return m_messageText.c_str(); }
     const std::vector<CBstr>& Reasons() const noexcept { return m_reasons; }
 
-    // The message text (the parameter information where there is none), then the codes and the text of the
-    // request result in parentheses.
+    // The message text, then the codes and the text of the request result in parentheses.
     CBstr Description() const;
     // Ends the request on the sink with the extended status. Where that instance cannot be made, nothing is
     // sent. The sink's reference is released in every case.

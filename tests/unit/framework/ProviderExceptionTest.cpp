@@ -84,7 +84,7 @@ TEST_F(ProviderExceptionTest, TheDescriptionStartsWithTheMessageAndExplainsTheRe
 TEST_F(ProviderExceptionTest, TheDescriptionDoesWithoutContextAndText)
 {
     const CWomProviderException e(nullptr, kUnhandled, L"Operation", wmi::Failed, "x", 1, "", {});
-    EXPECT_EQ(L"Operation (status 0x8004091a, result 0x80041001)", e.Description().View());
+    EXPECT_EQ(L" (status 0x8004091a, result 0x80041001)", e.Description().View());
     EXPECT_EQ(L"Unhandled (status 0x8004091a, result 0x80041001)", Unhandled().Description().View());
 }
 
