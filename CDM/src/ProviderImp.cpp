@@ -255,7 +255,8 @@ CAnswer CProviderImp::AnswerExecMethod(const BSTR path, const BSTR method, IWbem
     in.DebugOutput();
     CWomClassObject signature(&context);
     CWomClassObject out(&context);
-    classObject.CreateClass(parsed.Class.c_str());
+    // By the handler's spelling: definitions are kept under their names, and clients know many for each.
+    classObject.CreateClass(handler->GetClassName());
     classObject.GetMethodOutput(method, signature);
     signature.SpawnInstanceFromClass(out); // a method without an output raises here
     in.SetThrowing(false);

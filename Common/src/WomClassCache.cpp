@@ -1,10 +1,18 @@
 #include "Common/src/WomClassCache.h"
 
 #include "Common/src/com/Bstr.h"
+#include "Common/src/com/CriticalSection.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <functional>
 #include <map>
+
+struct WomClassCache::CEntry
+{
+    CCriticalSection section; // held by a place's holder
+    ComPtr<IWbemClassObject> definition;
+};
 
 namespace
 {
@@ -48,15 +56,41 @@ CCache& Cache()
 }
 } // namespace
 
-std::shared_ptr<WomClassCache::CEntry> WomClassCache::Find(const wchar_t* className, LCID locale,
-                                                           IWbemServices* services)
+WomClassCache::CPlace::CPlace(const wchar_t* className, LCID locale, IWbemServices* services)
 {
     CKey key{CBstr(className), locale, services};
+    {
+        CLockScope lock(Cache().section);
+        auto& entries = Cache().entries;
+        const auto known = entries.find(key);
+        m_entry = known != entries.end()
+                      ? known->second
+                      : entries.emplace(std::move(key), std::make_shared<CEntry>()).first->second;
+    }
+    m_entry->section.Enter();
+}
+
+WomClassCache::CPlace::~CPlace()
+{
+    const CEntry* const mine = m_entry.get();
+    const bool filled = static_cast<bool>(m_entry->definition);
+    m_entry->section.Leave();
+    decltype(CCache::entries)::node_type given; // released outside the lock
     CLockScope lock(Cache().section);
-    std::shared_ptr<CEntry>& entry = Cache().entries[std::move(key)];
-    if (!entry)
-        entry = std::make_shared<CEntry>();
-    return entry;
+    m_entry.reset();
+    if (filled)
+        return;
+    // Places are taken and left under the lock: one that only the cache still knows has no other holder.
+    auto& entries = Cache().entries;
+    const auto place =
+        std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.second.get() == mine; });
+    if (place != entries.end() && place->second.use_count() == 1 && !place->second->definition)
+        given = entries.extract(place);
+}
+
+ComPtr<IWbemClassObject>& WomClassCache::CPlace::Definition() noexcept
+{
+    return m_entry->definition;
 }
 
 void WomClassCache::Drop() noexcept

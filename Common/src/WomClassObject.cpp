@@ -41,9 +41,8 @@ HRESULT CWomClassObject::CreateClass(const wchar_t* className)
     const ComPtr<IWbemServices> services(m_context->Namespace());
     // The wrapper's own lock keeps nobody out; it is there for its lines in the trace. The cache has its own.
     CZebLock lock(m_section);
-    const auto entry = WomClassCache::Find(className, locale, services.Get());
-    CLockScope fetchOnce(entry->section);
-    if (!entry->definition)
+    WomClassCache::CPlace place(className, locale, services.Get());
+    if (!place.Definition())
     {
         ComPtr<IWbemClassObject> definition;
         const CBstr name(className);
@@ -56,9 +55,9 @@ HRESULT CWomClassObject::CreateClass(const wchar_t* className)
             hr = E_FAIL;
         if (FAILED(hr))
             return Raise(0x80040903, className, hr, __LINE__, NarrowText(name.View()).c_str());
-        entry->definition = std::move(definition);
+        place.Definition() = std::move(definition);
     }
-    m_object = entry->definition;
+    m_object = place.Definition();
     return S_OK;
 }
 

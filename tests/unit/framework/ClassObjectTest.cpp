@@ -2,6 +2,7 @@
 #include "tests/support/FakeSink.h"
 #include "tests/unit/framework/FrameworkTest.h"
 
+#include <atomic>
 #include <barrier>
 #include <thread>
 
@@ -130,6 +131,43 @@ TEST_F(ClassObjectTest, AClassThatCannotBeFetchedRaisesAndIsAskedForAgain)
     ExpectRaised(e, 0x80040903, kRefused, e->Line(), L"Tolva_Sample");
     EXPECT_EQ(before, wrapper->Object());
     EXPECT_EQ(S_OK, wrapper->CreateClass(L"Tolva_Sample"));
+}
+
+TEST_F(ClassObjectTest, AClassThatCannotBeFetchedLeavesNothingInTheCache)
+{
+    EXPECT_EQ(wmi::NotFound, Wrapper(false)->CreateClass(L"Tolva_Nothing"));
+    const auto throwing = Wrapper();
+    EXPECT_TRUE(Thrown([&] { throwing->CreateClass(L"Tolva_Nothing"); }));
+    m_context.reset();
+    EXPECT_TRUE(WasLastReference(m_services)) << "an entry holds its name space";
+}
+
+TEST_F(ClassObjectTest, CallersThatWaitedForAFailureFetchTheClassThemselvesAndKeepIt)
+{
+    constexpr int kThreads = 8;
+    for (int round = 0; round < 5; ++round)
+    {
+        WomClassCache::Drop();
+        m_services->Forget();
+        m_services->FailGetObject(1, kRefused);
+        std::barrier start(kThreads);
+        std::atomic<int> failures{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < kThreads; ++i)
+            threads.emplace_back(
+                [&]
+                {
+                    CWomClassObject wrapper(m_context.get());
+                    wrapper.SetThrowing(false);
+                    start.arrive_and_wait();
+                    failures += wrapper.CreateClass(L"Tolva_Sample") == kRefused;
+                });
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(1, failures);
+        EXPECT_EQ(S_OK, Wrapper()->CreateClass(L"Tolva_Sample"));
+        EXPECT_EQ(2u, m_services->GetCalls().size()) << "one that failed, one that all others share";
+    }
 }
 
 TEST_F(ClassObjectTest, WithoutANamespaceNoClassCanBeFetched)

@@ -337,6 +337,17 @@ TEST_F(RequestsTest, MethodWithoutAnOutSignatureIsAnExtendedStatus)
     EXPECT_EQ(code.lVal, static_cast<LONG>(0x80040902)) << "as spawning from an empty object";
 }
 
+TEST_F(RequestsTest, SpellingsOfAClassShareOneDefinition)
+{
+    m_host.Services->Forget();
+    for (const wchar_t* path :
+         {L"Tolva_DiagTest=\"1@A\"", L"TOLVA_DIAGTEST=\"1@A\"", L"tolva_diagtest=\"1@A\""})
+        EXPECT_EQ(m_host.Provider->ExecMethodAsync(Bstr(path).Get(), Bstr(L"RunTest").Get(), 0, nullptr,
+                                                   nullptr, m_sink.Get()),
+                  S_OK);
+    EXPECT_EQ(m_host.Services->GetCalls().size(), 1u);
+}
+
 TEST_F(RequestsTest, UnknownMethodIsAnExtendedStatus)
 {
     for (const wchar_t* method : {L"Reboot", static_cast<const wchar_t*>(nullptr)})
