@@ -33,13 +33,13 @@ void FormatVorlErrorMessage(HRESULT hr, std::string& text, CZebImpResourceMgr& r
     CZebTrace trace("FormatVorlErrorMessage");
     const auto code = static_cast<DWORD>(hr);
     if (!IsAgentError(hr))
-    {
         FormatSystemError(code, text, locale);
-        return;
+    else
+    {
+        const UINT id = (code & 0x7FFF) | 0x8000;
+        ZebDebug().Write("HR = 0x%x ID = 0x%x", code, id);
+        text = resources.FindString(locale, id, kTable);
     }
-    const UINT id = (code & 0x7FFF) | 0x8000;
-    ZebDebug().Write("HR = 0x%x ID = 0x%x", code, id);
-    text = resources.FindString(locale, id, kTable);
     if (text.empty())
     {
         char message[1025] = {}; // the most that wsprintf writes

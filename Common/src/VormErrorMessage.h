@@ -7,5 +7,6 @@
 class CZebImpResourceMgr;
 
 // Codes of the agent have their texts in the "_8023" libraries, all others in the system's message tables.
-// `text` stays as it is where the system has none in the language of `locale`. Throws std::bad_alloc.
+// The system may have none in the language of `locale`; `text` then stays as it is. A text that is still
+// empty becomes the libraries' string 100 with the code in it. Throws std::bad_alloc.
 void FormatVorlErrorMessage(HRESULT hr, std::string& text, CZebImpResourceMgr& resources, LCID locale);

@@ -123,6 +123,16 @@ TEST_F(DiagResultTest, EntryWithoutIdentifierTellsTheAgentsError)
     EXPECT_EQ(lines[0], CimText(kStamp) + L"|_8023 3501|" + std::wstring(text.begin(), text.end()));
 }
 
+TEST_F(DiagResultTest, NoErrorIsWithoutAText)
+{
+    for (const ULONG code : {0x8000FFFFul, 0x8007ABCDul, 0xC0000005ul, 0x80010108ul, 0x80041234ul})
+        AddMessage(m_ordinary, 0, code);
+    const std::vector<std::wstring> lines = ReadTexts(Get(), L"TestResults");
+    ASSERT_EQ(lines.size(), 5u);
+    for (const std::wstring& line : lines)
+        EXPECT_FALSE(line.ends_with(L"|"));
+}
+
 TEST_F(DiagResultTest, LinesBeforeTheFirstTimeStampBeginWithTheSeparator)
 {
     AddMessage(m_ordinary, 3801, 0);

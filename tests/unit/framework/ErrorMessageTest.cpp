@@ -44,6 +44,22 @@ TEST(ErrorMessage, AnUnknownCodeOfAnAgentIsFormattedWithString100)
     EXPECT_EQ("Unknown error 0x80041234", text);
 }
 
+// What an agent that throws, breaks down or is gone leaves, and a system code that has no text.
+TEST(ErrorMessage, ACodeOfTheSystemWithoutATextIsFormattedWithString100Too)
+{
+    CFakeResources resources;
+    resources.Texts[{"_8023", 100}] = "Unknown error 0x%08X";
+    std::string text;
+    FormatVorlErrorMessage(static_cast<HRESULT>(0x8003FFFF), text, resources, kEnglish);
+    EXPECT_EQ("Unknown error 0x8003FFFF", text);
+    for (const DWORD code : {0x8000FFFFul, 0x8007ABCDul, 0xC0000005ul, 0x80010108ul})
+    {
+        text.clear();
+        FormatVorlErrorMessage(static_cast<HRESULT>(code), text, resources, kEnglish);
+        EXPECT_FALSE(text.empty()) << std::hex << code;
+    }
+}
+
 TEST(ErrorMessage, WithoutString100ThereIsNoText)
 {
     CFakeResources resources;
