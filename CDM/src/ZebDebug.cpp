@@ -204,7 +204,9 @@ void CZebDebug::SystemError(DWORD code) noexcept
                        nullptr, code, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
                        reinterpret_cast<char*>(text.Put()), 0, nullptr) == 0)
         return;
-    // The text is the format, as it has always been: a "%" in it counts as a conversion. The empty texts are
-    // what such a conversion finds in place of whatever the stack holds.
-    Write(text.Get(), "", "", "", "", "", "", "", "");
+    // The text is the format, as it has always been: a "%" in it counts as a conversion. What such a
+    // conversion finds in place of whatever the stack holds are empty texts that it may write to.
+    char scratch[8][16] = {};
+    Write(text.Get(), scratch[0], scratch[1], scratch[2], scratch[3], scratch[4], scratch[5], scratch[6],
+          scratch[7]);
 }

@@ -7,6 +7,7 @@
 #include <regex>
 #include <thread>
 
+ZEB_HOOKED_IMPORT("kernel32", FormatMessageA)
 ZEB_HOOKED_IMPORT("kernel32", GetLocalTime)
 
 namespace
@@ -240,6 +241,27 @@ TEST(DebugWrite, APercentSignInASystemTextCountsAsAConversion)
     const std::string message = file.Messages().at(0);
     EXPECT_EQ(text.substr(0, text.find('%')), message.substr(0, text.find('%')));
     EXPECT_EQ(std::string::npos, message.find("%1")) << message;
+}
+
+DWORD WINAPI GiveTextThatWrites(DWORD, const void*, DWORD, DWORD, char* text, DWORD, va_list*)
+{
+    constexpr char kText[] = "abc%n|%s|%n%lld|%S|";
+    char* const copy = static_cast<char*>(LocalAlloc(LMEM_FIXED, sizeof kText));
+    memcpy(copy, kText, sizeof kText);
+    *reinterpret_cast<char**>(text) = copy;
+    return sizeof kText - 1;
+}
+
+TEST(DebugWrite, ASystemTextThatWritesThroughItsConversionsDoesNoHarm)
+{
+    CLogFile file(2);
+    {
+        const CImportHook hook(__imp_FormatMessageA, &GiveTextThatWrites);
+        file.Log.SystemError(ERROR_ACCESS_DENIED);
+    }
+    const std::string message = file.Messages().at(0);
+    EXPECT_TRUE(message.starts_with("abc||")) << message;
+    EXPECT_TRUE(message.ends_with("||")) << message;
 }
 
 TEST(DebugWrite, ACodeWithoutATextWritesNothing)
