@@ -5,6 +5,7 @@
 #include "CDM/src/ZebLock.h"
 #include "CDM/src/ZebString.h"
 #include "CDM/src/ZebTrace.h"
+#include "Common/src/com/ProcessIdentity.h"
 
 #include <new>
 
@@ -24,8 +25,12 @@ try
             *library = found;
         return S_OK;
     }
-    // Outside the lock: looking for a library must not keep other lookups waiting.
-    found = SearchResourceDll(locale, baseName);
+    // Outside the lock: looking for a library must not keep other lookups waiting. What is found, or missing,
+    // counts for every client.
+    {
+        const CProcessIdentity asProcess;
+        found = SearchResourceDll(locale, baseName);
+    }
     Record(locale, baseName, registerDefault, found);
     if (library)
         *library = found;

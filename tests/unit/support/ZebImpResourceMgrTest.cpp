@@ -1,12 +1,21 @@
 #include "CDM/src/ZebImpResourceMgr.h"
 
 #include "CDM/src/ZebRegistry.h"
+#include "tests/support/ImportHook.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/TraceCapture.h"
 
 #include <gtest/gtest.h>
 #include <thread>
+
+static HMODULE WINAPI LoadAsTheSystemDoes(const char* file)
+{
+    return LoadLibraryExA(file, nullptr, 0);
+}
+// There from the start: whatever is made before main() may load a library.
+extern "C" decltype(&LoadLibraryA) __imp_LoadLibraryA;
+decltype(&LoadLibraryA) __imp_LoadLibraryA = &LoadAsTheSystemDoes;
 
 namespace
 {
@@ -345,6 +354,39 @@ TEST_F(ResourceSearchTest, AnUnknownLocaleLooksForTheBareName)
     Load(0xFFFF);
     EXPECT_TRUE(trace.Has("Looking for resource DLL on default path " + BaseName + ".dll"));
     EXPECT_TRUE(trace.Has("load failed"));
+}
+
+bool ThreadHasAToken()
+{
+    HANDLE token = nullptr;
+    const bool has = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token);
+    if (token)
+        CloseHandle(token);
+    return has;
+}
+
+int s_loads;
+HMODULE WINAPI LoadAsTheProcess(const char* file)
+{
+    ++s_loads;
+    EXPECT_FALSE(ThreadHasAToken()) << file;
+    return LoadAsTheSystemDoes(file);
+}
+
+TEST_F(ResourceSearchTest, LibrariesAreLoadedUnderTheProcesssIdentityWhoeverTheClientIs)
+{
+    SetAllFolders();
+    Install(Common + File);
+    ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
+    ASSERT_TRUE(ThreadHasAToken());
+    s_loads = 0;
+    {
+        const CImportHook hook(__imp_LoadLibraryA, &LoadAsTheProcess);
+        EXPECT_EQ(kText, Lookup());
+    }
+    EXPECT_EQ(2, s_loads) << "in two of the folders";
+    EXPECT_TRUE(ThreadHasAToken()) << "the request goes on as its client";
+    RevertToSelf();
 }
 
 TEST_F(ResourceSearchTest, SeveralThreadsMayAskAtOnce)
