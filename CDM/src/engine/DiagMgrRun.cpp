@@ -72,6 +72,7 @@ HRESULT CDiagMgr::CState::RunTest(BSTR testKey, BSTR resultKey, ULONG mode)
     hr = PrepareResult(*test, resultKey, result);
     if (FAILED(hr))
         return hr;
+    result->SetChanged();
     const ULONGLONG started = environment.ProcessMilliseconds();
     hr = BeginRun(testKey, *result);
     if (FAILED(hr))
@@ -81,6 +82,7 @@ HRESULT CDiagMgr::CState::RunTest(BSTR testKey, BSTR resultKey, ULONG mode)
         WithinMemory([&] { return test->StartTest(agent, *result, mode, testKey, environment); });
 
     FileAgain(resultKey, result);
+    result->SetChanged();
     const bool failed = FAILED(status) && status != engine::Stopped;
     hr = failed ? FailRun(status, *test, *result)
                 : EndRun(status, *test, *result, environment.ProcessMilliseconds() - started);

@@ -165,6 +165,7 @@ HRESULT CDiagMgr::CState::AddStoredResult(BSTR adapterKey, BSTR testKey, const V
         return wmi::OutOfMemory;
     }
     const CBstr resultId = JoinKey(TestNumberText(descriptor.TestID).View(), index.View());
+    result->SetLoaded();
     // Results are stored under the folded adapter key, whatever case the agent uses this time.
     if (LoadResult(session, resultId, FoldedKey(adapterKey), *result) != S_OK)
         return S_OK;

@@ -49,9 +49,10 @@ struct CDiagMgr::CState
                        CDiagResult& result) const;
     HRESULT StoreResults();
     void StoreAfterRun(BSTR resultKey) noexcept;
+    // Publishes what `change` has stored, or all results if the file turns out damaged.
     HRESULT ChangeStore(const std::function<HRESULT(CStoreSession&)>& change);
     HRESULT StoreEach(CStoreSession& session);
-    HRESULT StoreOne(CStoreSession& session, BSTR key, ULONG iteration);
+    HRESULT StoreOne(CStoreSession& session, BSTR key, ULONG iteration, bool fileIsKept);
     static HRESULT Publish(CStoreSession& session);
     HRESULT ClearResults(BSTR resultKey);
 

@@ -4,6 +4,7 @@
 #include "CDM/src/engine/DiagMgrState.h"
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/References.h"
+#include "CDM/src/engine/ResultChanges.h"
 #include "CDM/src/engine/ResultsStore.h"
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ProcessIdentity.h"
@@ -26,7 +27,10 @@ void CDiagMgr::CState::StoreAfterRun(BSTR resultKey) noexcept
         {
             // Whoever may run a test need not be allowed to write the file.
             const CProcessIdentity process;
-            return ChangeStore([&](CStoreSession& session) { return StoreOne(session, resultKey, 0); });
+            return ChangeStore(
+                [&](CStoreSession& session) {
+                    return session.WorksOnFile() ? StoreOne(session, resultKey, 0, true) : StoreEach(session);
+                });
         });
 }
 
@@ -36,7 +40,7 @@ HRESULT CDiagMgr::CState::ChangeStore(const std::function<HRESULT(CStoreSession&
     HRESULT hr = change(session);
     // Some damage shows only when the storage is written to.
     if (CStoreSession::IsDamage(hr) && session.StartAnew(hr) == S_OK)
-        hr = change(session);
+        hr = StoreEach(session);
     const HRESULT published = Publish(session);
     return FAILED(hr) ? hr : published;
 }
@@ -58,12 +62,15 @@ HRESULT CDiagMgr::CState::StoreEach(CStoreSession& session)
         ZebDebug().Write("CDiagMgr::StoreResults:EnumResults failed, hr = <%x>", hr);
         return hr;
     }
+    const bool fileIsKept = keys.Count() > 0 && session.WorksOnFile();
     for (ULONG i = 0; i < keys.Count() && SUCCEEDED(hr); ++i)
-        hr = WithinMemory([&] { return StoreOne(session, keys.Items()[i], i); });
+        hr = WithinMemory([&] { return StoreOne(session, keys.Items()[i], i, fileIsKept); });
     return hr;
 }
 
-HRESULT CDiagMgr::CState::StoreOne(CStoreSession& session, BSTR key, ULONG iteration)
+// What no run has changed came from the file. It is there in the same or in a newer state, or somebody has
+// cleared it, unless the whole file is lost.
+HRESULT CDiagMgr::CState::StoreOne(CStoreSession& session, BSTR key, ULONG iteration, bool fileIsKept)
 {
     std::shared_ptr<CDiagResult> result;
     HRESULT hr = WithinMemory([&] { return results.GetObj(key, result); });
@@ -91,6 +98,9 @@ HRESULT CDiagMgr::CState::StoreOne(CStoreSession& session, BSTR key, ULONG itera
         return wmi::OutOfMemory;
     }
     const CBstr resultId = JoinKey(testName.View(), index.View());
+    if ((result->IsAsLoaded() && fileIsKept) ||
+        !ResultChanges::Claim(paths.ResultStorePath, resultId.Text(), result->Change()))
+        return S_OK;
     hr = WithinMemory([&] { return CResultsStore(session).StoreResult(resultId, adapterKey, *result); });
     if (FAILED(hr))
         ZebDebug().Write("CDiagMgr::StoreResults:StoreResult failed, hr = <%x>", hr);
@@ -144,6 +154,7 @@ HRESULT CDiagMgr::CState::ClearResults(BSTR resultKey)
     }
     // Failures of the store have the text of the map's: support knows it so.
     CStoreSession session(files, paths.ResultStorePath, CStoreSession::Purpose::Change);
+    (void)ResultChanges::Claim(paths.ResultStorePath, resultId.Text(), ResultChanges::Next());
     hr = CResultsStore(session).RemoveResult(resultId);
     if (FAILED(hr) && hr != STG_E_FILENOTFOUND)
     {

@@ -2,6 +2,7 @@
 
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/References.h"
+#include "CDM/src/engine/ResultChanges.h"
 
 #include <limits>
 #include <utility>
@@ -89,6 +90,18 @@ void CDiagResult::SetMessages(CResultMessages messages)
     std::swap(m_data.StringIDs, messages.m_stringIds);
     std::swap(m_data.TestMessages, messages.m_values);
     m_data.MessageCount = messages.m_count;
+}
+
+void CDiagResult::SetLoaded() noexcept
+{
+    m_change = ResultChanges::Next();
+    m_asLoaded = true;
+}
+
+void CDiagResult::SetChanged() noexcept
+{
+    m_asLoaded = false;
+    m_change = ResultChanges::Next();
 }
 
 void CDiagResult::SetSettingValues(const CSettingData& setting)

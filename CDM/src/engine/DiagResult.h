@@ -4,6 +4,8 @@
 #include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/DiagRecords.h"
 
+#include <atomic>
+
 // The messages of a result while they are put together. They reach the result in one step, so that a client
 // that reads a running test never sees half a list.
 class CResultMessages
@@ -46,6 +48,15 @@ class CDiagResult : public CDiagObject
     // The six values that govern a run.
     void SetSettingValues(const CSettingData& setting);
 
+    // To be called before the result is loaded from the store, and when a run begins and ends.
+    void SetLoaded() noexcept;
+    void SetChanged() noexcept;
+    bool IsAsLoaded() const noexcept { return m_asLoaded; }
+    // When that was: a number of ResultChanges.
+    ULONGLONG Change() const noexcept { return m_change; }
+
   private:
+    std::atomic<bool> m_asLoaded{false};
+    std::atomic<ULONGLONG> m_change{0};
     CResultData m_data; // its ResultID stays empty: the object has the key
 };

@@ -59,6 +59,12 @@ HRESULT CStoreSession::Open(ComPtr<IStorage>& root)
     return m_openFailure;
 }
 
+bool CStoreSession::WorksOnFile()
+{
+    ComPtr<IStorage> root;
+    return SUCCEEDED(Open(root)) && m_fromFile;
+}
+
 HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
 {
     m_bytes = MakeCom<CMemoryBytes>(std::string());

@@ -30,6 +30,8 @@ class CStoreSession
     // S_OK, S_FALSE for a file that is no storage, STG_E_FILENOTFOUND for none.
     HRESULT IsStorageFile();
     HRESULT Open(ComPtr<IStorage>& root);
+    // Whether there is a file that can be opened, and whose results are kept where none of them is changed.
+    bool WorksOnFile();
     // A storage without results.
     HRESULT Create(ComPtr<IStorage>& root);
     // Deletes the file itself. Every reference on the root must be gone.

@@ -3,6 +3,7 @@
 #include "tests/support/FaultStore.h"
 #include "tests/unit/engine/EngineFixture.h"
 
+#include <filesystem>
 #include <optional>
 #include <thread>
 
@@ -77,6 +78,101 @@ TEST_F(TwoManagersTest, AResultThatWasStoredMeanwhileIsNotTakenForTheStaleOne)
     StartWhileTheOtherEnds(*agent.Get());
     ASSERT_EQ(S_OK, Start());
     EXPECT_EQ((std::vector<std::wstring>{L"1@{BBB}"}), Results());
+}
+
+// What a client has seen must not be replaced by something older.
+class OverlapTest : public CEngineTest
+{
+  protected:
+    static constexpr wchar_t kTest[] = L"1@{AAA}";
+
+    OverlapTest()
+    {
+        agent->AddAdapter(L"{aaa}", {1});
+        agent->SetOutcomes(1, {S_OK, E_FAIL, engine::Stopped});
+    }
+    // A second manager, which loads what the file holds now.
+    std::unique_ptr<CDiagMgr> StartAnother()
+    {
+        auto another = std::make_unique<CDiagMgr>(paths, CEngineSeams{&environment, nullptr});
+        const CVormAgentMgr agents(agent.Get());
+        EXPECT_EQ(S_OK, another->Initialize(&agents));
+        return another;
+    }
+    void RunIn(CDiagMgr& other)
+    {
+        CBstr resultKey(kTest);
+        EXPECT_EQ(S_OK, other.LockTest(CBstr(kTest).Get()));
+        (void)other.RunTest(CBstr(kTest).Get(), resultKey, 0);
+        EXPECT_EQ(S_OK, other.UnlockTest(CBstr(kTest).Get()));
+    }
+    ULONG StoredState()
+    {
+        EXPECT_EQ(S_OK, Restart());
+        return ResultData(kTest).TestState;
+    }
+};
+
+TEST_F(OverlapTest, OneThatHasRunNothingDoesNotReplaceTheOthersNewerResult)
+{
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(kTest));
+    ASSERT_EQ(S_OK, Restart());
+    std::unique_ptr<CDiagMgr> idle = StartAnother();
+    ASSERT_EQ(E_FAIL, Run(kTest));
+    manager.reset();
+    idle.reset();
+    EXPECT_EQ(TestStateFailed, StoredState());
+}
+
+TEST_F(OverlapTest, TheLaterOfTwoRunsStaysWhicheverManagerEndsLast)
+{
+    for (const bool laterEndsFirst : {true, false})
+    {
+        SCOPED_TRACE(laterEndsFirst);
+        agent->SetOutcomes(1, {S_OK, E_FAIL});
+        ASSERT_EQ(S_OK, Start());
+        std::unique_ptr<CDiagMgr> earlier = StartAnother();
+        RunIn(*earlier);
+        ASSERT_EQ(E_FAIL, Run(kTest));
+        (laterEndsFirst ? manager : earlier).reset();
+        (laterEndsFirst ? earlier : manager).reset();
+        EXPECT_EQ(TestStateFailed, StoredState());
+    }
+}
+
+TEST_F(OverlapTest, AResultThatWasClearedDoesNotComeBack)
+{
+    for (const bool hasRun : {false, true})
+    {
+        SCOPED_TRACE(hasRun);
+        agent->SetOutcomes(1, {S_OK});
+        ASSERT_EQ(S_OK, Start());
+        ASSERT_EQ(S_OK, Run(kTest));
+        ASSERT_EQ(S_OK, Restart());
+        std::unique_ptr<CDiagMgr> other = StartAnother();
+        if (hasRun)
+            RunIn(*other);
+        ASSERT_EQ(S_OK, manager->ClearResults(CBstr(kTest).Get()));
+        manager.reset();
+        other.reset();
+        ASSERT_EQ(S_OK, Start());
+        EXPECT_TRUE(Results().empty());
+    }
+}
+
+TEST_F(OverlapTest, WhatWasLoadedIsStoredAgainWhereTheWholeFileIsLost)
+{
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(kTest));
+    ASSERT_EQ(S_OK, Restart());
+    ASSERT_TRUE(DeleteFileW(paths.ResultStorePath.c_str()));
+    ASSERT_EQ(TestStatePassed, StoredState());
+    {
+        std::ofstream damaged(std::filesystem::path(paths.ResultStorePath), std::ios::trunc);
+        damaged << "no storage";
+    }
+    EXPECT_EQ(TestStatePassed, StoredState());
 }
 
 // A start-up in the same moment must find the old file or the new one, and must not keep it from being
