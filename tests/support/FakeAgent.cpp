@@ -148,9 +148,9 @@ ULONG CFakeAgent::Release()
     return left;
 }
 
-HRESULT CFakeAgent::Initialize(ULONG)
+HRESULT CFakeAgent::Initialize(ULONG flags)
 {
-    return Begin(Method::Initialize);
+    return Begin(Method::Initialize, nullptr, flags);
 }
 
 HRESULT CFakeAgent::EnumAdapters(ULONG* count, BSTR** adapterKeys)

@@ -30,7 +30,7 @@ class CFakeAgent final : public CComObject<IVormRoot, IVormDiag>
     {
         Method What;
         std::wstring AdapterKey;
-        ULONG TestID;
+        ULONG TestID; // of Initialize: its flags
     };
 
     // Room for the log of calls, so that noting one allocates nothing.

@@ -13,6 +13,7 @@ class CFakeCallContext final : public CComObject<IServerSecurity>
     int Reverts = 0;
     bool Running = false; // as the client
     HRESULT Answer = S_OK;
+    std::function<void()> OnImpersonate;
     std::function<void()> OnRevert;
 
     STDMETHODIMP QueryBlanket(DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**, DWORD*) override
@@ -22,6 +23,8 @@ class CFakeCallContext final : public CComObject<IServerSecurity>
     STDMETHODIMP ImpersonateClient() override
     {
         ++Impersonations;
+        if (OnImpersonate)
+            OnImpersonate();
         Running = Running || SUCCEEDED(Answer);
         return Answer;
     }

@@ -6,6 +6,7 @@
 #include "Common/src/com/CriticalSection.h"
 #include "tests/support/Allocations.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,6 +31,8 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
         m_failIn = n;
         m_failure = code;
     }
+    // Called with every SetStatus, before it is kept.
+    std::function<void()> OnStatus;
     // The next SetStatus answers `code`; what it was given is kept all the same.
     void FailSetStatus(HRESULT code)
     {
@@ -67,6 +70,8 @@ class CFakeSink final : public CComObject<IWbemObjectSink>
     STDMETHODIMP SetStatus(LONG flags, HRESULT result, BSTR parameter, IWbemClassObject* object) override
     {
         const CSparedAllocations spared;
+        if (OnStatus)
+            OnStatus();
         CLockScope lock(m_section);
         m_statuses.push_back({flags, result,
                               parameter ? std::optional<std::wstring>(parameter) : std::nullopt,

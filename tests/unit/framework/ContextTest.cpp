@@ -214,6 +214,60 @@ TEST(ContextDebug, ShowsEveryValueAndImpersonatesTheClient)
                                            "Number = I4 7 (0x7)", " } <-- CWomContext::DebugOutput"));
 }
 
+// The caller's values, and when their enumeration begins.
+class CNotingContext final : public CComObject<IWbemContext>
+{
+  public:
+    CNotingContext(ComPtr<IWbemContext> inner, std::vector<std::string>& notes)
+        : m_inner(std::move(inner)), m_notes(notes)
+    {
+    }
+    STDMETHODIMP Clone(IWbemContext** copy) override { return m_inner->Clone(copy); }
+    STDMETHODIMP GetNames(LONG flags, SAFEARRAY** names) override { return m_inner->GetNames(flags, names); }
+    STDMETHODIMP BeginEnumeration(LONG flags) override
+    {
+        m_notes.push_back("begin");
+        return m_inner->BeginEnumeration(flags);
+    }
+    STDMETHODIMP Next(LONG flags, BSTR* name, VARIANT* value) override
+    {
+        m_notes.push_back("next");
+        return m_inner->Next(flags, name, value);
+    }
+    STDMETHODIMP EndEnumeration() override
+    {
+        m_notes.push_back("end");
+        return m_inner->EndEnumeration();
+    }
+    STDMETHODIMP SetValue(LPCWSTR name, LONG flags, VARIANT* value) override
+    {
+        return m_inner->SetValue(name, flags, value);
+    }
+    STDMETHODIMP GetValue(LPCWSTR name, LONG flags, VARIANT* value) override
+    {
+        return m_inner->GetValue(name, flags, value);
+    }
+    STDMETHODIMP DeleteValue(LPCWSTR name, LONG flags) override { return m_inner->DeleteValue(name, flags); }
+    STDMETHODIMP DeleteAll() override { return m_inner->DeleteAll(); }
+
+  private:
+    ComPtr<IWbemContext> m_inner;
+    std::vector<std::string>& m_notes;
+};
+
+TEST(ContextDebug, BeginsTheEnumerationAndThenImpersonates)
+{
+    std::vector<std::string> notes;
+    const auto caller = MakeCom<CNotingContext>(Caller({{L"Name", L"value"}}), notes);
+    const CWomContext context = Context(caller.Get());
+    const auto call = MakeCom<CFakeCallContext>();
+    call->OnImpersonate = [&] { notes.push_back("impersonate"); };
+    CCallContextScope scope(*call);
+    const CTraceCapture trace; // opens the trace, so that there is a dump
+    context.DebugOutput();
+    EXPECT_THAT(notes, ElementsAre("begin", "impersonate", "next", "next", "end"));
+}
+
 TEST(ContextDebug, EndsTheEnumeration)
 {
     const auto caller = Caller({{L"Name", L"value"}});

@@ -69,6 +69,23 @@ class MemberTest : public FrameworkTest, public testing::WithParamInterface<Memb
 {
 };
 
+// Of those that take a type.
+class ReaderTest : public MemberTest
+{
+};
+
+std::vector<MemberCase> Readers()
+{
+    std::vector<MemberCase> readers(std::begin(kMembers), std::end(kMembers));
+    std::erase_if(readers, [](const MemberCase& c) { return c.wrongType == 0; });
+    return readers;
+}
+
+TEST(Members, FourOfThemTakeAType)
+{
+    EXPECT_EQ(4u, Readers().size());
+}
+
 TEST_P(MemberTest, WithoutAnObjectRaises)
 {
     const MemberCase& c = GetParam();
@@ -86,11 +103,9 @@ TEST_P(MemberTest, ARefusedCallRaises)
                  Described(L"Tolva_Sample", c.member).c_str());
 }
 
-TEST_P(MemberTest, APropertyOfAnotherTypeRaises)
+TEST_P(ReaderTest, APropertyOfAnotherTypeRaises)
 {
     const MemberCase& c = GetParam();
-    if (!c.wrongType)
-        return;
     for (const VARTYPE type : {VT_EMPTY, VT_I2, VT_R8})
     {
         CVariant other;
@@ -123,6 +138,7 @@ TEST_P(MemberTest, SucceedsOnAnObject)
     EXPECT_EQ(1, m_plan->Count(c.call));
 }
 
+INSTANTIATE_TEST_SUITE_P(Members, ReaderTest, testing::ValuesIn(Readers()), NameOf<MemberCase>);
 INSTANTIATE_TEST_SUITE_P(Members, MemberTest, testing::ValuesIn(kMembers), NameOf<MemberCase>);
 
 class PropertyTest : public FrameworkTest

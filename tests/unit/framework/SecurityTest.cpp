@@ -237,8 +237,15 @@ TEST(InterfaceSecurity, WithTheSwitchOffTheProxyIsLeftAlone)
 
 TEST(InterfaceSecurity, ObjectsWithoutAProxyAndNoObjectAreFine)
 {
-    const auto call = MakeCom<CFakeCallContext>();
-    CVormRoot().SetInterfaceSecurity(call.Get());
+    const auto object = MakeCom<CFakeCallContext>();
+    const ULONG references = object->AddRef();
+    const CTraceCapture trace;
+    CVormRoot().SetInterfaceSecurity(object.Get());
     CVormRoot().SetInterfaceSecurity(nullptr);
+    EXPECT_EQ(references - 1, object->Release());
+    EXPECT_THAT(trace.Lines(), ElementsAre(" { --> CVormRoot::SetInterfaceSecurity",
+                                           " } <-- CVormRoot::SetInterfaceSecurity",
+                                           " { --> CVormRoot::SetInterfaceSecurity",
+                                           " } <-- CVormRoot::SetInterfaceSecurity"));
 }
 } // namespace

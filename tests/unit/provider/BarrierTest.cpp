@@ -1,4 +1,5 @@
 // What becomes of exceptions that leave a handler.
+#include "CDM/src/ZebDebug.h"
 #include "Common/src/WomProviderException.h"
 #include "tests/unit/provider/ProviderTest.h"
 
@@ -50,6 +51,21 @@ class BarrierTest : public ProviderTest, public testing::WithParamInterface<Barr
         const std::string name = GetParam().request.name;
         return {name.begin(), name.end()};
     }
+    // The report goes out while the catch is open.
+    void ExpectReportedWithin(const CTraceCapture& trace, const char* scope)
+    {
+        std::vector<std::string> lines = trace.Lines();
+        std::erase_if(lines,
+                      [&](const std::string& line)
+                      {
+                          return line != "status" && !line.ends_with(std::string("<-- ") + scope) &&
+                                 !line.ends_with(std::string("--> ") + scope);
+                      });
+        ASSERT_EQ(lines.size(), 3u);
+        EXPECT_TRUE(lines[0].ends_with(std::string("{ --> ") + scope)) << lines[0];
+        EXPECT_EQ(lines[1], "status");
+        EXPECT_TRUE(lines[2].ends_with(std::string("} <-- ") + scope)) << lines[2];
+    }
     void ExpectBalanced(const CTraceCapture& trace, const char* scope)
     {
         EXPECT_EQ(trace.Count(std::string("{ --> ") + scope), 1u);
@@ -85,8 +101,10 @@ TEST_P(BarrierTest, ClassObjectThatThrowsIsAnExtendedStatus)
     m_probe.Enumerate = [&](CWomContext& context, auto) { return fail(context); };
     m_probe.Put = [&](auto&, CWomContext& context, auto&) { return fail(context); };
     m_probe.Method = [&](auto&, auto, CWomContext& context, auto&, auto&) { return fail(context); };
+    m_sink->OnStatus = [] { ZebDebug().Write("status"); };
     const CTraceCapture trace;
     EXPECT_EQ(Make(GetParam().request), wmi::NotFound);
+    ExpectReportedWithin(trace, GetParam().providerException);
     EXPECT_NE(seen, nullptr);
     ASSERT_TRUE(Status().Object);
     EXPECT_EQ(Status().Result, wmi::Failed);
@@ -106,9 +124,11 @@ TEST_P(BarrierTest, AnyOtherExceptionIsReportedAsUnhandled)
     for (const auto& thrower : throwers)
     {
         m_sink = MakeCom<CFakeSink>();
+        m_sink->OnStatus = [] { ZebDebug().Write("status"); };
         ProbeDoes(thrower);
         const CTraceCapture trace;
         EXPECT_EQ(Make(GetParam().request), wmi::Failed);
+        ExpectReportedWithin(trace, GetParam().unhandledException);
         EXPECT_EQ(Status().Flags, WBEM_STATUS_COMPLETE);
         EXPECT_EQ(Status().Result, wmi::Failed);
         EXPECT_FALSE(Status().Parameter);

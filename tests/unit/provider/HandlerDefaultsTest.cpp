@@ -44,13 +44,18 @@ TEST_F(HandlerDefaultsTest, MethodsAreNotSupported)
 
 TEST_F(HandlerDefaultsTest, QueriesEnumerate)
 {
+    int calls = 0;
     m_script.Enumerate = [&](CWomContext& context, IWbemObjectSink* sink)
     {
+        ++calls;
         EXPECT_EQ(&context, &m_context);
         EXPECT_EQ(sink, m_sink.Get());
         return E_ACCESSDENIED;
     };
     EXPECT_EQ(CProbeHandler::Create()->ExecQueryAsync(L"select * from Tolva_DiagTest", m_context, m_sink),
               E_ACCESSDENIED);
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(m_sink->Statuses().empty());
 }
+
 } // namespace

@@ -75,6 +75,62 @@ TEST_F(InitializeTest, EnglishStandsInForALanguageWithoutLibraries)
     EXPECT_EQ(seen, steps);
 }
 
+// What the next enumeration's context gives.
+template <class Value>
+class CSeen
+{
+  public:
+    explicit CSeen(std::function<Value(CWomContext&)> read) : m_read(std::move(read)) {}
+    Value In(CInProcessProvider& host, CProbeScript& probe)
+    {
+        Value seen{};
+        probe.Enumerate = [&](CWomContext& context, IWbemObjectSink*)
+        {
+            seen = m_read(context);
+            return S_OK;
+        };
+        EXPECT_EQ(S_OK, host.Provider->CreateInstanceEnumAsync(Bstr(L"Tolva_DiagTest").Get(), 0, nullptr,
+                                                               MakeCom<CFakeSink>().Get()));
+        return seen;
+    }
+
+  private:
+    std::function<Value(CWomContext&)> m_read;
+};
+
+TEST_F(InitializeTest, EveryCallTakesTheSystemsLocaleAsTheDefault)
+{
+    CSeen<LCID> locale([](CWomContext& context) { return context.Locale(); });
+    for (const LCID system : {0x40Cu, 0x407u})
+    {
+        g_systemLocale = system;
+        EXPECT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED);
+        EXPECT_EQ(locale.In(m_host, m_probe), system);
+    }
+}
+
+TEST_F(InitializeTest, TheSystemsLibrariesStandInForLanguagesOfClients)
+{
+    EXPECT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED);
+    for (const auto& [baseName, number] : {std::pair{"_NWR", 1000u}, {"_8023", 3501u}, {"Diag", 3u}})
+    {
+        CSeen<std::string> text([&](CWomContext& context)
+                                { return context.Resources()->GetString(0x40C, number, baseName); });
+        EXPECT_FALSE(text.In(m_host, m_probe).starts_with("No string found")) << baseName;
+    }
+}
+
+TEST_F(InitializeTest, TheAgentIsAskedForItsTextsInEnglish)
+{
+    g_systemLocale = 0x40C;
+    m_host.Initialize();
+    const auto calls = m_host.Agent->Calls();
+    const auto call =
+        std::find_if(calls.begin(), calls.end(), [](const auto& c) { return c.What == Method::Initialize; });
+    ASSERT_NE(calls.end(), call);
+    EXPECT_EQ(call->TestID, 1033u);
+}
+
 TEST_F(InitializeTest, SecondCallReportsInitializedAndCreatesNothing)
 {
     m_host.Initialize();
@@ -270,11 +326,13 @@ TEST_F(InitializeTest, KeyModeThatCannotBeFoundOutCostsNoClass)
 TEST_F(InitializeTest, KeyModeIsDecidedEvenIfClassesFail)
 {
     m_host.Agent->Fail(Method::Initialize, 1, E_FAIL);
-    m_host.Initialize();
+    const ComPtr<IWbemContext> caller = standin::MakeContext();
+    m_host.Initialize(caller.Get());
     const auto calls = m_host.Services->GetCalls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].Path, L"CIM_Service");
     EXPECT_EQ(calls[0].Flags, 0);
+    EXPECT_EQ(calls[0].Context, caller.Get());
 }
 
 // The handlers
@@ -351,6 +409,30 @@ TEST_F(InitializeTest, EndsLockFirstThenHandlersThenManagerThenAgent)
     EXPECT_EQ(order, (std::vector<std::string>{"handler, unlocked"}));
     EXPECT_EQ(InOrder(trace, {"{ --> CDiagMgr::StoreResults", "{ --> ~CVormAgentMgr()"}),
               (std::vector<std::string>{"{ --> CDiagMgr::StoreResults", "{ --> ~CVormAgentMgr()"}));
+}
+
+TEST_F(InitializeTest, HandlersEndInTheOrderOfTheirCreation)
+{
+    static std::vector<std::wstring> s_ended;
+    static CProbeScript s_scripts[3];
+    s_ended.clear();
+    for (size_t i = 0; i < std::size(s_scripts); ++i)
+    {
+        s_scripts[i].ClassName = L"Tolva_Probe" + std::to_wstring(i);
+        s_scripts[i].OnDestroyed = [i] { s_ended.push_back(s_scripts[i].ClassName); };
+    }
+    static size_t s_next;
+    s_next = 0;
+    const auto create = []
+    {
+        CProbeHandler::Use(&s_scripts[s_next++]);
+        return CProbeHandler::Create();
+    };
+    const CHandlerRow rows[] = {{create, "1"}, {create, "2"}, {create, "3"}};
+    m_host.Restart(rows);
+    EXPECT_EQ(m_host.Initialize(), WBEM_S_INITIALIZED);
+    m_host.Release();
+    EXPECT_EQ(s_ended, (std::vector<std::wstring>{L"Tolva_Probe0", L"Tolva_Probe1", L"Tolva_Probe2"}));
 }
 
 TEST_F(InitializeTest, LeavesNothingBehind)

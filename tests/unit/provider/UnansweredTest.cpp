@@ -18,6 +18,15 @@ class UnansweredTest : public ProviderTest, public testing::WithParamInterface<U
 {
   protected:
     UnansweredTest() { m_host.Initialize(); }
+
+    // The lines in which the provider says that something failed.
+    static std::vector<std::string> Failures(const CTraceCapture& trace)
+    {
+        std::vector<std::string> lines = trace.Lines();
+        std::erase_if(lines, [](const std::string& line)
+                      { return !line.starts_with("CProviderImp::") || !line.ends_with(" failed"); });
+        return lines;
+    }
 };
 
 // The sink hears nothing, and the thread is left as it is.
@@ -34,7 +43,8 @@ TEST_P(UnansweredTest, ReturnsWithoutAStatus)
         });
     const CTraceCapture trace;
     EXPECT_EQ(GetParam().make(*m_host.Provider, m_sink.Get()), GetParam().status);
-    EXPECT_EQ(trace.Count(GetParam().line), GetParam().line[0] ? 1u : trace.Lines().size());
+    EXPECT_EQ(Failures(trace),
+              GetParam().line[0] ? std::vector<std::string>{GetParam().line} : std::vector<std::string>{});
     EXPECT_TRUE(m_sink->Statuses().empty());
     EXPECT_FALSE(called);
     EXPECT_EQ(client->Reverts, GetParam().reverts ? 1 : 0);
