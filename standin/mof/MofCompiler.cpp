@@ -17,13 +17,14 @@ class CCompilation
     {
     }
 
-    void Run()
+    bool Run()
     {
         while (m_reader.Kind() != CMofReader::End)
             if (m_reader.Take('#'))
                 RunDirective();
             else
                 RunDeclaration();
+        return m_removed;
     }
 
   private:
@@ -33,6 +34,10 @@ class CCompilation
         const CMofName name = m_reader.TakeName();
         if (EqualNoCaseAscii(name.Text, L"autorecover"))
             return; // about another computer's repository
+        if (EqualNoCaseAscii(name.Text, L"deleteclass"))
+            return RunRemoval(m_current->Classes);
+        if (EqualNoCaseAscii(name.Text, L"deleteinstance"))
+            return RunRemoval(m_current->Instances);
         if (!EqualNoCaseAscii(name.Text, L"namespace"))
             throw CMofProblem{name.Place, "unknown directive #pragma " + Utf8Text(name.Text)};
         m_reader.Expect('(');
@@ -42,6 +47,23 @@ class CCompilation
         if (!m_current)
             throw CMofProblem{place, "there is no namespace " + Quoted(nameSpace)};
         m_reader.Expect(')');
+    }
+
+    template <class Map>
+    void RunRemoval(Map& from)
+    {
+        m_reader.Expect('(');
+        const CMofPlace place = m_reader.Place();
+        const std::wstring name = m_reader.TakeTexts();
+        m_reader.Expect(',');
+        const bool needed = m_reader.TakeWord("fail");
+        if (!needed)
+            m_reader.ExpectWord("nofail");
+        m_reader.Expect(')');
+        const bool removed = from.erase(FoldName(name)) > 0;
+        if (needed && !removed)
+            throw CMofProblem{place, "there is no " + Quoted(name)};
+        m_removed = m_removed || removed;
     }
 
     void RunDeclaration()
@@ -113,11 +135,12 @@ class CCompilation
     CMofReader m_reader;
     CNamespace* m_current;
     CMofAliases m_aliases;
+    bool m_removed = false;
 };
 } // namespace
 
-void CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace)
+bool CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace)
 {
-    CCompilation(text, state, nameSpace).Run();
+    return CCompilation(text, state, nameSpace).Run();
 }
 } // namespace standin

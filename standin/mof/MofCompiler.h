@@ -7,6 +7,7 @@
 
 namespace standin
 {
-// Begins in a namespace that there is. Throws CMofProblem; the state is then half done and to be dropped.
-void CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace);
+// Begins in a namespace that there is. Says whether something was removed. Throws CMofProblem; the state is
+// then half done and to be dropped.
+bool CompileMof(std::string_view text, CRepositoryState& state, std::wstring_view nameSpace);
 } // namespace standin

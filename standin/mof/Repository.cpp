@@ -39,13 +39,14 @@ std::shared_ptr<const CRepositoryState> CRepository::Current() const
     return m_state;
 }
 
-void CRepository::Compile(std::string_view text, const std::string& sourceName, std::wstring_view nameSpace)
+bool CRepository::Compile(std::string_view text, const std::string& sourceName, std::wstring_view nameSpace)
 {
     const CLockScope lock(m_compiling);
     auto state = std::make_shared<CRepositoryState>(*Current());
+    bool removed = false;
     try
     {
-        CompileMof(text, *state, nameSpace);
+        removed = CompileMof(text, *state, nameSpace);
     }
     catch (const CMofProblem& problem)
     {
@@ -53,9 +54,10 @@ void CRepository::Compile(std::string_view text, const std::string& sourceName, 
     }
     const CLockScope swap(m_lock);
     m_state = std::move(state);
+    return removed;
 }
 
-void CRepository::CompileFile(const std::wstring& path)
+bool CRepository::CompileFile(const std::wstring& path)
 {
     const std::string name = Utf8Text(path);
     const CFileHandle file(
@@ -68,7 +70,7 @@ void CRepository::CompileFile(const std::wstring& path)
     if (!ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &read, nullptr) ||
         read != text.size())
         throw CMofError(name, 0, 0, "the file cannot be read");
-    Compile(text, name);
+    return Compile(text, name);
 }
 
 bool CRepository::HasNamespace(std::wstring_view nameSpace) const

@@ -56,10 +56,11 @@ class CRepository
 
     // Reads a MOF text in UTF-8; compiling one again changes nothing. Throws CMofError and, where memory
     // ends, std::bad_alloc. `sourceName` stands in errors. A file that cannot be read is an error at line 0.
-    // What names no namespace goes where the management service's own compiler puts it.
-    void Compile(std::string_view text, const std::string& sourceName,
+    // What names no namespace goes where the management service's own compiler puts it. Both say whether the
+    // text has removed something.
+    bool Compile(std::string_view text, const std::string& sourceName,
                  std::wstring_view nameSpace = L"root\\default");
-    void CompileFile(const std::wstring& path);
+    bool CompileFile(const std::wstring& path);
 
     bool HasNamespace(std::wstring_view nameSpace) const;
 

@@ -24,25 +24,31 @@ std::wstring AbsolutePath(const std::wstring& file)
 int CompileMof(const std::vector<std::wstring>& files)
 {
     std::vector<std::wstring> all = ReadMofFiles();
-    for (const std::wstring& file : files)
-    {
-        const std::wstring full = AbsolutePath(file);
-        if (std::none_of(all.begin(), all.end(),
-                         [&](const std::wstring& known) { return EqualNoCaseAscii(known, full); }))
-            all.push_back(full);
-    }
     CRepository repository(L".");
-    for (const std::wstring& file : all)
+    size_t lasting = 0; // the files before this one were compiled before another one removed something
+    const auto compile = [&](size_t i)
     {
-        try
+        if (repository.CompileFile(all[i]))
+            lasting = i + 1;
+    };
+    try
+    {
+        for (size_t i = 0; i < all.size(); ++i)
+            compile(i);
+        for (const std::wstring& file : files)
         {
-            repository.CompileFile(file);
+            const std::wstring full = AbsolutePath(file);
+            if (std::any_of(all.begin() + lasting, all.end(),
+                            [&](const std::wstring& known) { return EqualNoCaseAscii(known, full); }))
+                continue;
+            all.push_back(full);
+            compile(all.size() - 1);
         }
-        catch (const std::exception& error)
-        {
-            std::fprintf(stderr, "%s\n", error.what());
-            return 1;
-        }
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
     }
     if (!WriteMofFiles(all))
     {

@@ -89,6 +89,7 @@ TEST_F(ManagerStoreTest, DamageThatShowsWhileResultsAreStoredCostsNone)
     ASSERT_EQ(S_OK, Start());
     ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
     ASSERT_EQ(S_OK, Restart());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
     ASSERT_EQ(E_FAIL, Run(L"2@{aaa}"));
     fault.FailNamed("CreateStorage", STG_E_READFAULT, 2);
     manager.reset();
@@ -105,12 +106,25 @@ TEST_F(ManagerStoreTest, AFullDiskIsNoDamage)
     ASSERT_EQ(S_OK, Start());
     ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
     ASSERT_EQ(S_OK, Restart());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
     ASSERT_EQ(E_FAIL, Run(L"2@{aaa}"));
     fault.FailNamed("CreateStorage", STG_E_MEDIUMFULL, 2);
     manager.reset();
     EXPECT_FALSE(std::filesystem::exists(paths.ResultStorePath + L".damaged"));
     fault.FailCall(0, S_OK);
     EXPECT_EQ((Found{L"1@{AAA}"}), Stored());
+}
+
+// Those that were loaded and not run since are in no other place.
+TEST_F(ManagerStoreTest, AFileThatIsGoneAfterARunGetsAllResultsAgain)
+{
+    registry.SetNumber(kDiagKey, "StoreAfterRun", 1);
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+    ASSERT_EQ(S_OK, Restart());
+    std::filesystem::remove(paths.ResultStorePath);
+    ASSERT_EQ(E_FAIL, Run(L"2@{aaa}"));
+    EXPECT_EQ((Found{L"1@{AAA}", L"2@{AAA}"}), Stored());
 }
 
 TEST_F(ManagerStoreTest, AMissingFolderIsNoFailureAtTheStart)

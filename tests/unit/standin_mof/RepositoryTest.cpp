@@ -1,6 +1,7 @@
 // What statements mean: inheritance, keys, instances, providers, compiling again.
 #include "standin/mof/Repository.h"
 
+#include "Common/src/com/Text.h"
 #include "tests/unit/standin_mof/RepositoryFixture.h"
 
 using namespace standin;
@@ -131,6 +132,47 @@ TEST_F(Repository, WhatNamesNoNamespaceGoesToDefault)
     m_repository.Compile("class Astray {};", "t");
     EXPECT_TRUE(m_repository.GetDefinition(L"root\\default", L"Astray"));
     EXPECT_FALSE(Class(L"Astray"));
+}
+
+TEST_F(Repository, ClassesAndInstancesCanBeRemoved)
+{
+    Compile(kLamps);
+    EXPECT_FALSE(m_repository.Compile("#pragma deleteclass(\"Missing\", NOFAIL)", "t", kCimv2));
+    EXPECT_TRUE(m_repository.Compile("#pragma deleteinstance(\"lamp.Name=\\\"DESK\\\"\", FAIL)"
+                                     "#pragma deleteclass(\"floorlamp\", FAIL)",
+                                     "t", kCimv2));
+    EXPECT_FALSE(Class(L"FloorLamp"));
+    EXPECT_TRUE(Class(L"Lamp"));
+    EXPECT_TRUE(m_repository.Instances(kCimv2, L"Lamp", false).empty());
+    EXPECT_EQ(Refusal("#pragma deleteclass(\"FloorLamp\", FAIL)"), "(1,21): there is no FloorLamp");
+}
+
+// Whatever zebdiag.mof adds, zebdiag-remove.mof removes.
+TEST(RemovingTheProduct, LeavesWhatTheSystemHad)
+{
+    CRepository repository(L"PC");
+    const auto compile = [&](const char* file)
+    { return repository.CompileFile(WidenUtf8(std::string(ZEB_SOURCE_DIR "/") + file)); };
+    const auto names = [&]
+    {
+        std::vector<std::wstring> result;
+        for (const ClassDefinition& definition : repository.DerivedClasses(kCimv2, L""))
+            result.push_back(definition->Name);
+        return result;
+    };
+    compile("standin/mof/system.mof");
+    compile("standin/mof/cimv2.mof");
+    const std::vector<std::wstring> before = names();
+    EXPECT_FALSE(compile("resources/mof/zebdiag.mof"));
+    EXPECT_NE(before, names());
+    EXPECT_TRUE(repository.FindProvider(kCimv2, L"DREVOK_PROVIDER"));
+    EXPECT_TRUE(compile("resources/mof/zebdiag-remove.mof"));
+    EXPECT_EQ(before, names());
+    for (const wchar_t* stored :
+         {L"__Win32Provider", L"__InstanceProviderRegistration", L"__MethodProviderRegistration"})
+        EXPECT_TRUE(repository.Instances(kCimv2, stored, true).empty()) << stored;
+    // Nothing is left to remove, and that is no failure.
+    EXPECT_FALSE(compile("resources/mof/zebdiag-remove.mof"));
 }
 
 TEST_F(Repository, AFileThatIsNotThereIsAnError)
