@@ -3,8 +3,10 @@
 #include "Common/src/com/Owned.h"
 #include "tests/system/support/Process.h"
 
+#include <exception>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <iterator>
 #include <stdexcept>
 
@@ -87,6 +89,8 @@ CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeT
 
 CProviderMachine::~CProviderMachine()
 {
+    if (testing::Test::HasFailure() || std::uncaught_exceptions() > 0)
+        ShowTrace();
     // That they end by themselves is a test of its own; waiting for it here would cost each machine ten
     // seconds.
     try
@@ -100,6 +104,15 @@ CProviderMachine::~CProviderMachine()
     }
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
     RemoveFolder(m_folder);
+}
+
+// The last lines of the last provider's trace: the reason of a failure is often there, and the file goes.
+void CProviderMachine::ShowTrace() const
+{
+    constexpr size_t kMost = 4000;
+    const std::string trace = ReadFileBytes(L"ZebDiagDbg.log");
+    std::cout << "The end of the provider's trace:\n"
+              << trace.substr(trace.size() > kMost ? trace.size() - kMost : 0) << "\n";
 }
 
 void CProviderMachine::ForgetValues() const

@@ -50,6 +50,8 @@ class CProviderMachine
     bool WaitUntilAllEnded() const;
 
   private:
+    void ShowTrace() const;
+
     const Agent m_agent;
     const std::wstring m_folder;
 };
