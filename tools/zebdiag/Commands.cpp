@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Owned.h"
 #include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/doctor/Places.h"
 
 namespace zebdiag
 {
@@ -23,9 +24,16 @@ std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session)
         return std::nullopt;
     DWORD seconds = 0;
     DWORD size = sizeof seconds;
-    const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Veltrane\\Halvern\\ZEB\\ZebDiag",
-                                        L"TimeoutSndRsp", RRF_RT_REG_DWORD, nullptr, &seconds, &size);
+    const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, kZebDiagKey, L"TimeoutSndRsp", RRF_RT_REG_DWORD,
+                                        nullptr, &seconds, &size);
     return status == ERROR_SUCCESS ? seconds : kDefaultRunSeconds;
+}
+
+bool StoreRefusesCaller(const CWmiSession& session, const IMachine& machine)
+{
+    const std::wstring store = DataFolder(machine) + L"ZebDiag.bin";
+    return session.Target().IsLocal() && machine.Look(store) == FileState::There &&
+           machine.MayWrite(FolderOf(store), L"") == Right::No;
 }
 
 CInventory CCommandContext::Inventory() const

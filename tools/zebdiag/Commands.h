@@ -8,6 +8,7 @@
 #include "tools/zebdiag/NameMatch.h"
 #include "tools/zebdiag/ServingProcess.h"
 #include "tools/zebdiag/TestRun.h"
+#include "tools/zebdiag/doctor/Machine.h"
 
 #include <functional>
 #include <optional>
@@ -19,12 +20,18 @@ namespace zebdiag
 // another one.
 std::optional<unsigned> ConfiguredRunSeconds(const CWmiSession& session);
 
+// True if the provider, which changes its store with the caller's rights, cannot remove a result from it.
+// Only this computer can be looked at; on others nothing is known to be refused.
+bool StoreRefusesCaller(const CWmiSession& session, const IMachine& machine = ThisMachine());
+
 // What the commands learn about the machine besides what the namespace says.
 struct CSurroundings
 {
     std::function<AdapterNames(const CWmiSession&)> Names = FindAdapterNames;
     std::function<std::vector<unsigned long>(const CWmiSession&)> ServingProcesses = FindServingProcesses;
     std::function<std::optional<unsigned>(const CWmiSession&)> FullRunSeconds = ConfiguredRunSeconds;
+    std::function<bool(const CWmiSession&)> StoreRefuses = [](const CWmiSession& session)
+    { return StoreRefusesCaller(session); };
 };
 
 struct CCommandContext

@@ -1,42 +1,21 @@
 // The commands that show and delete results.
 #include "tools/zebdiag/Commands.h"
-
-#include "Common/src/com/WmiStatus.h"
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/ObjectPath.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace zebdiag
 {
 namespace
 {
 constexpr wchar_t kStoredCopyStays[] =
-    L"The result is gone from the provider's memory, but its stored copy could not be removed: you may not "
-    L"change the provider's data folder. The result is back when the provider starts next. An administrator, "
-    L"or "
-    L"anyone else who may change files in that folder, can then remove it with \"zebdiag clear\".";
+    L"The result is gone from the provider's memory, but a stored copy of it stays: you may not change the "
+    L"provider's data folder. It is back when the provider starts next. An administrator, or anyone else who "
+    L"may change files in that folder, can then remove it with \"zebdiag clear\".";
 
-// A refusal that came after the result had gone from the provider's memory can only be the store's.
-bool StoreRefused(const CCommandContext& context, const CTest& test, const CFailure& failure)
-{
-    constexpr HRESULT kRefusals[] = {E_ACCESSDENIED, STG_E_ACCESSDENIED, wmi::AccessDenied};
-    if (std::ranges::find(kRefusals, failure.Status) == std::end(kRefusals))
-        return false;
-    try
-    {
-        return !LoadResult(context.Session, test);
-    }
-    catch (const CFailure&)
-    {
-        return false;
-    }
-}
-
-// The provider's answer does not say whether a result went, so it is looked for.
+// The provider's answer does not say whether a result went, so it is looked for. Nor does it say that the
+// store refused the caller.
 CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory, const CTestChoice& choice)
 {
     const CTest& test = *choice.Test;
@@ -46,7 +25,11 @@ CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory
         context.Session.Call(test.Path, kTestClass, L"ClearResults",
                              {{L"SystemElement", AdapterPath(test.AdapterKey, inventory.Computer)}});
         if (!LoadResult(context.Session, test))
+        {
+            if (context.Surroundings.StoreRefuses(context.Session))
+                effect = {choice, ExitCode::CouldNotRun, kStoredCopyStays};
             return effect;
+        }
         const std::optional<CTest> now = LoadTest(context.Session, test);
         effect.Code = now && now->InUse ? ExitCode::Busy : ExitCode::CouldNotRun;
         effect.Message =
@@ -56,9 +39,8 @@ CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory
     }
     catch (const CFailure& failure)
     {
-        const bool kept = StoreRefused(context, test, failure);
-        effect.Code = kept ? ExitCode::CouldNotRun : failure.Code;
-        effect.Message = kept ? kStoredCopyStays : failure.Cause;
+        effect.Code = failure.Code;
+        effect.Message = failure.Cause;
     }
     return effect;
 }

@@ -45,24 +45,4 @@ TEST_F(EndedProvider, ClearedResultsStayGoneInTheNext)
     ASSERT_TRUE(Machine().WaitUntilAllEnded());
     EXPECT_TRUE(AllResults(CWmiClient()).empty());
 }
-
-// A folder in the place of the file that is written first refuses every change of the store, whoever asks.
-TEST_F(EndedProvider, StoreThatRefusesTheClientBringsAClearedResultBack)
-{
-    Zebdiag(L"run --adapter ALPHA --test 1");
-    ASSERT_TRUE(Machine().WaitUntilAllEnded());
-    const std::wstring obstacle = Machine().Folder() + L"ZebDiag.bin.new";
-    ASSERT_TRUE(CreateDirectoryW(obstacle.c_str(), nullptr));
-    const nlohmann::json cleared = ZebdiagJson(L"clear --adapter ALPHA --test 1", 3);
-    EXPECT_EQ("none", StateOf(ZebdiagJson(L"results"), "1@ALPHA"));
-    const bool ended = Machine().WaitUntilAllEnded();
-    ASSERT_TRUE(RemoveDirectoryW(obstacle.c_str()));
-    ASSERT_TRUE(ended);
-
-    ASSERT_EQ(1u, cleared.at("tests").size());
-    const std::string message = cleared.at("tests")[0].at("message");
-    EXPECT_TRUE(message.starts_with("The result is gone from the provider's memory, but its stored copy"))
-        << message;
-    EXPECT_EQ("passed", StateOf(ZebdiagJson(L"results"), "1@ALPHA"));
-}
 } // namespace

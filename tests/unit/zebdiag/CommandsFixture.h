@@ -35,6 +35,8 @@ class CommandsTest : public testing::Test
         { return std::vector<unsigned long>{312}; };
         m_seams.Surroundings.FullRunSeconds = [this](const CWmiSession&) { return m_fullRunSeconds; };
 
+        m_seams.Surroundings.StoreRefuses = [](const CWmiSession&) { return false; };
+
         m_world->Add(L"1@{AAAA}", L"Link");
         m_world->Add(L"1@{BBBB}", L"Link");
         m_world->Add(L"2@{BBBB}", L"Speed");

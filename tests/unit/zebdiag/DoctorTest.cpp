@@ -557,6 +557,24 @@ TEST_F(DoctorTest, AgentOfAnotherMakerHasVersionsOfItsOwn)
     EXPECT_EQ(FindingOf("agent"), "D:\\maker\\agent.dll, the adapter agent");
 }
 
+TEST(StoreRefusesCallerTest, IsToldByTheFolderOfThisComputersStore)
+{
+    const CWmiSession here(MakeCom<CFakeDiagnostics>(), CTarget());
+    CFakeMachine machine;
+    machine.Files[std::wstring(kFakeData) + L"ZebDiag.bin"] = L"";
+    EXPECT_FALSE(StoreRefusesCaller(here, machine)) << "who may write";
+    machine.Writers[L""] = Right::NotTold;
+    EXPECT_FALSE(StoreRefusesCaller(here, machine)) << "not known";
+    machine.Writers[L""] = Right::No;
+    EXPECT_TRUE(StoreRefusesCaller(here, machine));
+
+    CTarget elsewhere;
+    elsewhere.Computer = L"another-computer";
+    EXPECT_FALSE(StoreRefusesCaller(CWmiSession(MakeCom<CFakeDiagnostics>(), elsewhere), machine));
+    machine.Files.erase(std::wstring(kFakeData) + L"ZebDiag.bin");
+    EXPECT_FALSE(StoreRefusesCaller(here, machine)) << "nothing is stored";
+}
+
 struct KindCase
 {
     const char* name;

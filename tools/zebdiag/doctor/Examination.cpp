@@ -60,6 +60,11 @@ std::wstring AppIdKey(const wchar_t* id)
     return std::wstring(L"SOFTWARE\\Classes\\AppID\\") + id;
 }
 
+std::wstring DataFolder(const IMachine& machine)
+{
+    return machine.Text(kZebDiagKey, L"InstalledDir").value_or(L"C:\\Program Files\\Veltrane\\ZEB\\");
+}
+
 std::wstring FolderOf(const std::wstring& path)
 {
     return path.substr(0, path.find_last_of(L"\\/") + 1);

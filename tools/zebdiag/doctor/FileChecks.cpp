@@ -129,9 +129,7 @@ CFinding CheckDataFolder(CExamination& exam)
 {
     if (!exam.Machine)
         return OnlyThere(exam);
-    CFinding finding = JudgeFolder(
-        exam,
-        exam.Machine->Text(kZebDiagKey, L"InstalledDir").value_or(L"C:\\Program Files\\Veltrane\\ZEB\\"));
+    CFinding finding = JudgeFolder(exam, DataFolder(*exam.Machine));
     if (finding.State == PointState::Good)
         finding.Text += exam.Machine->Number(kZebDiagKey, L"StoreAfterRun").value_or(0) == 1
                             ? L" Results are stored after each run."

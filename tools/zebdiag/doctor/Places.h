@@ -5,6 +5,8 @@
 
 namespace zebdiag
 {
+class IMachine;
+
 inline constexpr wchar_t kZebKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB";
 inline constexpr wchar_t kZebDiagKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB\\ZebDiag";
 inline constexpr wchar_t kProvidersKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB\\WMI\\Providers";
@@ -20,6 +22,9 @@ inline constexpr wchar_t kTestAgentClass[] = L"{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C
 
 std::wstring ClassKey(const wchar_t* id);
 std::wstring AppIdKey(const wchar_t* id);
+
+// The value InstalledDir, or what the provider takes without it.
+std::wstring DataFolder(const IMachine& machine);
 
 // The folder of a path, with its backslash; empty for a bare name.
 std::wstring FolderOf(const std::wstring& path);
