@@ -51,6 +51,24 @@ TEST_F(Served, TwoClientsAtOnceByOneProcess)
     EXPECT_EQ(1u, ProcessesOf(L"Drevok.EXE").size());
 }
 
+// A provider without anything to serve refuses to start; the client says what to look at.
+void ExpectNothingToList()
+{
+    const CRunResult list = Zebdiag(L"list");
+    EXPECT_EQ(6u, list.ExitCode) << list.Output;
+    EXPECT_NE(std::string::npos, list.Output.find("The diagnostics provider could not be started on "))
+        << list.Output;
+    EXPECT_NE(std::string::npos, list.Output.find("check that the computer has a wired adapter"))
+        << list.Output;
+}
+
+TEST(List, WithoutAdaptersTheClientIsToldWhatToLookAt)
+{
+    const CProviderMachine machine;
+    SetAdapters(machine, "[]");
+    ExpectNothingToList();
+}
+
 TEST(List, ProxyAgentIsReachedAcrossProcesses)
 {
     const CProviderMachine machine(CProviderMachine::Agent::Proxy);
@@ -74,8 +92,7 @@ TEST(List, RealAgentListsTheWiredAdaptersOfThisMachine)
     const CProviderMachine machine(CProviderMachine::Agent::Real);
     if (adapters.Count() == 0)
     {
-        // Nothing to serve: the provider refuses to start, and the client says what to look at.
-        EXPECT_NE(0u, Zebdiag(L"list").ExitCode);
+        ExpectNothingToList();
         return;
     }
     const nlohmann::json list = ZebdiagJson(L"list");
