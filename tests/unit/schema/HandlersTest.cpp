@@ -90,7 +90,11 @@ TEST_F(HandlersTest, WriteWhatTheListSays)
     {
         const std::string name = NarrowText(std::wstring(row.className) + L"." + row.property);
         const auto written = m_written.find(name);
-        ASSERT_NE(m_written.end(), written) << name << " is listed, and not written";
+        if (written == m_written.end())
+        {
+            ADD_FAILURE() << name << " is listed, and not written";
+            continue;
+        }
         for (const VARTYPE type : written->second)
             EXPECT_EQ(Sample(row.kind).vt, type) << name;
         m_written.erase(written);
