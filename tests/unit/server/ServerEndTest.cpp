@@ -165,13 +165,13 @@ TEST_F(ServerEndTest, WhileAProviderStillStoresTheProcessIsEndedAsItStands)
         ending = std::thread([last = provider.Detach()] { last->Release(); });
     };
     const std::vector<std::string> log = Run();
+    turn.reset();
+    ending.join();
     const auto at = std::find(log.begin(), log.end(), "terminate 0");
     ASSERT_NE(at, log.end());
     EXPECT_EQ(*(at - 1), "sleep 50");
     EXPECT_EQ(std::vector<std::string>(at + 1, log.end()), (std::vector<std::string>{"end module"}))
         << "nothing is taken away before";
-    turn.reset();
-    ending.join();
 }
 // A run that goes on without its manager, say.
 TEST_F(ServerEndTest, WhileTheAgentIsInUseTheProcessIsEndedAsItStands)
