@@ -184,14 +184,19 @@ CResultsStore::Owner CResultsStore::ReadOwner()
     std::wstring version;
     const StreamRead adapterRead = ReadStreamText(*m_sub.Get(), StreamName(L"ag").c_str(), adapterKey);
     const StreamRead versionRead = ReadStreamText(*m_sub.Get(), StreamName(L"vg").c_str(), version);
+    if (versionRead == StreamRead::Refused)
+        return Illegible(L"vg");
     if (versionRead == StreamRead::Damaged || version != kVersion)
         return Owner::OtherVersion;
-    if (adapterRead == StreamRead::Damaged)
-    {
-        Damaged(StreamName(L"ag"));
-        return Owner::Illegible;
-    }
+    if (adapterRead == StreamRead::Refused || adapterRead == StreamRead::Damaged)
+        return Illegible(L"ag");
     return adapterKey == m_adapterKey ? Owner::ThisAdapter : Owner::OtherAdapter;
+}
+
+CResultsStore::Owner CResultsStore::Illegible(const wchar_t* prefix)
+{
+    Damaged(StreamName(prefix));
+    return Owner::Illegible;
 }
 
 HRESULT CResultsStore::ReadValues(CResultData& data)
@@ -202,7 +207,7 @@ HRESULT CResultsStore::ReadValues(CResultData& data)
         const std::wstring stream = StreamName(field.Prefix);
         std::wstring text;
         const StreamRead read = ReadStreamText(*m_sub.Get(), stream.c_str(), text);
-        if (read == StreamRead::Damaged || (read == StreamRead::Done && !field.Take(text, data)))
+        if (read != StreamRead::Missing && (read != StreamRead::Done || !field.Take(text, data)))
             return Damaged(stream);
     }
     // A result that names another test would be listed under a key by which it cannot be asked for.
@@ -219,7 +224,7 @@ HRESULT CResultsStore::ReadMessages(CResultData& data)
     if (read == StreamRead::Missing)
         return S_OK;
     ULONG count = 0;
-    if (read == StreamRead::Damaged || !TakeNumber(text, count) || count > kMostMessages)
+    if (read != StreamRead::Done || !TakeNumber(text, count) || count > kMostMessages)
         return Damaged(stream);
     for (ULONG i = 0; i < count; ++i)
     {

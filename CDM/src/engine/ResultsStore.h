@@ -52,6 +52,7 @@ class CResultsStore
     HRESULT Load(CDiagResult& result, bool& stale);
     HRESULT OpenResult();
     Owner ReadOwner();
+    Owner Illegible(const wchar_t* prefix);
     void RemoveStale();
     HRESULT ReadValues(CResultData& data);
     HRESULT ReadMessages(CResultData& data);

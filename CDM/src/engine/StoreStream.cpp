@@ -10,10 +10,10 @@ namespace
 constexpr ULONG kFirstRead = 512;    // more than almost every value takes
 constexpr ULONG kMost = 1024 * 1024; // no value that is stored takes as much
 
-ULONG ReadUpTo(IStream& stream, void* to, ULONG size)
+bool ReadUpTo(IStream& stream, void* to, ULONG size, ULONG& read)
 {
-    ULONG read = 0;
-    return SUCCEEDED(stream.Read(to, size, &read)) ? read : 0;
+    read = 0;
+    return SUCCEEDED(stream.Read(to, size, &read));
 }
 
 // Whether the stream has as many bytes as its count promises.
@@ -49,10 +49,12 @@ StreamRead ReadStreamText(IStorage& storage, const wchar_t* name, std::wstring& 
     if (FAILED(hr))
     {
         ZebDebug().Write("CResultsStore::Get Exception:OpenStream");
-        return hr == STG_E_FILENOTFOUND ? StreamRead::Missing : StreamRead::Damaged;
+        return hr == STG_E_FILENOTFOUND ? StreamRead::Missing : StreamRead::Refused;
     }
     std::string bytes(kFirstRead, '\0');
-    ULONG have = ReadUpTo(*stream.Get(), bytes.data(), kFirstRead);
+    ULONG have = 0;
+    if (!ReadUpTo(*stream.Get(), bytes.data(), kFirstRead, have))
+        return StreamRead::Refused;
     ULONG count = 0;
     if (have < sizeof(count))
         return StreamRead::Damaged;
@@ -67,7 +69,10 @@ StreamRead ReadStreamText(IStorage& storage, const wchar_t* name, std::wstring& 
             return StreamRead::Damaged;
         bytes.resize(size);
         const ULONG rest = size - have;
-        if (ReadUpTo(*stream.Get(), bytes.data() + have, rest) != rest)
+        ULONG more = 0;
+        if (!ReadUpTo(*stream.Get(), bytes.data() + have, rest, more))
+            return StreamRead::Refused;
+        if (more != rest)
             return StreamRead::Damaged;
     }
     text.resize(count / sizeof(wchar_t));

@@ -13,7 +13,8 @@ enum class StreamRead
 {
     Done,
     Missing, // traced
-    Damaged  // cannot be opened although it is there, which is traced, or its content is not such a text
+    Refused, // it is there and cannot be opened, which is traced, or not be read
+    Damaged  // its content is not such a text
 };
 
 // Missing leaves `text` as it is. Never reads more than the stream has, whatever its count says. Throws

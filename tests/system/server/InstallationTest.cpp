@@ -58,6 +58,7 @@ class Installation : public testing::Test
         EXPECT_EQ(0u, RunProgram(Program(L"Drevok.EXE") + L" /RegServer").ExitCode);
         EXPECT_EQ(0u, RunProgram(L"regsvr32.exe /s " + Program(L"VorlUnderWine.dll")).ExitCode);
         m_mofFiles.PutBack();
+        KillServers({L"WmiStandin.exe", L"Drevok.EXE"}); // they hold files there
         std::filesystem::remove_all(m_machine.Folder() + L"data");
     }
 

@@ -204,7 +204,6 @@ TEST_F(StoreFaultTest, ARefusedCallOfALoadGivesNoHalfResult)
     const size_t calls = fault.Calls().size();
     for (size_t n = 1; n <= calls; ++n)
     {
-        Rewrite(initial);
         const long liveBefore = g_liveComObjects;
         loaded = EmptyResult();
         fault.FailCall(static_cast<int>(n), STG_E_READFAULT);
@@ -212,10 +211,8 @@ TEST_F(StoreFaultTest, ARefusedCallOfALoadGivesNoHalfResult)
         EXPECT_TRUE(fault.Failed()) << n;
         EXPECT_EQ(liveBefore, g_liveComObjects) << n;
         ExpectSame(EmptyResult()->Data(), loaded->Data());
-        // The version is the second value that is read. A file that does not tell it is of another one.
-        const bool version = Streams(fault.Calls(), n, "OpenStream") == 2;
-        EXPECT_EQ(version ? std::string() : initial, FileBytes()) << n;
     }
+    EXPECT_EQ(initial, FileBytes());
 }
 
 TEST_F(StoreFaultTest, OneSessionOpensTheFileOnce)

@@ -144,7 +144,7 @@ TEST_F(Repository, ClassesAndInstancesCanBeRemoved)
     EXPECT_FALSE(Class(L"FloorLamp"));
     EXPECT_TRUE(Class(L"Lamp"));
     EXPECT_TRUE(m_repository.Instances(kCimv2, L"Lamp", false).empty());
-    EXPECT_EQ(Refusal("#pragma deleteclass(\"FloorLamp\", FAIL)"), "(1,21): there is no FloorLamp");
+    EXPECT_EQ(Refusal("#pragma deleteclass(\"FloorLamp\", FAIL)"), "(1,21): there is no \"FloorLamp\"");
 }
 
 // Whatever zebdiag.mof adds, zebdiag-remove.mof removes.
