@@ -26,7 +26,6 @@ if not exist "%DATA%\" goto failed
 icacls "%DATA%" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F *S-1-5-19:(OI)(CI)M *S-1-5-32-545:(OI)(CI)RX >nul
 if not %errorlevel% == 0 goto failed
 
-rem Registering makes the AppID's key anew, so the account comes after it.
 set "WHAT=Drevok.EXE cannot be registered"
 echo Provider
 start "" /wait "%HERE%Drevok.EXE" /RegServer

@@ -1,5 +1,6 @@
 // install.cmd and remove.cmd as an administrator runs them, and what they leave.
 #include "Common/src/com/Owned.h"
+#include "Common/src/com/Text.h"
 #include "tests/system/standin/SavedSetting.h"
 #include "tests/system/support/Process.h"
 #include "tests/system/support/ProviderMachine.h"
@@ -55,7 +56,9 @@ class Installation : public testing::Test
     }
     ~Installation() override
     {
-        EXPECT_EQ(0u, RunProgram(Program(L"Drevok.EXE") + L" /RegServer").ExitCode);
+        // Unregistering first, because the account stays with the registration.
+        for (const wchar_t* option : {L" /UnregServer", L" /RegServer"})
+            EXPECT_EQ(0u, RunProgram(Program(L"Drevok.EXE") + option).ExitCode) << NarrowText(option);
         EXPECT_EQ(0u, RunProgram(L"regsvr32.exe /s " + Program(L"VorlUnderWine.dll")).ExitCode);
         m_mofFiles.PutBack();
         KillServers({L"WmiStandin.exe", L"Drevok.EXE"}); // they hold files there
