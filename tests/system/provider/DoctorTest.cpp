@@ -79,6 +79,9 @@ class CUnregisteredTestAgent
 
 TEST_F(Served, DoctorFindsNoFaultInAGoodInstallation)
 {
+    // A test of the installation that was ended before its time may have left one.
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE,
+                       L"SOFTWARE\\Classes\\AppID\\{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E21}", L"RunAs");
     const nlohmann::json document = ZebdiagJson(L"doctor");
     EXPECT_EQ(Names{}, PointsThatAre(document, "wrong")) << document.dump(1);
     // A development machine has no account for the provider.
