@@ -51,12 +51,14 @@ class CFaultStorage final : public CComObject<IStorage>
 
     STDMETHODIMP CreateStream(const OLECHAR* name, DWORD mode, DWORD r1, DWORD r2, IStream** out) override
     {
+        m_plan.NoteStream(name);
         return With<CFaultStream>("CreateStream", out,
                                   [&](IStream** inner)
                                   { return m_inner->CreateStream(name, mode, r1, r2, inner); });
     }
     STDMETHODIMP OpenStream(const OLECHAR* name, void* r1, DWORD mode, DWORD r2, IStream** out) override
     {
+        m_plan.NoteStream(name);
         return With<CFaultStream>("OpenStream", out,
                                   [&](IStream** inner)
                                   { return m_inner->OpenStream(name, r1, mode, r2, inner); });
@@ -124,6 +126,7 @@ class CFaultStorage final : public CComObject<IStorage>
 void CFaultStore::FailCall(int n, HRESULT code, bool onwards)
 {
     m_calls.clear();
+    m_streams.clear();
     m_named.clear();
     m_failIn = n;
     m_code = code;

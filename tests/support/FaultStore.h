@@ -20,6 +20,8 @@ class CFaultStore : public IStoreFiles
     // The calls since the last FailCall or FailNamed, by name.
     const std::vector<std::string>& Calls() const { return m_calls; }
     bool Failed() const { return m_failed; }
+    // The names of the streams that were asked for since then, in their order.
+    const std::vector<std::wstring>& Streams() const { return m_streams; }
     // Called before every call is carried out or failed.
     void OnCall(std::function<void()> action) { m_onCall = std::move(action); }
 
@@ -33,10 +35,12 @@ class CFaultStore : public IStoreFiles
 
     // For the wrapped storages and streams: S_OK lets the call pass.
     HRESULT Next(const char* name);
+    void NoteStream(const wchar_t* name) { m_streams.emplace_back(name); }
 
   private:
     const std::unique_ptr<IStoreFiles> m_files = MakePlatformStoreFiles(0);
     std::vector<std::string> m_calls;
+    std::vector<std::wstring> m_streams;
     int m_failIn = 0;
     HRESULT m_code = S_OK;
     bool m_onwards = false;

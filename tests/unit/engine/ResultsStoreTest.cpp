@@ -63,7 +63,7 @@ TEST_F(ResultsStoreTest, StreamsHoldTheDescribedTexts)
     } kStreams[] = {
         {L"ntA@0", L"21"},      {L"agA@0", L"K1"},
         {L"rseA@0", L"TRUE"},   {L"rsmA@0", L"FALSE"},
-        {L"qmA@0", L"FALSE"},   {L"hoeA@0", L"TRUE"},
+        {L"qmA@0", L"TRUE"},    {L"hoeA@0", L"TRUE"},
         {L"twlA@0", L"65535"},  {L"ptcA@0", L"255"},
         {L"kA@0", L"A@K1"},     {L"dccnA@0", L"Tolva_DiagTest"},
         {L"eidA@0", L"K1"},     {L"etopA@0", L"12"},

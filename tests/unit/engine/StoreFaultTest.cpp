@@ -5,6 +5,7 @@
 #include "tests/unit/engine/StoreFixture.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace
 {
@@ -213,6 +214,52 @@ TEST_F(StoreFaultTest, ARefusedCallOfALoadGivesNoHalfResult)
         ExpectSame(EmptyResult()->Data(), loaded->Data());
     }
     EXPECT_EQ(initial, FileBytes());
+}
+
+TEST_F(StoreFaultTest, StreamsAreWrittenAndReadInTheirOrder)
+{
+    const std::vector<std::wstring> values = {L"rse", L"rsm",  L"qm",  L"hoe",  L"twl",    L"ptc",
+                                              L"k",   L"dccn", L"eid", L"etop", L"ip",     L"osdrid",
+                                              L"tct", L"tst",  L"ts",  L"pc",   L"tstate", L"nrid"};
+    const auto names = [&](std::vector<std::wstring> first, const std::vector<std::wstring>& last)
+    {
+        first.insert(first.end(), values.begin(), values.end());
+        for (std::wstring& name : first)
+            name += L"A@0";
+        first.insert(first.end(), last.begin(), last.end());
+        return first;
+    };
+    const std::vector<std::wstring> messages = {L"tidbA@00", L"tmbA@00",  L"tidbA@01",
+                                                L"tmbA@01",  L"tidbA@02", L"tmbA@02"};
+    fault.FailCall(0, S_OK);
+    ASSERT_EQ(S_OK, Store(*SomeResult()));
+    std::vector<std::wstring> written = messages;
+    written.push_back(L"tmcA@0");
+    EXPECT_EQ(names({L"vg", L"nt", L"ag"}, written), fault.Streams());
+
+    fault.FailCall(0, S_OK);
+    ASSERT_EQ(S_OK, Load(*EmptyResult()));
+    std::vector<std::wstring> read = messages;
+    read.insert(read.begin(), L"tmcA@0");
+    EXPECT_EQ(names({L"ag", L"vg"}, read), fault.Streams());
+}
+
+// The trace names the lock that is taken.
+TEST_F(StoreFaultTest, StoringAndLoadingTakeTheSameLock)
+{
+    const auto lockOf = [&](const char* operation, const std::function<HRESULT()>& perform)
+    {
+        const CTraceCapture own;
+        EXPECT_EQ(S_OK, perform());
+        const std::string text = own.Text();
+        const size_t begin = text.find(std::string("{ --> CResultsStore::") + operation);
+        const size_t lock = text.find("Locking ", begin);
+        EXPECT_NE(text.npos, lock) << operation;
+        return lock == text.npos ? operation : text.substr(lock, text.find_first_of("\r\n", lock) - lock);
+    };
+    fault.FailCall(0, S_OK);
+    const std::string storing = lockOf("StoreResult", [&] { return Store(*SomeResult()); });
+    EXPECT_EQ(storing, lockOf("LoadResult", [&] { return Load(*EmptyResult()); }));
 }
 
 TEST_F(StoreFaultTest, OneSessionOpensTheFileOnce)

@@ -29,7 +29,7 @@ class CStoreTest : public testing::Test
         setting.ReportSoftErrors = 1;
         setting.ReportStatusMessages = 0;
         setting.PercentOfTestCoverage = 255;
-        setting.QuickMode = 0;
+        setting.QuickMode = 1;
         setting.HaltOnError = 1;
         result->SetSettingValues(setting);
         CResultData data = result->Data();
