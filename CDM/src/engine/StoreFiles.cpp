@@ -60,12 +60,7 @@ class CPlatformStoreFiles : public IStoreFiles
     {
         const std::wstring fresh = FreshPath(path);
         const HRESULT hr = WriteWhole(fresh.c_str(), bytes);
-        if (FAILED(hr))
-        {
-            DeleteFileW(fresh.c_str());
-            return hr;
-        }
-        return PutInPlace(fresh, path, m_patience);
+        return SUCCEEDED(hr) ? PutInPlace(fresh, path, m_patience) : hr;
     }
 
     HRESULT Delete(const wchar_t* path) override
@@ -152,17 +147,29 @@ class CPlatformStoreFiles : public IStoreFiles
         return IsSoundCompoundFile(bytes) ? S_OK : STG_E_DOCFILECORRUPT;
     }
 
-    static HRESULT WriteWhole(const wchar_t* path, const std::string& bytes)
+    // A new file that is held may be the newest whole one: only what was begun here is removed.
+    HRESULT WriteWhole(const wchar_t* path, const std::string& bytes) const
     {
-        const CFileHandle file(
-            CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (!file)
+        CFileHandle file;
+        if (!Patiently(m_patience,
+                       [&]
+                       {
+                           file.Reset(CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+                           return static_cast<bool>(file);
+                       }))
             return LastFailure();
         DWORD written = 0;
+        HRESULT hr = S_OK;
         if (!WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
             !FlushFileBuffers(file.Get()))
-            return LastFailure();
-        return written == bytes.size() ? S_OK : STG_E_MEDIUMFULL;
+            hr = LastFailure();
+        else if (written != bytes.size())
+            hr = STG_E_MEDIUMFULL;
+        file.Reset();
+        if (FAILED(hr))
+            DeleteFileW(path);
+        return hr;
     }
 
     static HRESULT PutInPlace(const std::wstring& fresh, const wchar_t* path, DWORD patience)
