@@ -267,6 +267,20 @@ TEST_F(StoreFilesTest, AFileThatIsHeldIsNotReplaced)
     EXPECT_EQ(OtherBytes(), BytesOf(m_fresh));
 }
 
+// It may be the newest whole one.
+TEST_F(StoreFilesTest, ANewFileThatIsHeldIsNotRemoved)
+{
+    MakeFile(m_fresh, m_before);
+    {
+        const CFileHandle held(CreateFileW(m_fresh.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(held);
+        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION), m_files.Write(Path(), OtherBytes()));
+    }
+    EXPECT_EQ(m_before, BytesOf(m_fresh));
+    EXPECT_EQ(m_before, Bytes());
+}
+
 TEST_F(StoreFilesTest, ANewFileWithoutAnOldOneIsTaken)
 {
     std::filesystem::rename(m_path, m_fresh);
