@@ -26,14 +26,13 @@ class CCleanStart : public testing::Environment
             DWORD number = 0;
             DWORD size = sizeof number;
             RegGetValueW(HKEY_LOCAL_MACHINE, kKey, count, RRF_RT_REG_DWORD, nullptr, &number, &size);
-            std::printf("Stand-in: %ls %lu (0x%lx)\n", count, number, number);
+            std::printf("Stand-in: %ls %lu\n", count, number);
         }
     }
 
   private:
     static constexpr wchar_t kKey[] = L"SOFTWARE\\WMI stand-in";
-    static constexpr const wchar_t* kCounts[] = {L"StartsRepeated", L"DeadServersForgotten",
-                                                 L"LastStartFailure"};
+    static constexpr const wchar_t* kCounts[] = {L"StartsRepeated", L"DeadServersForgotten"};
 };
 
 const testing::Environment* const g_cleanStart = testing::AddGlobalTestEnvironment(new CCleanStart);

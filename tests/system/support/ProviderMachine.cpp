@@ -16,6 +16,7 @@ constexpr wchar_t kProductKey[] = L"SOFTWARE\\Veltrane\\Halvern\\ZEB";
 constexpr wchar_t kServiceKey[] = L"SOFTWARE\\WMI stand-in";
 constexpr wchar_t kIdleTime[] = L"IdleMilliseconds";
 constexpr wchar_t kStrict[] = L"Strict";
+constexpr wchar_t kStartFailure[] = L"LastStartFailure";
 constexpr DWORD kUsualIdleTime = 3000; // as scripts/register sets it
 
 // Every process that may serve a client of the provider.
@@ -84,6 +85,8 @@ CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeT
         throw std::runtime_error("a server of an earlier test still runs");
     SetIdleTime(kUsualIdleTime);
     SetStrict(false);
+    // There are tests that make a start fail: what an earlier one caused says nothing about this one.
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kServiceKey, kStartFailure);
     ForgetValues();
 }
 
@@ -113,6 +116,11 @@ void CProviderMachine::ShowTrace() const
     const std::string trace = ReadFileBytes(L"ZebDiagDbg.log");
     std::cout << "The end of the provider's trace:\n"
               << trace.substr(trace.size() > kMost ? trace.size() - kMost : 0) << "\n";
+    DWORD failure = 0;
+    DWORD size = sizeof failure;
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kServiceKey, kStartFailure, RRF_RT_REG_DWORD, nullptr, &failure,
+                     &size) == ERROR_SUCCESS)
+        std::cout << "A provider of this test did not start: 0x" << std::hex << failure << std::dec << "\n";
 }
 
 void CProviderMachine::ForgetValues() const
