@@ -47,5 +47,5 @@ echo ZEB Diagnostics is installed. See what it finds: "%HERE%zebdiag.exe" doctor
 exit /b 0
 
 :failed
-echo ZEB Diagnostics is not installed: %WHAT%. 1>&2
+echo ZEB Diagnostics is not installed: %WHAT% (code %errorlevel%). 1>&2
 exit /b 1

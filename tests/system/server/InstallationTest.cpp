@@ -107,7 +107,7 @@ TEST_F(Installation, ThatFailsSaysAtWhat)
     const CRunResult installed = Run(L"install.cmd");
     EXPECT_EQ(1u, installed.ExitCode) << installed.Output;
     EXPECT_NE(std::string::npos,
-              installed.Output.find("ZEB Diagnostics is not installed: zebdiag.mof cannot be compiled."))
+              installed.Output.find("ZEB Diagnostics is not installed: zebdiag.mof cannot be compiled (code 3)."))
         << installed.Output;
 }
 } // namespace
