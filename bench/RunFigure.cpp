@@ -4,8 +4,8 @@
 #include "bench/Must.h"
 #include "bench/RunRequest.h"
 
-#include "CDM/src/engine/DiagKeys.h"
-#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
+#include "CDM/src/engine/naming/References.h"
 #include "Common/src/com/Variant.h"
 
 namespace

@@ -1,6 +1,6 @@
 #include "bench/ServedProvider.h"
 
-#include "CDM/src/engine/DiagKeys.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 #include "CDM/src/server/ServerIds.h"
 #include "Common/src/com/Text.h"
 #include "bench/BenchAgent.h"

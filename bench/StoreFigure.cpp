@@ -5,10 +5,10 @@
 #include "bench/RunRequest.h"
 #include "bench/StreamCopy.h"
 
-#include "CDM/src/engine/DiagKeys.h"
 #include "CDM/src/engine/DiagMgr.h"
-#include "CDM/src/engine/References.h"
-#include "CDM/src/engine/ResultsStore.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
+#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/results/store/ResultsStore.h"
 #include "Common/src/VormAgentMgr.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"

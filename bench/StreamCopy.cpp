@@ -1,8 +1,8 @@
 #include "bench/StreamCopy.h"
 
-#include "CDM/src/engine/MemoryBytes.h"
-#include "CDM/src/engine/ResultFields.h"
-#include "CDM/src/engine/StoreFiles.h"
+#include "CDM/src/engine/results/store/MemoryBytes.h"
+#include "CDM/src/engine/results/store/ResultFields.h"
+#include "CDM/src/engine/results/store/StoreFiles.h"
 #include "Common/src/com/ComPtr.h"
 #include "bench/Must.h"
 

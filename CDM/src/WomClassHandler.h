@@ -5,7 +5,7 @@
 // Failure is the HRESULT, or an exception that the provider's barrier turns into one.
 #pragma once
 
-#include "CDM/src/engine/ObjectPath.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 #include "Common/src/WomClassObject.h"
 #include "Common/src/WomContext.h"
 #include "Common/src/com/Bstr.h"

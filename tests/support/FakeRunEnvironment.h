@@ -2,7 +2,7 @@
 // that end as the test has written down. Threads are real.
 #pragma once
 
-#include "CDM/src/engine/RunEnvironment.h"
+#include "CDM/src/engine/runs/RunEnvironment.h"
 
 #include <deque>
 #include <functional>

@@ -2,7 +2,7 @@
 // is, fails. Calls on the file, on storages and on streams count alike.
 #pragma once
 
-#include "CDM/src/engine/StoreFiles.h"
+#include "CDM/src/engine/results/store/StoreFiles.h"
 #include "Common/src/com/ComPtr.h"
 
 #include <functional>

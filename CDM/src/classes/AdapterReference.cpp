@@ -2,7 +2,7 @@
 
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/classes/ReadKey.h"
-#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/naming/References.h"
 #include "Common/src/com/WmiStatus.h"
 
 // How many keys a reference to an adapter carries under the full CIM key set.

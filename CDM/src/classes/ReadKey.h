@@ -1,7 +1,7 @@
 // The value of one key of an object path, as a BSTR.
 #pragma once
 
-#include "CDM/src/engine/ObjectPath.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 
 // Whether the form class="value" will do. It names the key of classes that have only one.
 enum class KeyForm

@@ -5,7 +5,7 @@
 #include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineBoundary.h"
-#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/naming/References.h"
 #include "Common/src/com/WmiStatus.h"
 
 namespace

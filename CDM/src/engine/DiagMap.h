@@ -4,10 +4,10 @@
 // until the next change.
 #pragma once
 
-#include "CDM/src/engine/DiagKeys.h"
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/SharedLock.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 #include "Common/src/VormArray.h"
 
 #include <algorithm>

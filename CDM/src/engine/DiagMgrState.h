@@ -2,17 +2,17 @@
 // while the manager goes keeps what it works with.
 #pragma once
 
-#include "CDM/src/engine/ActiveRuns.h"
-#include "CDM/src/engine/AgentCalls.h"
+#include "CDM/src/engine/DiagAgent.h"
 #include "CDM/src/engine/DiagMap.h"
 #include "CDM/src/engine/DiagMgr.h"
-#include "CDM/src/engine/DiagResult.h"
-#include "CDM/src/engine/DiagSetting.h"
-#include "CDM/src/engine/DiagTest.h"
-#include "CDM/src/engine/IndexMap.h"
-#include "CDM/src/engine/ResultLog.h"
-#include "CDM/src/engine/RunEnvironment.h"
-#include "CDM/src/engine/StoreSession.h"
+#include "CDM/src/engine/catalogue/DiagSetting.h"
+#include "CDM/src/engine/catalogue/DiagTest.h"
+#include "CDM/src/engine/catalogue/IndexMap.h"
+#include "CDM/src/engine/results/DiagResult.h"
+#include "CDM/src/engine/results/ResultLog.h"
+#include "CDM/src/engine/results/store/StoreSession.h"
+#include "CDM/src/engine/runs/ActiveRuns.h"
+#include "CDM/src/engine/runs/RunEnvironment.h"
 
 #include <functional>
 

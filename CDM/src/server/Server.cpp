@@ -1,7 +1,7 @@
 #include "CDM/src/server/Server.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/engine/AgentCalls.h"
+#include "CDM/src/engine/DiagAgent.h"
 #include "CDM/src/server/CommandLine.h"
 #include "CDM/src/server/Configuration.h"
 #include "CDM/src/server/RegistrationReport.h"

@@ -1,7 +1,7 @@
 // Everything that clients do, at once and often, against one provider object. Nobody knows who comes first;
 // every answer must be one of those that its operation can have, and the provider must be whole afterwards.
 #include "CDM/src/ZebRegistry.h"
-#include "CDM/src/engine/RunEnvironment.h"
+#include "CDM/src/engine/runs/RunEnvironment.h"
 #include "Common/src/com/Text.h"
 #include "tests/component/provider/ComponentTest.h"
 #include "tests/component/provider/StressAgent.h"

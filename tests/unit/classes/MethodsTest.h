@@ -2,7 +2,7 @@
 // came out.
 #pragma once
 
-#include "CDM/src/classes/DiagTest.h"
+#include "CDM/src/classes/TestHandler.h"
 #include "Common/src/com/Owned.h"
 #include "tests/unit/classes/HandlerTest.h"
 

@@ -1,8 +1,8 @@
 // Every call that building and sending an instance makes fails once, for each of the three classes that serve
 // records: exact code, exact trace line, nothing indicated, nothing left behind.
-#include "CDM/src/classes/DiagResult.h"
-#include "CDM/src/classes/DiagSetting.h"
-#include "CDM/src/classes/DiagTest.h"
+#include "CDM/src/classes/ResultHandler.h"
+#include "CDM/src/classes/SettingHandler.h"
+#include "CDM/src/classes/TestHandler.h"
 #include "Common/src/WomProviderException.h"
 #include "tests/unit/classes/HandlerTest.h"
 

@@ -1,4 +1,4 @@
-#include "CDM/src/engine/ActiveRuns.h"
+#include "CDM/src/engine/runs/ActiveRuns.h"
 #include "Common/src/com/Bstr.h"
 
 #include <gtest/gtest.h>

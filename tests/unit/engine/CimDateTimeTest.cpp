@@ -1,4 +1,4 @@
-#include "CDM/src/engine/CimDateTime.h"
+#include "CDM/src/engine/results/CimDateTime.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/TraceCapture.h"
 

@@ -1,4 +1,4 @@
-#include "CDM/src/engine/StoreSession.h"
+#include "CDM/src/engine/results/store/StoreSession.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/FaultStore.h"
 #include "tests/unit/engine/EngineFixture.h"

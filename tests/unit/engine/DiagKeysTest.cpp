@@ -1,5 +1,5 @@
-#include "CDM/src/engine/DiagKeys.h"
-#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
+#include "CDM/src/engine/naming/References.h"
 #include "tests/support/CaseName.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "CDM/src/engine/DiagResult.h"
-#include "CDM/src/engine/DiagSetting.h"
-#include "CDM/src/engine/DiagTest.h"
 #include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/catalogue/DiagSetting.h"
+#include "CDM/src/engine/catalogue/DiagTest.h"
+#include "CDM/src/engine/results/DiagResult.h"
 #include "tests/support/TraceCapture.h"
 
 #include <gtest/gtest.h>

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "CDM/src/HostPaths.h"
-#include "CDM/src/engine/DiagKeys.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineStatus.h"
-#include "CDM/src/engine/StoreFiles.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
+#include "CDM/src/engine/results/store/StoreFiles.h"
 #include "Common/src/VormAgentMgr.h"
 #include "Common/src/VormArray.h"
 #include "Common/src/com/WmiStatus.h"

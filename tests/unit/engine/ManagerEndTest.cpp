@@ -1,5 +1,5 @@
 // What becomes of runs that are going on when the manager goes, and of requests that come at the same time.
-#include "CDM/src/engine/AgentCalls.h"
+#include "CDM/src/engine/DiagAgent.h"
 #include "tests/unit/engine/EngineFixture.h"
 
 #include <thread>

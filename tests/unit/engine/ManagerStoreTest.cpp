@@ -1,5 +1,5 @@
 // What the manager stores, when, and what becomes of it when the file refuses.
-#include "CDM/src/engine/StoreSession.h"
+#include "CDM/src/engine/results/store/StoreSession.h"
 #include "tests/support/FaultStore.h"
 #include "tests/unit/engine/EngineFixture.h"
 

@@ -1,7 +1,7 @@
-#include "CDM/src/engine/References.h"
+#include "CDM/src/engine/naming/References.h"
 
 #include "CDM/src/ZebHelpers.h"
-#include "CDM/src/engine/ObjectPath.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/TraceCapture.h"
 

@@ -1,6 +1,6 @@
-#include "CDM/src/engine/ResultLog.h"
+#include "CDM/src/engine/results/ResultLog.h"
 
-#include "CDM/src/engine/CimDateTime.h"
+#include "CDM/src/engine/results/CimDateTime.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 

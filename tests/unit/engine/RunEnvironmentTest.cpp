@@ -1,8 +1,8 @@
-#include "CDM/src/engine/RunEnvironment.h"
+#include "CDM/src/engine/runs/RunEnvironment.h"
 
-#include "CDM/src/engine/AgentCalls.h"
-#include "CDM/src/engine/DiagResult.h"
-#include "CDM/src/engine/DiagTest.h"
+#include "CDM/src/engine/DiagAgent.h"
+#include "CDM/src/engine/catalogue/DiagTest.h"
+#include "CDM/src/engine/results/DiagResult.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 

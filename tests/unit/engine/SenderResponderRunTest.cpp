@@ -1,7 +1,7 @@
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 
-#include "CDM/src/engine/SenderResponderRun.h"
+#include "CDM/src/engine/runs/SenderResponderRun.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // What becomes of the result store's file where the system refuses one of the calls that read or replace it.
-#include "CDM/src/engine/StoreFiles.h"
+#include "CDM/src/engine/results/store/StoreFiles.h"
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/Owned.h"
 #include "tests/support/CaseName.h"

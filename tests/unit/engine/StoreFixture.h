@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CDM/src/engine/EngineStatus.h"
-#include "CDM/src/engine/ResultsStore.h"
+#include "CDM/src/engine/results/store/ResultsStore.h"
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/WmiStatus.h"
 #include "tests/support/TempFolder.h"

@@ -1,5 +1,5 @@
 // A time zone that changes while the provider runs counts from the next time that is converted.
-#include "CDM/src/engine/CimDateTime.h"
+#include "CDM/src/engine/results/CimDateTime.h"
 #include "tests/support/ImportHook.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // That the list of what the provider writes is what the handlers write, neither more nor less.
 #include "CDM/src/classes/Associations.h"
-#include "CDM/src/classes/DiagResult.h"
-#include "CDM/src/classes/DiagSetting.h"
-#include "CDM/src/classes/DiagTest.h"
+#include "CDM/src/classes/ResultHandler.h"
+#include "CDM/src/classes/SettingHandler.h"
+#include "CDM/src/classes/TestHandler.h"
 #include "Common/src/WomProviderException.h"
 #include "Common/src/com/Text.h"
 #include "tests/unit/classes/HandlerTest.h"

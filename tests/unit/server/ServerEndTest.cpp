@@ -1,7 +1,7 @@
 // The whole life of a server process in the test's own process, from its entry to its exit code. The system's
 // module functions are played here; nothing waits for as long as it asks to.
-#include "CDM/src/engine/AgentCalls.h"
-#include "CDM/src/engine/StoreSession.h"
+#include "CDM/src/engine/DiagAgent.h"
+#include "CDM/src/engine/results/store/StoreSession.h"
 #include "CDM/src/server/Server.h"
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/com/ComPtr.h"

@@ -1,0 +1,134 @@
+#include "CDM/src/engine/results/store/StoreSession.h"
+
+#include "CDM/src/ZebDebug.h"
+#include "Common/src/com/CriticalSection.h"
+
+#include <algorithm>
+
+namespace
+{
+CCriticalSection& Turn() noexcept
+{
+    static CCriticalSection turn;
+    return turn;
+}
+} // namespace
+
+CStoreSession::CStoreSession(IStoreFiles& files, std::wstring path, Purpose purpose)
+    : m_files(files), m_path(std::move(path)), m_purpose(purpose)
+{
+    if (m_purpose == Purpose::Change)
+        Turn().Enter();
+}
+
+CStoreSession::CStoreSession(const CStoreSession& other, Purpose purpose)
+    : CStoreSession(other.m_files, other.m_path, purpose)
+{
+}
+
+CStoreSession::~CStoreSession()
+{
+    if (m_purpose == Purpose::Change)
+        Turn().Leave();
+}
+
+HRESULT CStoreSession::IsStorageFile()
+{
+    if (!m_isStorage)
+        m_isStorage = m_files.IsStorageFile(m_path.c_str());
+    return *m_isStorage;
+}
+
+HRESULT CStoreSession::ReadFile()
+{
+    m_fromFile = true;
+    std::string bytes;
+    const HRESULT hr = m_files.Read(m_path.c_str(), bytes);
+    if (FAILED(hr))
+        return hr;
+    m_bytes = MakeCom<CMemoryBytes>(std::move(bytes));
+    return m_files.Open(*m_bytes.Get(), m_root.Put());
+}
+
+HRESULT CStoreSession::Open(ComPtr<IStorage>& root)
+{
+    if (!m_root && SUCCEEDED(m_openFailure))
+        m_openFailure = ReadFile();
+    if (SUCCEEDED(m_openFailure))
+        root = m_root;
+    return m_openFailure;
+}
+
+bool CStoreSession::WorksOnFile()
+{
+    ComPtr<IStorage> root;
+    return SUCCEEDED(Open(root)) && m_fromFile;
+}
+
+HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
+{
+    m_bytes = MakeCom<CMemoryBytes>(std::string());
+    m_fromFile = false;
+    HRESULT hr = m_files.Create(*m_bytes.Get(), m_root.Put());
+    if (SUCCEEDED(hr))
+        hr = Keep();
+    if (FAILED(hr))
+        return hr;
+    m_openFailure = S_OK;
+    m_isStorage = S_OK;
+    root = m_root;
+    return S_OK;
+}
+
+HRESULT CStoreSession::Delete()
+{
+    m_root.Reset();
+    m_isStorage.reset();
+    m_openFailure = S_OK;
+    m_kept.reset();
+    return m_files.Delete(m_path.c_str());
+}
+
+HRESULT CStoreSession::Keep()
+{
+    const HRESULT hr = m_root->Commit(STGC_DEFAULT);
+    if (SUCCEEDED(hr))
+        m_kept = m_bytes->Bytes();
+    return hr;
+}
+
+HRESULT CStoreSession::Publish()
+{
+    m_root.Reset();
+    if (!m_kept)
+        return S_OK;
+    const HRESULT hr = m_files.Write(m_path.c_str(), *m_kept);
+    m_kept.reset();
+    return hr;
+}
+
+HRESULT CStoreSession::StartAnew(HRESULT damage)
+{
+    if (!m_fromFile)
+        return S_FALSE;
+    ZebDebug().Write("CResultsStore: the result file is damaged and gives way to a new one, hr = <%x>",
+                     damage);
+    m_files.KeepAside(m_path.c_str());
+    m_root.Reset();
+    ComPtr<IStorage> root;
+    return Create(root);
+}
+
+bool CStoreSession::IsDamage(HRESULT hr) noexcept
+{
+    constexpr HRESULT kOutOfReach[] = {STG_E_FILENOTFOUND,     STG_E_PATHNOTFOUND,  STG_E_ACCESSDENIED,
+                                       STG_E_SHAREVIOLATION,   STG_E_LOCKVIOLATION, STG_E_INUSE,
+                                       STG_E_TOOMANYOPENFILES, STG_E_MEDIUMFULL,    STG_E_INSUFFICIENTMEMORY};
+    constexpr DWORD kUnreadable[] = {ERROR_CRC, ERROR_READ_FAULT, ERROR_SECTOR_NOT_FOUND, ERROR_FILE_CORRUPT,
+                                     ERROR_DISK_CORRUPT};
+    const auto isOne = [](const auto& of, auto what)
+    { return std::find(std::begin(of), std::end(of), what) != std::end(of); };
+    if (HRESULT_FACILITY(hr) == FACILITY_WIN32)
+        return isOne(kUnreadable, static_cast<DWORD>(HRESULT_CODE(hr)));
+    return FAILED(hr) && HRESULT_FACILITY(hr) == FACILITY_STORAGE && !isOne(kOutOfReach, hr);
+}
