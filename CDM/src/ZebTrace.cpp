@@ -34,6 +34,16 @@ class CThreadDepth
 };
 } // namespace
 
+bool Failed(HRESULT hr, const char* text) noexcept
+{
+    if (SUCCEEDED(hr))
+        return false;
+    const DWORD error = GetLastError();
+    ZebDebug().Write(text, hr);
+    SetLastError(error);
+    return true;
+}
+
 CZebTrace::CZebTrace(const char* name) noexcept : m_name(name)
 {
     const CThreadDepth depth;

@@ -2,6 +2,12 @@
 // are indented by four blanks for each traced function that the thread is in.
 #pragma once
 
+#include <windows.h>
+
+// Whether a call has failed, which is traced. `text` is the whole line, with `hr` as its one argument if it
+// takes any. The thread's last error stays as it is.
+bool Failed(HRESULT hr, const char* text) noexcept;
+
 class CZebTrace
 {
   public:

@@ -48,6 +48,24 @@ TEST(FunctionTrace, LeavesTheLastErrorAsItIs)
     EXPECT_EQ(DWORD{ERROR_BUSY}, GetLastError());
 }
 
+TEST(FailedCall, IsTracedAndSaidSo)
+{
+    const CTraceCapture trace;
+    SetLastError(ERROR_DISK_FULL);
+    EXPECT_TRUE(Failed(E_FAIL, "CSome::Run:Other failed, hr = <%x>"));
+    EXPECT_TRUE(Failed(E_FAIL, "CSome::Run failed"));
+    EXPECT_EQ(DWORD{ERROR_DISK_FULL}, GetLastError());
+    EXPECT_EQ((Lines{"CSome::Run:Other failed, hr = <80004005>", "CSome::Run failed"}), trace.Lines());
+}
+
+TEST(FailedCall, LeavesNoLineOfASuccess)
+{
+    const CTraceCapture trace;
+    EXPECT_FALSE(Failed(S_OK, "CSome::Run:Other failed, hr = <%x>"));
+    EXPECT_FALSE(Failed(S_FALSE, "CSome::Run:Other failed, hr = <%x>"));
+    EXPECT_TRUE(trace.Lines().empty());
+}
+
 TEST(FunctionTrace, CountsTheDepthOfEachThreadByItself)
 {
     const CTraceCapture trace;
