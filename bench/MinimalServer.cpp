@@ -5,7 +5,7 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/StubHold.h"
 #include "bench/MinimalServerIds.h"
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 
 #include <objbase.h>
 #include <vector>

@@ -4,7 +4,7 @@
 
 #include "standin/locator/Connection.h"
 #include "standin/locator/SecuredObject.h"
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 
 namespace standin
 {

@@ -9,7 +9,7 @@
 // life, is made to ask as soon as it arrives.
 #pragma once
 
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 
 #include <guiddef.h>
 #include <objidl.h>

@@ -2,7 +2,7 @@
 
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 #include "standin/mof/Repository.h"
 #include "standin/proxy/HeldReference.h"
 

@@ -1,7 +1,7 @@
 // The provider behind the classes of StandinTest.mof. What it does with an instance is told by the key.
 #pragma once
 
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 
 #include <string>
 #include <wbemprov.h>

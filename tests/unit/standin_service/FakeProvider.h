@@ -1,7 +1,7 @@
 // A provider in this process, and a pool that loads it.
 #pragma once
 
-#include "standin/locator/UnsupportedServices.h"
+#include "standin/proxy/UnsupportedServices.h"
 #include "standin/service/ProviderPool.h"
 
 #include <string>
