@@ -14,7 +14,7 @@ class CCallCounts
     // `file` may be empty. Writes the file at once, so that it exists from the start.
     explicit CCallCounts(std::wstring file);
 
-    // The number of one call in each scope, counted from 1; 0 where the call has no such scope.
+    // The number of one call in each scope, counted from 1; 0 if the call has no such scope.
     struct CNumbers
     {
         ULONG InAll = 0;

@@ -1,11 +1,11 @@
 #include "agent/scripted/Script.h"
 
-#include "Common/src/com/Text.h"
 #include "agent/AgentCodes.h"
 #include "agent/scripted/ScriptValue.h"
 
 #include <algorithm>
 #include <iterator>
+#include <nlohmann/json.hpp>
 
 namespace
 {
@@ -43,7 +43,7 @@ CFault ReadFault(const CScriptValue& value)
     return fault;
 }
 
-// `first` and what follows it in the enumeration, save Release, which belongs to no adapter.
+// `first` and what follows it in the enumeration, except Release, which belongs to no adapter.
 CFaults ReadFaults(const CScriptValue& value, Call first)
 {
     CFaults faults;

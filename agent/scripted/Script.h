@@ -6,7 +6,6 @@
 
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +27,7 @@ std::optional<Call> FindCall(std::string_view name) noexcept;
 // What happens instead of, or before, the scripted behaviour of a call.
 struct CFault
 {
-    std::optional<ULONG> OnlyCall; // counted from 1 in the fault's own scope; every call where absent
+    std::optional<ULONG> OnlyCall; // counted from 1 in the fault's own scope; every call if absent
     std::wstring HangUntil;        // name of an event to wait for first; empty: no wait
     bool Throw = false;            // then an exception leaves the call
     std::optional<HRESULT> Result; // or the call ends with this code and does nothing else
@@ -60,17 +59,6 @@ struct CScript
     std::wstring CountsFile; // empty: the calls are not counted in a file
     std::vector<CScriptedAdapter> Adapters;
     CFaults Faults;
-};
-
-// A script that cannot be used: the code that the agent's Initialize fails with, and what exactly is wrong.
-class CScriptError : public std::runtime_error
-{
-  public:
-    CScriptError(HRESULT code, const std::string& details) : std::runtime_error(details), m_code(code) {}
-    HRESULT Code() const noexcept { return m_code; }
-
-  private:
-    HRESULT m_code;
 };
 
 // Reads a script from JSON text (UTF-8, comments allowed). Members that it does not know are errors, so that

@@ -9,12 +9,11 @@ class CScriptPlay
     explicit CScriptPlay(CScript script);
 
     // Counts a call and gives the fault that the script has for it, the most particular first: the test's,
-    // the adapter's, the script's. Null where the call does what it is for. The fault lives as long as the
-    // play.
+    // the adapter's, the script's. Null if the call does what it is for. The fault lives as long as the play.
     const CFault* Enter(Call call, std::wstring_view adapterKey = {}, std::optional<ULONG> testId = {});
 
     const CScript& Script() const noexcept { return m_script; }
-    // Null where the script has no such adapter or test. Keys are compared without case.
+    // Null if the script has no such adapter or test. Keys are compared without case.
     const CScriptedAdapter* FindAdapter(std::wstring_view key) const;
     const CScriptedTest* FindTest(std::wstring_view adapterKey, ULONG testId) const;
 

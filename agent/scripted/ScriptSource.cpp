@@ -3,10 +3,11 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 #include "agent/AgentCodes.h"
+#include "agent/scripted/ScriptValue.h"
 
 namespace
 {
-// Empty where the registry names no file.
+// Empty if the registry names no file.
 std::wstring ScriptFile()
 {
     DWORD size = 0;

@@ -2,11 +2,10 @@
 
 #include "Common/src/com/Text.h"
 #include "agent/AgentCodes.h"
-#include "agent/scripted/Script.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <stdexcept>
+#include <nlohmann/json.hpp>
 
 nlohmann::json ParseScriptText(std::string_view text)
 {

@@ -3,16 +3,27 @@
 
 #include <functional>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <windows.h>
 
-// Throws CScriptError where the text is not JSON.
+// A script that cannot be used: the code that the agent's Initialize fails with, and what exactly is wrong.
+class CScriptError : public std::runtime_error
+{
+  public:
+    CScriptError(HRESULT code, const std::string& details) : std::runtime_error(details), m_code(code) {}
+    HRESULT Code() const noexcept { return m_code; }
+
+  private:
+    HRESULT m_code;
+};
+
+// Throws CScriptError if the text is not JSON.
 nlohmann::json ParseScriptText(std::string_view text);
 
-// A view; the document outlives it. Every member throws CScriptError where the value is not what is asked
-// for.
+// A view; the document outlives it. Every member throws CScriptError if the value is not what is asked for.
 class CScriptValue
 {
   public:
@@ -40,7 +51,7 @@ class CScriptValue
     void ReadMembers(std::initializer_list<CMember> rows) const;
     void ForEachMember(const std::function<void(const std::string&, const CScriptValue&)>& visit) const;
     void ForEachItem(const Visit& visit) const;
-    // The items of a list, or the value itself where it is none.
+    // The items of a list, or the value itself if it is not a list.
     void ForEachItemOrSelf(const Visit& visit) const;
 
     [[noreturn]] void Fail(const std::string& complaint) const;

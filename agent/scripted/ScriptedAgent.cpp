@@ -3,6 +3,7 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComBoundary.h"
 #include "agent/AgentCodes.h"
+#include "agent/scripted/ScriptValue.h"
 #include "agent/server/VormLists.h"
 
 #include <algorithm>

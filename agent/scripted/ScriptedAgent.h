@@ -39,7 +39,7 @@ class CScriptedAgent final : public CComObject<IVormRoot, IVormDiag>
 
   private:
     HRESULT Load();
-    // Runs `body` where the script has no fault for the call.
+    // Runs `body` unless the script has a fault for the call.
     template <class Body>
     HRESULT Perform(Call call, BSTR adapterKey, std::optional<ULONG> testId, Body&& body);
 

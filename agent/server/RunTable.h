@@ -24,7 +24,7 @@ class CRunTable
 
         // Signalled once somebody asked for the run to be stopped.
         HANDLE StopEvent() const noexcept { return m_stop.Get(); }
-        // Waits for the stop request; true where it came within the time.
+        // Waits for the stop request; true if it came within the time.
         bool WaitForStop(DWORD milliseconds) const noexcept
         {
             return WaitForSingleObject(m_stop.Get(), milliseconds) == WAIT_OBJECT_0;
@@ -40,9 +40,9 @@ class CRunTable
         CHandle m_stop;
     };
 
-    // Null where that test already runs on that adapter. Throws std::bad_alloc.
+    // Null if that test already runs on that adapter. Throws std::bad_alloc.
     std::unique_ptr<CRun> Begin(std::wstring_view adapterKey, ULONG testId);
-    // False where that test does not run on that adapter.
+    // False if that test does not run on that adapter.
     bool Stop(std::wstring_view adapterKey, ULONG testId);
 
   private:

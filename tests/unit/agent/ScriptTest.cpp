@@ -2,6 +2,7 @@
 
 #include "agent/AgentCodes.h"
 #include "agent/scripted/ScriptSource.h"
+#include "agent/scripted/ScriptValue.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"

@@ -1,6 +1,6 @@
 #include "agent/host/WiredAdapters.h"
 
-#include "agent/host/WineOnly.h"
+#include "agent/wine/WineOnly.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/agent/machines/Machine.h"
 

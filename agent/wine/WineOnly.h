@@ -1,5 +1,5 @@
-// For development only, and no part of what ships: Wine reports every interface of its host as hardware, so
-// the host is asked what stands behind it.
+// For development only, and not part of what ships: Wine reports every interface of its host as hardware, so
+// this asks the host what stands behind it.
 #pragma once
 
 #include "agent/host/WiredAdapters.h"

@@ -2,8 +2,8 @@
 #include "agent/VorlIds.h"
 #include "agent/host/HostAgent.h"
 #include "agent/host/SystemNetworkFacts.h"
-#include "agent/host/WineOnly.h"
 #include "agent/server/AgentClass.h"
+#include "agent/wine/WineOnly.h"
 
 const CAgentClass& ServedAgent() noexcept
 {

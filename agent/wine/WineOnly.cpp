@@ -1,4 +1,4 @@
-#include "agent/host/WineOnly.h"
+#include "agent/wine/WineOnly.h"
 
 namespace
 {
