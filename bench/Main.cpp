@@ -1,6 +1,6 @@
 // Measures what the provider costs on top of what the platform and the agent cost, as ratios of work done
 // side by side in one run. With letters as arguments, only those figures: Bench.exe a c
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 #include "bench/Figures.h"
 #include "bench/Must.h"
 #include "tests/system/support/Process.h"

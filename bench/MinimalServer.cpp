@@ -3,7 +3,7 @@
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/CriticalSection.h"
 #include "Common/src/com/Owned.h"
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 #include "bench/MinimalServerIds.h"
 #include "standin/proxy/UnsupportedServices.h"
 

@@ -1,7 +1,7 @@
 #include "bench/ServedProvider.h"
 
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/server/ServerIds.h"
+#include "CDM/src/server/ProviderFactory.h"
 #include "Common/src/com/Text.h"
 #include "bench/BenchAgent.h"
 #include "bench/InitSink.h"

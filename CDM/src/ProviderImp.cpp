@@ -2,7 +2,7 @@
 
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
-#include "Common/src/WomProviderException.h"
+#include "Common/src/WomExtendedStatus.h"
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/Text.h"
 
@@ -38,11 +38,10 @@ struct CAnswer
 
 namespace
 {
-// The two texts that name the router are known so to support and to clients.
 constexpr CRequestTexts kGetObject = {
     "CProviderImp::GetObjectAsync",       L"GetObjectAsync",
-    "CProviderImp::GetObjectAsync catch", "CWomClassRouter::GetObjectAsync unhandled exception",
-    L"CWomClassRouter::GetObjectAsync",   361};
+    "CProviderImp::GetObjectAsync catch", "CWomClassRouter::GetObjectAsync unhandled exception", // sic
+    L"CWomClassRouter::GetObjectAsync",   361};                                                  // sic
 constexpr CRequestTexts kExecMethod = {
     "CProviderImp::ExecMethodAsync",       L"ExecMethodAsync",
     "CProviderImp::ExecMethodAsync catch", "CProviderImp::ExecMethodAsync unhandled exception",
@@ -58,7 +57,7 @@ constexpr CRequestTexts kPutInstance = {
     "CProviderImp::PutInstanceAsync catch", "CProviderImp::PutInstanceAsync unhandled exception",
     L"CProviderImp::PutInstanceAsync",      738};
 
-// What the extended status of an exception that nobody expected reports as its StatusCode.
+// The StatusCode that the extended status of an unexpected exception reports.
 constexpr HRESULT kUnhandledException = static_cast<HRESULT>(0x8004091A);
 
 std::string Narrow(const BSTR text)
@@ -105,7 +104,7 @@ HRESULT CProviderImp::Serve(const CRequestTexts& texts, long flags, IWbemContext
     {
         const CZebTrace trace(texts.providerException);
         answer = {exception.RequestResult()};
-        exception.ReportToSink(sink);
+        ReportToSink(exception, sink);
     }
     catch (...)
     {
@@ -114,7 +113,7 @@ HRESULT CProviderImp::Serve(const CRequestTexts& texts, long flags, IWbemContext
                                               texts.unhandledOperation, wmi::Failed, "CDM/src/ProviderImp",
                                               texts.line, "", {});
         answer = {exception.RequestResult()};
-        exception.ReportToSink(sink);
+        ReportToSink(exception, sink);
     }
     if (answer.ending != Ending::AtOnce)
         m_security.RevertToSelf();
@@ -138,17 +137,11 @@ STDMETHODIMP CProviderImp::GetObjectAsync(const BSTR path, long flags, IWbemCont
 CAnswer CProviderImp::AnswerGetObject(const BSTR path, CWomContext& context, IWbemObjectSink* sink)
 {
     CParsedObjectPath parsed;
-    if (FAILED(ParseObjectPath(path, parsed)))
-    {
-        ZebDebug().Write("CProviderImp::GetObjectAsync: Parse failed");
+    if (Failed(ParseObjectPath(path, parsed), "CProviderImp::GetObjectAsync: Parse failed"))
         return {wmi::Failed, Ending::AtOnce};
-    }
     CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
     if (!handler)
-    {
-        ZebDebug().Write("CProviderImp::GetObjectAsync: FindClass failed");
-        return {wmi::Failed, Ending::AtOnce};
-    }
+        return {TraceFailure(wmi::Failed, "CProviderImp::GetObjectAsync: FindClass failed"), Ending::AtOnce};
     return {handler->GetObjectAsync(parsed, context, sink)};
 }
 
@@ -171,10 +164,8 @@ CAnswer CProviderImp::AnswerCreateInstanceEnum(const BSTR className, CWomContext
 {
     CWomClassHandler* const handler = FindClass(className);
     if (!handler)
-    {
-        ZebDebug().Write("CProviderImp::CreateInstanceEnumAsync: FindClass failed");
-        return {wmi::Failed, Ending::AtOnce};
-    }
+        return {TraceFailure(wmi::Failed, "CProviderImp::CreateInstanceEnumAsync: FindClass failed"),
+                Ending::AtOnce};
     return {handler->CreateInstanceEnumAsync(context, sink)};
 }
 
@@ -185,8 +176,7 @@ STDMETHODIMP CProviderImp::PutInstanceAsync(IWbemClassObject* instance, long fla
         [&]
         {
             const CZebTrace trace(kPutInstance.name);
-            // Without the colon that the other requests' lines have: support knows it so.
-            ZebDebug().Write("PutInstanceAsync <%x>", flags);
+            ZebDebug().Write("PutInstanceAsync <%x>", flags); // sic
             return Serve(kPutInstance, flags, caller, sink,
                          [&](CWomContext& context)
                          { return AnswerPutInstance(instance, flags, context, sink); });
@@ -203,10 +193,8 @@ CAnswer CProviderImp::AnswerPutInstance(IWbemClassObject* instance, long flags, 
     wrapped.GetProperty(L"__CLASS", className);
     CWomClassHandler* const handler = FindClass(className.Get());
     if (!handler)
-    {
-        ZebDebug().Write("CProviderImp::PutInstanceAsync: FindClass failed");
-        return {wmi::Failed, Ending::AtOnce};
-    }
+        return {TraceFailure(wmi::Failed, "CProviderImp::PutInstanceAsync: FindClass failed"),
+                Ending::AtOnce};
     // Create or update (0), and anything that includes update only.
     if (flags != WBEM_FLAG_CREATE_OR_UPDATE && !(flags & WBEM_FLAG_UPDATE_ONLY))
         return {wmi::NotSupported, Ending::WithoutStatus};
@@ -236,18 +224,12 @@ CAnswer CProviderImp::AnswerExecMethod(const BSTR path, const BSTR method, IWbem
                                        CWomContext& context, IWbemObjectSink* sink)
 {
     CParsedObjectPath parsed;
-    if (FAILED(ParseObjectPath(path, parsed)))
-    {
-        ZebDebug().Write("CProviderImp::ExecMethodAsync: Parse failed");
+    if (Failed(ParseObjectPath(path, parsed), "CProviderImp::ExecMethodAsync: Parse failed"))
         return {wmi::Failed, Ending::AtOnce};
-    }
     CWomClassHandler* const handler = FindClass(parsed.Class.c_str());
     if (!handler)
-    {
-        // Speaks of SetStatus where no class was found; support knows the text as it is.
-        ZebDebug().Write("CProviderImp::ExecMethodAsync: SetStatus failed");
-        return {wmi::Failed, Ending::AtOnce};
-    }
+        return {TraceFailure(wmi::Failed, "CProviderImp::ExecMethodAsync: SetStatus failed"),
+                Ending::AtOnce}; // sic
 
     CWomClassObject classObject(&context);
     CWomClassObject in(&context);

@@ -4,12 +4,10 @@
 // Holds one lock on the server for its lifetime.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
-#include "CDM/src/ServerLock.h"
-#include "CDM/src/UnsupportedServices.h"
-#include "CDM/src/WomClassHandler.h"
-#include "CDM/src/WomClassRouter.h"
+#include "CDM/src/ProviderBase.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebImpResourceMgr.h"
+#include "CDM/src/classes/WomClassHandler.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "Common/src/VormAgentMgr.h"
 #include "Common/src/WomSecurity.h"
@@ -26,7 +24,7 @@ struct CAnswer;
 // How one handler comes into being, and the trace line for when it does not.
 struct CHandlerRow
 {
-    std::unique_ptr<CWomClassHandler> (*create)(); // null where memory ran out
+    std::unique_ptr<CWomClassHandler> (*create)(); // null if memory ran out
     const char* failure;
 };
 
@@ -65,7 +63,7 @@ class CProviderImp : public CUnsupportedServices
         ComPtr<IWbemServices> Namespace; // set by the first Initialize, whatever becomes of it
         LCID DefaultLocale = 0;
         bool CimKeyMode = true;
-        bool HandlersReady = false; // all seven, but for those that there was no memory for
+        bool HandlersReady = false; // all seven, except any for which memory ran out
     };
     using Body = std::function<CAnswer(CWomContext&)>;
 

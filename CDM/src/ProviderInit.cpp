@@ -23,8 +23,7 @@ std::unique_ptr<CWomClassHandler> Create()
 
 constexpr CHandlerRow kHandlers[] = {
     {&Create<CTolva_DiagTest>, "CProviderImp::ClassesInit:Failed to create CTolva_DiagTest"},
-    // Without the leading C; support knows the text as it is.
-    {&Create<CTolva_DiagSetting>, "CProviderImp::ClassesInit:Failed to create Tolva_DiagSetting"},
+    {&Create<CTolva_DiagSetting>, "CProviderImp::ClassesInit:Failed to create Tolva_DiagSetting"}, // sic
     {&Create<CTolva_DiagResult>, "CProviderImp::ClassesInit:Failed to create CTolva_DiagResult"},
     {&Create<CTolva_DiagTestMSEAssoc>, "CProviderImp::ClassesInit:Failed to create CTolva_DiagTestMSEAssoc"},
     {&Create<CTolva_DiagResultMSEAssoc>,
@@ -35,7 +34,7 @@ constexpr CHandlerRow kHandlers[] = {
      "CProviderImp::ClassesInit:Failed to create CTolva_DiagSettingTestAssoc"},
 };
 
-// The language that there are always libraries for.
+// There are always libraries for this language.
 constexpr LCID kEnglish = 0x409;
 
 struct CResourceRow
@@ -44,10 +43,9 @@ struct CResourceRow
     const char* failure;
 };
 
-// The second failure reads like the first on purpose.
 constexpr CResourceRow kResources[] = {
     {"_NWR", "CProviderImp::Initialize: LoadResourceDll1 failed hr = <%x>"},
-    {"_8023", "CProviderImp::Initialize: LoadResourceDll1 failed hr = <%x>"},
+    {"_8023", "CProviderImp::Initialize: LoadResourceDll1 failed hr = <%x>"}, // sic
     {"Diag", "CProviderImp::Initialize: LoadResourceDll2 failed hr = <%x>"},
 };
 
@@ -115,12 +113,9 @@ STDMETHODIMP CProviderImp::Initialize(wchar_t* user, long, wchar_t*, wchar_t* lo
 HRESULT CProviderImp::InitializeOnce(LCID locale, IWbemServices* services, IWbemContext* context)
 {
     if (!services)
-    {
-        ZebDebug().Write("CProviderImp::Initialize: no name space");
-        return wmi::InvalidParameter;
-    }
+        return TraceFailure(wmi::InvalidParameter, "CProviderImp::Initialize: no name space");
     const HRESULT hr = AtComBoundary([&] { return ClassesInit(locale); });
-    // What cannot be found out leaves the mode as it is where there is no such key.
+    // If it cannot be found out, the mode is the one of a schema without such a key.
     bool cimKeyMode = true;
     (void)AtComBoundary(
         [&]
@@ -131,7 +126,7 @@ HRESULT CProviderImp::InitializeOnce(LCID locale, IWbemServices* services, IWbem
 
     const CLockScope lock(m_stateSection);
     m_state.CimKeyMode = cimKeyMode;
-    // All of them or none: after a failure nobody is served by the half that was made before it.
+    // All of them or none: after a failure, the handlers that were made before it serve no request.
     m_state.HandlersReady = SUCCEEDED(hr);
     return hr;
 }
@@ -140,23 +135,14 @@ HRESULT CProviderImp::ClassesInit(LCID locale)
 {
     CLSID agentClass;
     HRESULT hr = CLSIDFromString(kVorlClassId, &agentClass);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write("CProviderImp::ClassesInit:CLSIDFromString failed hr = <%x>", hr);
+    if (Failed(hr, "CProviderImp::ClassesInit:CLSIDFromString failed hr = <%x>"))
         return E_FAIL;
-    }
     hr = m_agents.Initialize(kAgentLanguage, agentClass);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write("CProviderImp::ClassesInit:Vorl initialize failed hr = <%x>", hr);
+    if (Failed(hr, "CProviderImp::ClassesInit:Vorl initialize failed hr = <%x>"))
         return E_FAIL;
-    }
     hr = m_manager.Initialize(&m_agents);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write("CProviderImp::ClassesInit:DiagMgr initialize failed hr = <%x>", hr);
+    if (Failed(hr, "CProviderImp::ClassesInit:DiagMgr initialize failed hr = <%x>"))
         return E_FAIL;
-    }
 
     for (const CHandlerRow& row : m_rows)
     {
@@ -181,9 +167,8 @@ void CProviderImp::LoadResources(LCID locale)
     for (const CResourceRow& row : kResources)
     {
         HMODULE library = nullptr;
-        if (const HRESULT hr = m_resources.LoadResourceDll(locale, row.baseName, true, &library); FAILED(hr))
-            ZebDebug().Write(row.failure, hr);
-        // Where the system's language has no library, English stands in for it.
+        (void)Failed(m_resources.LoadResourceDll(locale, row.baseName, true, &library), row.failure);
+        // If the system's language has no library, English stands in for it.
         if (!library)
             m_resources.LoadResourceDll(kEnglish, row.baseName, true);
     }

@@ -1,6 +1,6 @@
 #include "CDM/src/ZebDebug.h"
 
-#include "CDM/src/ZebDebugPath.h"
+#include "CDM/src/ZebRegistry.h"
 #include "Common/src/com/Owned.h"
 
 #include <algorithm>
@@ -12,12 +12,12 @@
 namespace
 {
 constexpr size_t kFileNameMax = 245;
+constexpr DWORD kImagePathMax = 256;
 
 int s_lifetimes = 0;
 alignas(CZebDebug) unsigned char s_storage[sizeof(CZebDebug)];
 
-// The system's own formatting; the compiler does not judge the formats, some of which are odd and known so
-// to those who read the trace.
+// The system's own formatting, which the compiler does not check: some of the formats are odd on purpose.
 int Print(char* room, size_t max, const char* format, ...) noexcept
 {
     va_list arguments;
@@ -26,7 +26,28 @@ int Print(char* room, size_t max, const char* format, ...) noexcept
     va_end(arguments);
     return count;
 }
+
+std::string PerProcessName(const std::string& fileName)
+{
+    std::string name(fileName.size() + 16, '\0');
+    const int length = _snprintf(name.data(), name.size(), "%d-%s", static_cast<int>(GetCurrentProcessId()),
+                                 fileName.c_str());
+    name.resize(static_cast<size_t>(length));
+    return name;
+}
 } // namespace
+
+std::string ZebDebugPath(const std::string& fileName)
+{
+    CRegKey key;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, kZebKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS)
+        return fileName;
+    DWORD perProcess = 0;
+    const bool asked = ReadNumber(key.Get(), "LogFilePerProcess", perProcess) && perProcess != 0;
+    const std::string name = asked ? PerProcessName(fileName) : fileName;
+    const std::optional<std::string> folder = ReadTerminatedString(key.Get(), "ImagePath", kImagePathMax);
+    return folder ? *folder + "\\DebugLog\\" + name : name;
+}
 
 CZebDebug& ZebDebug() noexcept
 {
@@ -57,8 +78,7 @@ try
 {
     if (m_configured)
     {
-        // Support knows the line number.
-        Error("CDM/src/ZebDebug", 478, "CZebDebug class already configured\n");
+        Error("CDM/src/ZebDebug", 478, "CZebDebug class already configured\n"); // sic, the number too
         return -1;
     }
     if (level == 0)
@@ -106,8 +126,8 @@ bool CZebDebug::IsFull() const noexcept
     return m_maxSize != 0 && _filelengthi64(_fileno(m_file)) >= static_cast<long long>(m_maxSize);
 }
 
-// `print` puts at most kMessageMax characters at the place it is given and returns their number, or less
-// than 0 where it had to cut the message or failed. Called under the lock.
+// `print` puts at most kMessageMax characters at the place it is given and returns their number, or less than
+// 0 if it had to cut the message or failed. Called under the lock.
 template <class Printer>
 void CZebDebug::WriteLine(Printer&& print) noexcept
 {

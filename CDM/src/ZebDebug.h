@@ -21,7 +21,7 @@ class CZebDebug
 
     // Opens the log, once. The registry decides on the folder and on one file per process. `level`: 0 writes
     // nothing, 1 error lines only, 2 and above everything. `flag` is kept and not consulted. `maxSize` in
-    // bytes, 0 for no limit; a full file stops growing. Gives 0, or -1 where the log stays closed.
+    // bytes, 0 for no limit; a full file stops growing. Gives 0, or -1 if the log stays closed.
     long Configure(const char* title, const char* fileName, long level, unsigned long flag, bool append,
                    DWORD maxSize) noexcept;
 
@@ -32,7 +32,7 @@ class CZebDebug
     void WriteLong(const char* text) noexcept;
     // One error line, which names the place in the sources. Written at level 1 too.
     void Error(const char* sourceFile, long line, const char* format, ...) noexcept;
-    // The system's text for an error code, or for the thread's last error where the code is 0.
+    // The system's text for an error code, or for the thread's last error if the code is 0.
     void SystemError(DWORD code) noexcept;
 
     long Level() const noexcept { return m_level; }
@@ -63,6 +63,10 @@ class CZebDebug
     char m_message[kMessageBytes];
     wchar_t m_wide[kMessageBytes];
 };
+
+// The path of the log for a file name: the registry can ask for one file per process and names the folder
+// that holds "DebugLog". Throws std::bad_alloc only.
+std::string ZebDebugPath(const std::string& fileName);
 
 // The one process-wide trace.
 CZebDebug& ZebDebug() noexcept;

@@ -1,8 +1,8 @@
 #include "CDM/src/ZebHelpers.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/ZebLock.h"
 #include "CDM/src/ZebRegistry.h"
+#include "CDM/src/ZebTrace.h"
 
 #include <cwchar>
 
@@ -52,6 +52,22 @@ DWORD ReadAgentSelector() noexcept
     }
     ZebDebug().Write("TestVorl value %d", selector);
     return selector;
+}
+
+bool ReadRegistryString(const char* subkey, const char* name, char* buffer, DWORD size)
+{
+    CRegKey key;
+    if (OpenForQuery(subkey, key) != ERROR_SUCCESS)
+    {
+        ZebDebug().Write("Open Key failed.");
+        return false;
+    }
+    if (const LSTATUS status = ReadText(key.Get(), name, buffer, size); status != ERROR_SUCCESS)
+    {
+        ZebDebug().Write("Query Value failed, <%d>", status);
+        return false;
+    }
+    return true;
 }
 
 const wchar_t* CComputerName::Get() noexcept

@@ -1,16 +1,9 @@
 #include "CDM/src/ZebRegistry.h"
 
-#include "CDM/src/ZebDebug.h"
-
 #include <cstring>
 
 namespace
 {
-LSTATUS OpenForQuery(const char* subkey, CRegKey& key) noexcept
-{
-    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, subkey, 0, KEY_QUERY_VALUE, key.Put());
-}
-
 bool IsTerminated(const std::string& data, DWORD type) noexcept
 {
     const size_t size = data.size();
@@ -30,6 +23,11 @@ LSTATUS ReadBytes(HKEY key, const char* name, DWORD maxBytes, DWORD& type, std::
     return status;
 }
 } // namespace
+
+LSTATUS OpenForQuery(const char* subkey, CRegKey& key) noexcept
+{
+    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, subkey, 0, KEY_QUERY_VALUE, key.Put());
+}
 
 std::optional<std::string> ReadTerminatedString(HKEY key, const char* name, DWORD maxBytes)
 {
@@ -61,30 +59,20 @@ bool ReadNumber(HKEY key, const char* name, DWORD& value) noexcept
     return true;
 }
 
-bool ReadRegistryString(const char* subkey, const char* name, char* buffer, DWORD size)
+LSTATUS ReadText(HKEY key, const char* name, char* buffer, DWORD size)
 {
-    CRegKey key;
-    if (OpenForQuery(subkey, key) != ERROR_SUCCESS)
-    {
-        ZebDebug().Write("Open Key failed.");
-        return false;
-    }
     DWORD type = REG_NONE;
     std::string data;
-    LSTATUS status = ReadBytes(key.Get(), name, size, type, data);
-    if (status == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
-        status = ERROR_UNSUPPORTED_TYPE;
+    if (const LSTATUS status = ReadBytes(key, name, size, type, data); status != ERROR_SUCCESS)
+        return status;
+    if (type != REG_SZ && type != REG_EXPAND_SZ)
+        return ERROR_UNSUPPORTED_TYPE;
     // A text may stand in the registry without its NUL; it must then leave room for one.
     const size_t length = std::strlen(data.c_str());
-    if (status == ERROR_SUCCESS && length >= size)
-        status = ERROR_MORE_DATA;
-    if (status != ERROR_SUCCESS)
-    {
-        ZebDebug().Write("Query Value failed, <%d>", status);
-        return false;
-    }
+    if (length >= size)
+        return ERROR_MORE_DATA;
     std::memcpy(buffer, data.c_str(), length + 1);
-    return true;
+    return ERROR_SUCCESS;
 }
 
 bool ReadRegistryNumber(const char* subkey, const char* name, DWORD& value) noexcept

@@ -4,6 +4,6 @@
 #include <string>
 #include <windows.h>
 
-// The text of string `id`, in the ANSI code page of the locale. Empty where the handle is null or the string
-// is not there; the trace then says why.
+// The text of string `id`, in the ANSI code page of the locale. Empty if the handle is null or the string is
+// missing; the trace then says why.
 std::string LoadZebString(HMODULE library, UINT id, LCID locale) noexcept;

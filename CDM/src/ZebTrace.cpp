@@ -6,9 +6,10 @@ namespace
 {
 constexpr int kIndent = 4;
 
-// The depth of the calling thread. Kept up at every level, so that lines stand right whenever they are let
-// through; and so kept where the system reaches it fastest, because functions that run for every instance are
-// traced too. The thread's last error stays as it is: what it speaks of may not have been looked at yet.
+// The depth of the calling thread. Kept up to date at every level, so that lines are indented correctly as
+// soon as the level lets them through. Thread-local storage is the fastest place for it: functions that run
+// for every instance are traced too. The thread's last error is preserved, because a caller may still look at
+// it.
 class CThreadDepth
 {
   public:
@@ -44,6 +45,12 @@ bool Failed(HRESULT hr, const char* text) noexcept
     return true;
 }
 
+HRESULT TraceFailure(HRESULT hr, const char* text) noexcept
+{
+    (void)Failed(hr, text);
+    return hr;
+}
+
 CZebTrace::CZebTrace(const char* name) noexcept : m_name(name)
 {
     const CThreadDepth depth;
@@ -58,4 +65,17 @@ CZebTrace::~CZebTrace()
     const int outer = depth.Get() - 1;
     depth.Set(outer);
     ZebDebug().Write("%*s } <-- %s", outer * kIndent, "", m_name);
+}
+
+CZebLock::CZebLock(CCriticalSection& section) noexcept : m_section(section)
+{
+    ZebDebug().Write("Locking %p", &m_section);
+    m_section.Enter();
+    ZebDebug().Write("Entered");
+}
+
+CZebLock::~CZebLock()
+{
+    ZebDebug().Write("Unlocking %p", &m_section);
+    m_section.Leave();
 }

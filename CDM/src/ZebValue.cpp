@@ -61,7 +61,7 @@ std::string UnsignedByte(const VARIANT& v)
     return n < 0x20 ? Format("%hu (0x%hX)", n, n) : Format("'%c' (%hu, 0x%hX)", n, n, n);
 }
 
-// Nothing where the array cannot be read as what its type says.
+// Empty if the array cannot be read as what its type says.
 template <class T, VARTYPE Type, std::string (*FromElement)(T)>
 std::string Elements(const VARIANT& v)
 {
@@ -89,7 +89,6 @@ struct Row
     std::string (*Value)(const VARIANT&);
 };
 
-// Two labels stand for two types each: support reads them so.
 constexpr Row kRows[] = {
     {VT_EMPTY, kAnyCimType, "<empty>", [](const VARIANT&) { return std::string(); }},
     {VT_NULL, kAnyCimType, "<null>", [](const VARIANT&) { return std::string(); }},
@@ -103,10 +102,11 @@ constexpr Row kRows[] = {
     {VT_BSTR, kAnyCimType, "BSTR ", [](const VARIANT& v) { return Quoted(v.bstrVal); }},
     {VT_BOOL, kAnyCimType, "",
      [](const VARIANT& v) { return std::string(v.boolVal == VARIANT_FALSE ? "FALSE" : "TRUE"); }},
-    {VT_I1, kAnyCimType, "I2 ", SignedByte},
+    {VT_I1, kAnyCimType, "I2 ", SignedByte}, // sic
     {VT_UI1, kAnyCimType, "UI1 ", UnsignedByte},
     {VT_UI2, kAnyCimType, "UI2 ", [](const VARIANT& v) { return Format("%hu (0x%hX)", v.uiVal, v.uiVal); }},
-    {VT_UI4, kAnyCimType, "I4 ", [](const VARIANT& v) { return Format("%u (0x%X)", v.ulVal, v.ulVal); }},
+    {VT_UI4, kAnyCimType, "I4 ", // sic
+     [](const VARIANT& v) { return Format("%u (0x%X)", v.ulVal, v.ulVal); }},
     {VT_ARRAY | VT_I2, kAnyCimType, "ARRAY I2 ", Elements<SHORT, VT_I2, FromI2>},
     {VT_ARRAY | VT_I4, kAnyCimType, "ARRAY I4 ", Elements<LONG, VT_I4, FromI4>},
     {VT_ARRAY | VT_BSTR, CIM_FLAG_ARRAY | CIM_SINT64, "ARRAY BSTR SINT64 ",

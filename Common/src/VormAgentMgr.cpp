@@ -3,7 +3,6 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebTrace.h"
-#include "Common/src/VormRoot.h"
 #include "Common/src/com/ComBoundary.h"
 #include "agent/VorlIds.h"
 
@@ -40,13 +39,26 @@ HRESULT CreateAgent(const CLSID& agentClass, ComPtr<IVormRoot>& root)
 }
 } // namespace
 
+void CVormRoot::SetInterfaceSecurity(IUnknown* agent) const noexcept
+{
+    CZebTrace trace("CVormRoot::SetInterfaceSecurity");
+    if (!m_security.Enabled())
+    {
+        ZebDebug().Write("Not enabled");
+        return;
+    }
+    // An agent that lives in this process has no blanket to set, so that failure means nothing here.
+    if (agent)
+        CoSetProxyBlanket(agent, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr, RPC_C_AUTHN_LEVEL_CALL,
+                          RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
+}
+
 HRESULT CVormAgentMgr::Initialize(ULONG flags, const CLSID& agentClass)
 {
     CZebTrace trace("CVormAgentMgr::Initialize");
     if (const HRESULT hr = CreateAgent(agentClass, m_root); FAILED(hr))
     {
-        // Support knows the line numbers, this one and the next.
-        ZebDebug().Error(kSourceFile, 307, "Failed to load Vorl 0x%x", static_cast<unsigned>(hr));
+        ZebDebug().Error(kSourceFile, 307, "Failed to load Vorl 0x%x", static_cast<unsigned>(hr)); // sic
         ZebDebug().SystemError(static_cast<DWORD>(hr));
         return hr;
     }
@@ -54,7 +66,7 @@ HRESULT CVormAgentMgr::Initialize(ULONG flags, const CLSID& agentClass)
     CVormRoot().SetInterfaceSecurity(m_root.Get());
     if (!m_root)
     {
-        ZebDebug().Error(kSourceFile, 320, "No Vorl pointer");
+        ZebDebug().Error(kSourceFile, 320, "No Vorl pointer"); // sic
         return E_FAIL;
     }
     const HRESULT hr = AtComBoundary([&] { return m_root->Initialize(flags); });

@@ -1,6 +1,6 @@
 // The class definitions that requests have fetched, shared by all of them. A definition is fetched once per
 // name, locale (it carries texts of that locale) and name space, and is neither refreshed nor dropped while
-// requests are served. What could not be fetched leaves nothing behind.
+// requests are served. A failed fetch leaves nothing behind.
 #pragma once
 
 #include "Common/src/com/ComPtr.h"
@@ -13,9 +13,9 @@ namespace WomClassCache
 {
 struct CEntry;
 
-// Holds the place of one definition for one caller. Whoever finds it empty fetches the definition, so that
-// callers of one class wait for the first one's fetch and those of other classes do not. A place that is
-// still empty when its last holder goes is given up.
+// Holds the place of one definition for one caller. A holder that finds it empty fetches the definition, so
+// that callers of one class wait for the first one's fetch and callers of other classes do not. A place that
+// is still empty when its last holder goes is removed.
 class CPlace
 {
   public:

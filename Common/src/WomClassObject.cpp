@@ -1,7 +1,6 @@
 #include "Common/src/WomClassObject.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/ZebLock.h"
 #include "CDM/src/ZebTrace.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/WomProviderException.h"
@@ -11,7 +10,7 @@ namespace
 {
 constexpr char kSourceFile[] = "Common/src/WomClassObject";
 
-// Strings of the "_NWR" libraries that stand where a class name cannot.
+// Strings of the "_NWR" libraries for an object whose class name cannot be read.
 enum : UINT
 {
     kNoObject = 1000,
@@ -36,10 +35,11 @@ ULONG CWomClassObject::Release() noexcept
 
 HRESULT CWomClassObject::CreateClass(const wchar_t* className)
 {
+    constexpr long kCallLine = 57;
     CZebTrace trace("CWomClassObject::CreateClass");
     const LCID locale = m_context->Locale();
     const ComPtr<IWbemServices> services(m_context->Namespace());
-    // The wrapper's own lock keeps nobody out; it is there for its lines in the trace. The cache has its own.
+    // The wrapper's own lock is there for its lines in the trace; the cache has a lock of its own.
     CZebLock lock(m_section);
     WomClassCache::CPlace place(className, locale, services.Get());
     if (!place.Definition())
@@ -54,7 +54,7 @@ HRESULT CWomClassObject::CreateClass(const wchar_t* className)
         if (SUCCEEDED(hr) && !definition)
             hr = E_FAIL;
         if (FAILED(hr))
-            return Raise(0x80040903, className, hr, __LINE__, NarrowText(name.View()).c_str());
+            return Raise(0x80040903, className, hr, kCallLine, NarrowText(name.View()).c_str());
         place.Definition() = std::move(definition);
     }
     m_object = place.Definition();
@@ -63,14 +63,15 @@ HRESULT CWomClassObject::CreateClass(const wchar_t* className)
 
 HRESULT CWomClassObject::SpawnInstanceFromClass(CWomClassObject& target)
 {
+    constexpr Lines kLines{67, 73};
     CZebTrace trace("CWomClassObject::SpawnInstanceFromClass");
-    if (const HRESULT hr = CheckObject(nullptr, __LINE__); hr != S_OK)
+    if (const HRESULT hr = CheckObject(nullptr, kLines.noObject); hr != S_OK)
         return hr;
     ComPtr<IWbemClassObject> instance;
     const HRESULT hr = m_object->SpawnInstance(0, instance.Put());
     Reimpersonate();
     if (FAILED(hr))
-        return RaiseMember(0x80040904, nullptr, hr, __LINE__);
+        return RaiseMember(0x80040904, nullptr, hr, kLines.call);
     target.m_object = std::move(instance);
     return S_OK;
 }
@@ -99,14 +100,15 @@ HRESULT CWomClassObject::GetMethodOutput(const wchar_t* method, CWomClassObject&
 
 HRESULT CWomClassObject::Indicate(const ComPtr<IWbemObjectSink>& sink)
 {
+    constexpr Lines kLines{103, 109};
     CZebTrace trace("CWomClassObject::Indicate");
-    if (const HRESULT hr = CheckObject(nullptr, __LINE__); hr != S_OK)
+    if (const HRESULT hr = CheckObject(nullptr, kLines.noObject); hr != S_OK)
         return hr;
     IWbemClassObject* object = m_object.Get();
     const HRESULT hr = sink ? sink->Indicate(1, &object) : E_POINTER;
     Reimpersonate();
     DebugOutput();
-    return SUCCEEDED(hr) ? S_OK : RaiseMember(0x80040907, nullptr, hr, __LINE__);
+    return SUCCEEDED(hr) ? S_OK : RaiseMember(0x80040907, nullptr, hr, kLines.call);
 }
 
 HRESULT CWomClassObject::Raise(DWORD statusCode, const wchar_t* parameterInfo, HRESULT requestResult,

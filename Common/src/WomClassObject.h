@@ -41,7 +41,7 @@ class CWomClassObject
     HRESULT SpawnInstanceFromClass(CWomClassObject& target);
     // Holds a new instance of the named class.
     HRESULT CreateInstance(const wchar_t* className);
-    // Makes `target` hold the out-parameters object of a method of the class held here (nothing, where the
+    // Makes `target` hold the out-parameters object of a method of the class held here (nothing, if the
     // method has none).
     HRESULT GetMethodOutput(const wchar_t* method, CWomClassObject& target);
     // Sends the object held here to the sink, then dumps it to the trace.
@@ -73,8 +73,8 @@ class CWomClassObject
                             CIMTYPE* type = nullptr);
 
   private:
-    // The source lines by which support tells the failing operations apart. They are fixed numbers, so that
-    // they mean the same in every version.
+    // The source lines by which support tells the failing operations apart: fixed numbers, so that they mean
+    // the same in every version.
     struct Lines
     {
         long noObject;

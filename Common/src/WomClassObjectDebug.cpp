@@ -37,27 +37,27 @@ HRESULT CWomClassObject::RaiseDump(const char* step, HRESULT hr, long line) cons
     return Raise(0x8004090E, L"CWomClassObject::DebugOutput", hr, line, step);
 }
 
-// In the order of their names, without those that tell where the object came from. What fails keeps the lines
-// of the properties before it.
+// In the order of their names, without those that say where the object came from. After a failure, the lines
+// of the properties before it stay in the trace.
 HRESULT CWomClassObject::DumpProperties() const
 {
     CSafeArray array;
     HRESULT hr = m_object->GetNames(nullptr, WBEM_FLAG_ALWAYS, nullptr, array.Put());
     Reimpersonate();
     if (FAILED(hr))
-        return RaiseDump("Couldn't GetNames", hr, __LINE__);
+        return RaiseDump("Couldn't GetNames", hr, 48);
     SortNames(array.Get());
     LONG lower = 0;
     if (hr = SafeArrayGetLBound(array.Get(), 1, &lower); FAILED(hr))
-        return RaiseDump("Couldn't get safe array lbound", hr, __LINE__);
+        return RaiseDump("Couldn't get safe array lbound", hr, 52);
     LONG upper = -1;
     if (hr = SafeArrayGetUBound(array.Get(), 1, &upper); FAILED(hr))
-        return RaiseDump("Couldn't get safe array ubound", hr, __LINE__);
+        return RaiseDump("Couldn't get safe array ubound", hr, 55);
     for (LONG index = lower; index <= upper; ++index)
     {
         CBstr name;
         if (hr = SafeArrayGetElement(array.Get(), &index, name.Put()); FAILED(hr))
-            return RaiseDump("Couldn't get safe array element", hr, __LINE__);
+            return RaiseDump("Couldn't get safe array element", hr, 60);
         if (name.View() == L"__SERVER" || name.View() == L"__PATH")
             continue;
         if (hr = DumpProperty(name); hr != S_OK)
@@ -75,19 +75,19 @@ HRESULT CWomClassObject::DumpProperty(const CBstr& name) const
     Reimpersonate();
     // The system's own properties have no qualifiers.
     if (FAILED(hr) && hr != static_cast<HRESULT>(WBEM_E_SYSTEM_PROPERTY))
-        return RaiseDump("Could not GetPropertyQualifierSet", hr, __LINE__);
+        return RaiseDump("Could not GetPropertyQualifierSet", hr, 78);
     if (SUCCEEDED(hr))
     {
         CVariant key;
         hr = qualifiers->Get(L"key", 0, key.Put(), nullptr);
         Reimpersonate();
         if (FAILED(hr) && hr != wmi::NotFound)
-            return RaiseDump("Could not get key qualifier", hr, __LINE__);
+            return RaiseDump("Could not get key qualifier", hr, 85);
         isKey = key.vt == VT_BOOL && key.boolVal;
         hr = qualifiers->Get(L"CIMTYPE", 0, typeName.Put(), nullptr);
         Reimpersonate();
         if (FAILED(hr))
-            return RaiseDump("Could not get CIMTYPE qualifier", hr, __LINE__);
+            return RaiseDump("Could not get CIMTYPE qualifier", hr, 90);
     }
 
     CVariant value;
@@ -95,7 +95,7 @@ HRESULT CWomClassObject::DumpProperty(const CBstr& name) const
     hr = m_object->Get(name.Get(), 0, value.Put(), &type, nullptr);
     Reimpersonate();
     if (FAILED(hr))
-        return RaiseDump("Couldn't get Property Value", hr, __LINE__);
+        return RaiseDump("Couldn't get Property Value", hr, 98);
 
     const std::string label = (isKey ? "[key] " : "") + NarrowText(name.View()) + " = ";
     if (value.vt != VT_UNKNOWN && value.vt != (VT_ARRAY | VT_UNKNOWN))

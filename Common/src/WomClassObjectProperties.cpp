@@ -4,7 +4,7 @@
 
 namespace
 {
-// Where memory runs out, the value is that error, and the management service refuses it.
+// If memory runs out, the value is that error, and the management service refuses it.
 CVariant TextOrError(const wchar_t* text) noexcept
 {
     const BSTR copy = SysAllocString(text ? text : L"");

@@ -22,14 +22,14 @@ class CWomContext
     CWomContext(const CWomContext&) = delete;
     CWomContext& operator=(const CWomContext&) = delete;
 
-    // A value of the caller's context as text: WBEM_E_NOT_FOUND where it is absent, WBEM_E_TYPE_MISMATCH
-    // where it has no text form.
+    // A value of the caller's context as text: WBEM_E_NOT_FOUND if it is absent, WBEM_E_TYPE_MISMATCH if it
+    // has no text form.
     HRESULT GetNamedValue(const wchar_t* name, CBstr& value) const;
     // The override if one is set, else the caller's "LocaleID", else the default locale.
     LCID Locale() const;
     // 0 takes an override back.
     void SetLocale(LCID locale) noexcept { m_localeOverride = locale; }
-    // S_OK, or E_FAIL where there is no resource manager or the text could not be widened.
+    // S_OK, or E_FAIL if there is no resource manager or the text could not be widened.
     HRESULT GetResourceString(UINT id, const char* baseName, CBstr& text) const;
 
     const wchar_t* OperationName() const noexcept { return m_operationName.Text(); }

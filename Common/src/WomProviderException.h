@@ -1,27 +1,42 @@
-// What is thrown when a request fails inside the provider, and how the failure reaches the client: as an
-// instance of Tolva_ExtendedStatus. Thrown by value, caught by const reference at the request's barrier.
+// What is thrown when a request fails inside the provider. Thrown by value, caught by const reference at the
+// request's barrier, which reports it to the client (WomExtendedStatus).
 #pragma once
 
 #include "Common/src/com/Bstr.h"
-#include "Common/src/com/ComPtr.h"
 
 #include <string>
 #include <vector>
-#include <wbemcli.h>
+#include <windows.h>
 
 class CWomContext;
+
+void TracePartLost() noexcept;
+// Does one part of a report by itself: if it fails, which is traced, the other parts still reach the client.
+template <class Part>
+void TryPart(Part&& part) noexcept
+{
+    try
+    {
+        part();
+    }
+    catch (...)
+    {
+        TracePartLost();
+    }
+}
 
 class CWomProviderException
 {
   public:
     // `context` is not owned and may be null; `sourceFile` is a constant of the program. The other texts are
-    // copied; where memory runs out, they are left empty rather than the failure lost.
+    // copied; if memory runs out, they stay empty, so that the failure itself is not lost.
     CWomProviderException(CWomContext* context, HRESULT statusCode, const wchar_t* parameterInfo,
                           HRESULT requestResult, const char* sourceFile, long line, const char* messageText,
                           const std::vector<CBstr>& reasons) noexcept;
     CWomProviderException(CWomProviderException&&) noexcept = default;
     CWomProviderException(const CWomProviderException&) = default;
 
+    CWomContext* Context() const noexcept { return m_context; }
     // The code that the client finds in StatusCode.
     HRESULT StatusCode() const noexcept { return m_statusCode; }
     const wchar_t* ParameterInfo() const noexcept { return m_parameterInfo.Text(); }
@@ -34,13 +49,8 @@ class CWomProviderException
 
     // The message text, then the codes and the text of the request result in parentheses.
     CBstr Description() const;
-    // Ends the request on the sink with the extended status. Where that instance cannot be made, nothing is
-    // sent. The sink's reference is released in every case.
-    void ReportToSink(ComPtr<IWbemObjectSink> sink) const noexcept;
 
   private:
-    void Report(IWbemObjectSink& sink) const;
-
     CWomContext* m_context;
     HRESULT m_statusCode;
     CBstr m_parameterInfo;

@@ -3,6 +3,7 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
 #include "Common/src/com/ComPtr.h"
+#include "Common/src/com/Owned.h"
 
 #include <iterator>
 #include <objbase.h>
@@ -27,8 +28,8 @@ void TraceUserName() noexcept
 
 void TraceImpersonationLevel() noexcept
 {
-    // A thread that does not impersonate has no token of its own, so that outside a request and after a
-    // revert the trace shows this error. The other two end in an empty line: support knows them so.
+    // A thread that does not impersonate has no token of its own: outside a request and after a revert, the
+    // trace shows this error.
     CHandle token;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.Put()))
     {
@@ -40,7 +41,7 @@ void TraceImpersonationLevel() noexcept
     DWORD size = 0;
     if (!GetTokenInformation(token.Get(), TokenImpersonationLevel, &level, sizeof(level), &size))
     {
-        ZebDebug().Error(kSourceFile, 263, "Unable to read impersonation level\n");
+        ZebDebug().Error(kSourceFile, 263, "Unable to read impersonation level\n"); // sic
         return;
     }
 
@@ -49,7 +50,7 @@ void TraceImpersonationLevel() noexcept
     if (level < std::size(kLevels))
         ZebDebug().Write("%s", kLevels[level]);
     else
-        ZebDebug().Error(kSourceFile, 287, "Unable to determine impersonation level\n");
+        ZebDebug().Error(kSourceFile, 287, "Unable to determine impersonation level\n"); // sic
 }
 } // namespace
 
@@ -72,7 +73,7 @@ HRESULT CWomSecurity::Impersonate() const noexcept
 
 void CWomSecurity::OutputSecurityDebug() const noexcept
 {
-    // Every request comes here twice; where nothing is written, the questions to the system are not asked.
+    // Every request comes here twice. Without a trace, the system is not asked.
     if (ZebDebug().Level() < 1)
         return;
     CZebTrace trace("CWomSecurity::OutputSecurityDebug");

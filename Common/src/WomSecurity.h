@@ -1,9 +1,6 @@
 // The client's identity: a request takes it on, shows it in the trace and gives it back. Impersonation
-// belongs to the calling thread. Where it cannot be had, the request goes on under the process's own
-// identity.
+// belongs to the calling thread. If it fails, the request goes on under the process's own identity.
 #pragma once
-
-#include "Common/src/com/Owned.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 // VorlProxy.exe: the scripted agent behind a local server of the real agent's class, so that every call to it
-// is marshalled. COM starts it; it ends by itself once nobody holds an object of it any more.
+// is marshalled. COM starts it; it ends by itself once no client holds an object of it any more.
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 #include "agent/VorlIds.h"
 #include "agent/scripted/ScriptSource.h"
 #include "agent/scripted/ScriptedAgent.h"

@@ -1,14 +1,14 @@
 #include "agent/server/VormLists.h"
 
 #include "Common/src/com/Bstr.h"
-#include "Common/src/com/CoTaskMem.h"
+#include "Common/src/com/Owned.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace
 {
-// An owner of `count` zeroed elements; null where memory ran out.
+// An owner of `count` zeroed elements; null if memory ran out.
 template <class T>
 CCoTaskMem<T> MakeBlock(size_t count) noexcept
 {

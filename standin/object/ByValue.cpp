@@ -1,6 +1,6 @@
 #include "standin/object/ByValue.h"
 
-#include "Common/src/com/CoTaskMem.h"
+#include "Common/src/com/Owned.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "standin/service/Activation.h"
 
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/ServiceHandle.h"
+#include "Common/src/com/Owned.h"
 #include "standin/locator/ServiceProgram.h"
 #include "standin/service/Settings.h"
 

@@ -2,9 +2,9 @@
 
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/WmiStatus.h"
-#include "standin/proxy/UnsupportedServices.h"
 #include "standin/mof/Repository.h"
 #include "standin/proxy/HeldReference.h"
+#include "standin/proxy/UnsupportedServices.h"
 
 namespace standin
 {

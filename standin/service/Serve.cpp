@@ -1,7 +1,7 @@
 #include "standin/service/Serve.h"
 
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 #include "standin/locator/Connection.h"
 #include "standin/object/Objects.h"
 #include "standin/service/Listener.h"

@@ -50,8 +50,7 @@ constexpr CAssociationRow kTestForMSE = {
             .adapterKeyFailed = "CTolva_DiagTestMSEAssoc::GetObjectAsync: ParseForAdapterKey failed",
             .otherAdapter = "CTolva_DiagTestMSEAssoc::GetObjectAsync:Invalid MSE",
         },
-    // Names the other association with adapters; support knows the text as it is.
-    .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>",
+    .getObjectSendFailed = "CTolva_DiagResultMSEAssoc::GetObjectAsync::SendInstance failed, hr = <%x>", // sic
 };
 
 constexpr CAssociationRow kResultForMSE = {

@@ -2,7 +2,6 @@
 // the record's key, an enumeration sends every record and ends at the first that cannot be read or sent.
 #pragma once
 
-#include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/classes/ReadKey.h"
@@ -11,7 +10,7 @@
 #include "Common/src/VormArray.h"
 #include "Common/src/com/WmiStatus.h"
 
-// One such class. The trace lines are the ones that support knows, differences in spelling included.
+// One such class. Differences in spelling between the trace lines are part of them.
 template <class Record>
 struct CRecordClass
 {
@@ -42,15 +41,11 @@ HRESULT GetRecordObject(const CRecordClass<Record>& served, CDiagMgr& manager, c
     HRESULT hr = (manager.*served.getData)(key.Get(), &record);
     if (hr == engine::NotFound)
         return wmi::NotFound;
-    if (FAILED(hr))
-    {
-        ZebDebug().Write(served.getObjectDataFailed, hr);
+    if (Failed(hr, served.getObjectDataFailed))
         return hr;
-    }
     CInstanceSender sender(context, served.name, std::move(sink));
     hr = served.sendInstance(sender, record);
-    if (FAILED(hr))
-        ZebDebug().Write(served.getObjectSendFailed, hr);
+    (void)Failed(hr, served.getObjectSendFailed);
     return hr;
 }
 
@@ -62,27 +57,17 @@ HRESULT EnumerateRecords(const CRecordClass<Record>& served, CDiagMgr& manager, 
     CInstanceSender sender(context, served.name, std::move(sink));
     CVormArray<BSTR> keys;
     HRESULT hr = (manager.*served.enumerate)(keys);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write(served.enumFailed, hr);
+    if (Failed(hr, served.enumFailed))
         return hr;
-    }
     for (const BSTR key : keys.View())
     {
         Record record;
         hr = (manager.*served.getData)(key, &record);
-        if (FAILED(hr))
-        {
-            ZebDebug().Write(served.enumDataFailed, hr);
+        if (Failed(hr, served.enumDataFailed))
             return hr;
-        }
         hr = served.sendInstance(sender, record);
-        if (FAILED(hr))
-        {
-            if (served.enumSendFailed)
-                ZebDebug().Write(served.enumSendFailed, hr);
+        if (served.enumSendFailed ? Failed(hr, served.enumSendFailed) : FAILED(hr))
             return hr;
-        }
     }
     return hr;
 }

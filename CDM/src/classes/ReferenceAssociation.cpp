@@ -28,20 +28,14 @@ HRESULT CReferenceAssociation::SendInstance(CInstanceSender& sender, std::wstrin
     {
         adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier); });
         if (!adapterKey)
-        {
-            ZebDebug().Write(m_row.adapterKeyFailed);
-            return wmi::OutOfMemory;
-        }
+            return TraceFailure(wmi::OutOfMemory, m_row.adapterKeyFailed);
     }
     for (const CReferenceRow& row : m_row.references)
     {
         const std::wstring_view key = row.madeFrom == MadeFrom::AdapterKey ? adapterKey.View() : identifier;
         const CBstr reference = TryMakeText([&] { return row.create(key, sender.Context().CimKeyMode()); });
         if (!reference)
-        {
-            ZebDebug().Write(row.createFailed);
-            return wmi::OutOfMemory;
-        }
+            return TraceFailure(wmi::OutOfMemory, row.createFailed);
         // A reference that the schema does not take leaves the instance without it.
         (void)sender.Instance().SetProperty(row.property, reference);
     }
@@ -56,10 +50,7 @@ HRESULT CReferenceAssociation::CheckReference(const CReferenceCheck& check, cons
     const CBstr reference = ReadKey(path, check.property, KeyForm::Named);
     CParsedObjectPath parsed;
     if (!reference || FAILED(ParseObjectPath(reference.Text(), parsed)))
-    {
-        ZebDebug().Write(check.parseFailed);
-        return wmi::Failed;
-    }
+        return TraceFailure(wmi::Failed, check.parseFailed);
     key = ReadKey(parsed, check.key, check.keyForm);
     if (!key)
     {
@@ -88,20 +79,13 @@ HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWo
     {
         const CBstr adapterKey = TryMakeText([&] { return ParseForAdapterKey(identifier.View()); });
         if (!adapterKey)
-        {
-            ZebDebug().Write(m_row.other.adapterKeyFailed);
-            return wmi::OutOfMemory;
-        }
+            return TraceFailure(wmi::OutOfMemory, m_row.other.adapterKeyFailed);
         if (!EqualNoCase(adapterKey, otherKey))
-        {
-            ZebDebug().Write(m_row.other.otherAdapter);
-            return wmi::NotFound;
-        }
+            return TraceFailure(wmi::NotFound, m_row.other.otherAdapter);
     }
     CInstanceSender sender(context, GetClassName(), std::move(sink));
     hr = SendInstance(sender, identifier.View());
-    if (FAILED(hr))
-        ZebDebug().Write(m_row.getObjectSendFailed, hr);
+    (void)Failed(hr, m_row.getObjectSendFailed);
     return hr;
 }
 
@@ -111,11 +95,8 @@ HRESULT CReferenceAssociation::CreateInstanceEnumAsync(CWomContext& context, Com
     CInstanceSender sender(context, GetClassName(), std::move(sink));
     CVormArray<BSTR> identifiers;
     HRESULT hr = (DiagMgr().*m_row.enumerate)(identifiers);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write(m_row.enumFailed, hr);
+    if (Failed(hr, m_row.enumFailed))
         return hr;
-    }
     for (const BSTR identifier : identifiers.View())
     {
         hr = SendInstance(sender, std::wstring_view(identifier, SysStringLen(identifier)));

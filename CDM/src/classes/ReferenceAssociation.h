@@ -3,8 +3,8 @@
 // only to be there.
 #pragma once
 
-#include "CDM/src/WomClassHandler.h"
 #include "CDM/src/classes/ReadKey.h"
+#include "CDM/src/classes/WomClassHandler.h"
 #include "Common/src/VormArray.h"
 
 class CInstanceSender;
@@ -37,7 +37,7 @@ struct CReferenceCheck
     const char* otherAdapter = nullptr;
 };
 
-// The trace lines are the ones that support knows, differences in spelling included.
+// One association class. Differences in spelling between the trace lines are part of them.
 struct CAssociationRow
 {
     const wchar_t* name;

@@ -1,6 +1,6 @@
 #include "CDM/src/classes/ResultHandler.h"
 
-#include "CDM/src/classes/InstanceSteps.h"
+#include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/classes/RecordClass.h"
 #include "CDM/src/classes/ResultLines.h"
 #include "CDM/src/engine/results/CimDateTime.h"
@@ -86,9 +86,8 @@ HRESULT PutSettingByte(CWomClassObject& instance, const wchar_t* property, CResu
 }
 
 constexpr Step kSteps[] = {
-    // Named ResultID; support knows the text as it is.
     {L"DiagnosticName", &PutText<&CResultData::ResultID>,
-     "CTolva_DiagResult::SendInstance:SetProperty(ResultID) failed <%x>"},
+     "CTolva_DiagResult::SendInstance:SetProperty(ResultID) failed <%x>"}, // sic
     {L"DiagnosticCreationClassName", &PutText<&CResultData::DiagnosticCreationClassName>,
      "CTolva_DiagResult::SendInstance:SetProperty(DiagnosticCreationClassName) failed <%x>"},
     {L"ExecutionID", &PutText<&CResultData::ExecutionID>,
@@ -112,9 +111,8 @@ constexpr Step kSteps[] = {
     {L"TestState", &PutTestState, "CTolva_DiagResult::SendInstance:SetProperty(TestState) failed <%x>"},
     {L"DiagSystemCreationClassName", &PutConstant<kSystemClass>,
      "CTolva_DiagResult::SendInstance:SetProperty(DiagSystemCreationClassName) failed <%x>"},
-    // Named SystemName; support knows the text as it is.
     {L"DiagSystemName", &PutComputerName,
-     "CTolva_DiagResult::SendInstance:SetProperty(SystemName) failed <%x>"},
+     "CTolva_DiagResult::SendInstance:SetProperty(SystemName) failed <%x>"}, // sic
     {L"QuickMode", &PutSettingFlag<&CResultData::QuickMode>,
      "CTolva_DiagResult::SendInstance:SetProperty(QuickMode) failed <%x>"},
     {L"ReportStatusMessages", &PutSettingFlag<&CResultData::ReportStatusMessages>,

@@ -2,7 +2,7 @@
 // of running tests.
 #pragma once
 
-#include "CDM/src/WomClassHandler.h"
+#include "CDM/src/classes/WomClassHandler.h"
 
 class CTolva_DiagResult final : public CWomClassHandler
 {

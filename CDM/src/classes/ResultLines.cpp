@@ -1,6 +1,6 @@
 #include "CDM/src/classes/ResultLines.h"
 
-#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/DiagRecords.h"
 #include "Common/src/VormErrorMessage.h"
 #include "Common/src/WomContext.h"
@@ -42,24 +42,17 @@ HRESULT BuildResultLines(CWomContext& context, const CResultData& record, const 
         if (counters)
         {
             const HRESULT hr = context.GetResourceString(id, "Diag", text);
-            if (FAILED(hr))
-            {
-                ZebDebug().Write(
-                    "CTolva_DiagResult::SendInstance:GetResourceString for Sender/Responder test failed <%x>",
-                    hr);
+            if (Failed(
+                    hr,
+                    "CTolva_DiagResult::SendInstance:GetResourceString for Sender/Responder test failed <%x>"))
                 return hr;
-            }
             line.append(text.View()).append(std::to_wstring(static_cast<LONG>(value)));
         }
         else if (id != 0)
         {
             const HRESULT hr = context.GetResourceString(id, "_8023", text);
-            if (FAILED(hr))
-            {
-                ZebDebug().Write(
-                    "CTolva_DiagResult::SendInstance:GetResourceString for Normal test failed <%x>", hr);
+            if (Failed(hr, "CTolva_DiagResult::SendInstance:GetResourceString for Normal test failed <%x>"))
                 return hr;
-            }
             line.append(text.View());
         }
         else

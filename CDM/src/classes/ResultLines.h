@@ -9,7 +9,7 @@
 struct CResultData;
 class CWomContext;
 
-// `timeStamp` is the record's, as CIM date-time. A text that cannot be had ends with its status, which has
-// been traced; `lines` is then unusable.
+// `timeStamp` is the record's, as CIM date-time. If a text cannot be had, its status is traced and returned;
+// `lines` is then unusable.
 HRESULT BuildResultLines(CWomContext& context, const CResultData& record, const wchar_t* timeStamp,
                          const wchar_t* title, std::vector<CBstr>& lines);

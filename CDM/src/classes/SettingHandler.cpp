@@ -1,6 +1,7 @@
 #include "CDM/src/classes/SettingHandler.h"
 
-#include "CDM/src/classes/InstanceSteps.h"
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/classes/RecordClass.h"
 
 namespace
@@ -25,9 +26,8 @@ constexpr Step kStepsWithValues[] = {
      "CTolva_DiagSetting::SendInstance:SetProperty(TestWarningLevel) failed <%x>"},
     {L"QuickMode", &PutFlag<&CSettingData::QuickMode>,
      "CTolva_DiagSetting::SendInstance:SetProperty(QuickMode) failed <%x>"},
-    // The stray "p" is part of the text that support knows.
     {L"ReportStatusMessages", &PutFlag<&CSettingData::ReportStatusMessages>,
-     "CTolva_DiagpSetting::SendInstance:SetProperty(ReportStatusMessages) failed <%x>"},
+     "CTolva_DiagpSetting::SendInstance:SetProperty(ReportStatusMessages) failed <%x>"}, // sic
     {L"PercentOfTestCoverage", &PutByte<&CSettingData::PercentOfTestCoverage>,
      "CTolva_DiagSetting::SendInstance:SetProperty(PercentOfTestCoverage) failed <%x>"},
 };
@@ -98,16 +98,12 @@ HRESULT CTolva_DiagSetting::UpdateInstanceAsync(CWomClassObject& instance)
     const CZebTrace trace("CTolva_DiagSetting::UpdateInstanceAsync");
     CBstr settingId;
     HRESULT hr = instance.GetProperty(L"SettingID", settingId);
-    if (FAILED(hr))
-    {
-        ZebDebug().Write("CTolva_DiagSetting::UpdateInstanceAsync:GetProperty failed, hr = <%x>", hr);
+    if (Failed(hr, "CTolva_DiagSetting::UpdateInstanceAsync:GetProperty failed, hr = <%x>"))
         return hr;
-    }
-    // Answers 0 or 1, so that nothing is rejected here: UpdateSetting decides about unknown settings.
+    // sic: the answer is 0 or 1, so that this rejects nothing. UpdateSetting decides about unknown settings.
     if (static_cast<HRESULT>(DiagMgr().SettingExists(settingId.Get())) == engine::NotFound)
         return wmi::NotFound;
     hr = DiagMgr().UpdateSetting(settingId.Get(), instance);
-    if (FAILED(hr))
-        ZebDebug().Write("CTolva_DiagSetting::UpdateInstanceAsync: UpdateSetting failed, hr = <%x>", hr);
+    (void)Failed(hr, "CTolva_DiagSetting::UpdateInstanceAsync: UpdateSetting failed, hr = <%x>");
     return hr;
 }

@@ -1,7 +1,7 @@
 // Serves Tolva_DiagSetting: one instance for the setting of each test. The only class that clients can write.
 #pragma once
 
-#include "CDM/src/WomClassHandler.h"
+#include "CDM/src/classes/WomClassHandler.h"
 
 class CTolva_DiagSetting final : public CWomClassHandler
 {

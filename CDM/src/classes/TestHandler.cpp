@@ -1,6 +1,6 @@
 #include "CDM/src/classes/TestHandler.h"
 
-#include "CDM/src/classes/InstanceSteps.h"
+#include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/classes/RecordClass.h"
 
 namespace
@@ -32,7 +32,6 @@ HRESULT PutCodes(CWomClassObject&, const wchar_t* property, CTestSource& source)
     return source.sender.PutCodes(property, source.record.*Member);
 }
 
-// Four of the texts name the result class; support knows them as they are.
 constexpr CInstanceStep<CTestSource> kSteps[] = {
     {L"Name", &PutText<&CTestData::Key>, "CTolva_DiagTest::SendInstance:SetProperty(Name) failed <%x>"},
     {nullptr, &FetchString<&CTestData::NameStringID>,
@@ -42,13 +41,14 @@ constexpr CInstanceStep<CTestSource> kSteps[] = {
      "CTolva_DiagTest::SendInstance:SetProperty(IsInUse) failed <%x>"},
     {nullptr, &FetchString<&CTestData::DescriptionStringID>,
      "CTolva_DiagTest::SendInstance:GetResourceString for Description failed"},
-    {L"Description", &PutFetched, "CTolva_DiagResult::SendInstance:SetProperty(Description) failed <%x>"},
+    {L"Description", &PutFetched,
+     "CTolva_DiagResult::SendInstance:SetProperty(Description) failed <%x>"}, // sic
     {L"OtherCharacteristicDescription", &PutNull,
-     "CTolva_DiagResult::SendInstance:SetProperty(OtherCharacteristicDescription) failed <%x>"},
+     "CTolva_DiagResult::SendInstance:SetProperty(OtherCharacteristicDescription) failed <%x>"}, // sic
     {L"Characteristics", &PutCodes<&CTestData::Characteristics>,
-     "CTolva_DiagResult::SendInstance:SetProperty(Characteristics) failed <%x>"},
+     "CTolva_DiagResult::SendInstance:SetProperty(Characteristics) failed <%x>"}, // sic
     {L"ResourcesUsed", &PutCodes<&CTestData::ResourcesUsed>,
-     "CTolva_DiagResult::SendInstance:SetProperty(ResourcesUsed) failed <%x>"},
+     "CTolva_DiagResult::SendInstance:SetProperty(ResourcesUsed) failed <%x>"}, // sic
     {L"CreationClassName", &PutConstant<kTestClass>,
      "CTolva_DiagTest::SendInstance:SetProperty(CreationClassName) failed <%x>"},
     {L"SystemCreationClassName", &PutConstant<kSystemClass>,

@@ -2,7 +2,7 @@
 // and stopped and its results are cleared.
 #pragma once
 
-#include "CDM/src/WomClassHandler.h"
+#include "CDM/src/classes/WomClassHandler.h"
 
 class CTolva_DiagTest final : public CWomClassHandler
 {

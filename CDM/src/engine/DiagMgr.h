@@ -5,7 +5,7 @@
 // owns what it gets.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/engine/DiagRecords.h"
 #include "Common/src/com/Bstr.h"
 

@@ -1,7 +1,7 @@
 // What the server reads from the registry when it starts. Values that cannot be read have built-in defaults.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
+#include "CDM/src/ZebHelpers.h"
 
 #include <string>
 #include <windows.h>

@@ -4,11 +4,10 @@
 #include "CDM/src/engine/DiagAgent.h"
 #include "CDM/src/server/CommandLine.h"
 #include "CDM/src/server/Configuration.h"
-#include "CDM/src/server/RegistrationReport.h"
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 
 #include <objbase.h>
 
@@ -16,8 +15,8 @@ namespace
 {
 const UINT g_forceExitMessage = RegisterWindowMessageA("Force Veltrane(R) ZEB WMI Providers to exit");
 
-// A provider object gives its lock up before it stores its results. Storing may outlast the monitor's
-// patience; the process waits for it, but not for ever.
+// A provider object releases its lock before it stores its results, which can take longer than the monitor's
+// five seconds. The process waits for that, but not forever.
 void WaitForLastProvider() noexcept
 {
     constexpr DWORD kStepMilliseconds = 50;
@@ -47,7 +46,7 @@ HRESULT Serve(CServerModule& module) noexcept
     const HRESULT hr =
         module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
     if (FAILED(hr))
-        return hr; // nobody could reach the server, or end it
+        return hr; // no client could reach the server, or end it
     CoResumeClassObjects();
 
     MSG message;

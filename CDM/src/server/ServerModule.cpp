@@ -2,8 +2,8 @@
 
 #include "CDM/src/ProviderImp.h"
 #include "CDM/src/server/ProviderFactory.h"
-#include "CDM/src/server/ServerIds.h"
 #include "Common/src/com/ComBoundary.h"
+#include "Common/src/wine/AtlLeftovers.h"
 
 #include <atomic>
 #include <oleauto.h>
@@ -103,10 +103,7 @@ HRESULT CServerModule::UnregisterServer() noexcept
 {
     RunScript(kModuleScript, FALSE);
     const HRESULT hr = AtlModuleUnregisterServerEx(&m_record, TRUE, nullptr);
-    // There are systems whose function answers S_OK and removes nothing. Where it has done its work, these
-    // two find nothing left to remove.
-    RunScript(kClassScript, FALSE);
-    UnRegisterTypeLib(m_typeLibrary, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
+    FinishUnregisteringUnderWine(m_record, kClassScript, m_typeLibrary);
     return hr;
 }
 
@@ -118,10 +115,7 @@ HRESULT CServerModule::RegisterClassObjects(DWORD context, DWORD flags) noexcept
 void CServerModule::RevokeClassObjects() noexcept
 {
     AtlModuleRevokeClassObjects(&m_record);
-    // There are systems whose function revokes nothing; where it did, the number means nothing any more.
-    for (atl::ObjectEntry* entry = s_objects; entry->clsid; ++entry)
-        if (const DWORD registration = std::exchange(entry->registration, 0))
-            CoRevokeClassObject(registration);
+    FinishRevokingUnderWine(s_objects);
 }
 
 HRESULT CServerModule::CreateProvider(REFIID riid, void** out)

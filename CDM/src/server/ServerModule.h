@@ -2,10 +2,10 @@
 // this server adds to it, the shutdown monitor and the paths that a provider object is made with.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
-#include "CDM/src/ServerLock.h"
-#include "CDM/src/server/AtlModule.h"
+#include "CDM/src/ProviderBase.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/server/ShutdownMonitor.h"
+#include "Common/src/com/AtlModule.h"
 
 class CServerModule final : public IServerLock
 {
@@ -26,7 +26,7 @@ class CServerModule final : public IServerLock
     HRESULT RegisterServer() noexcept;
     HRESULT UnregisterServer() noexcept;
 
-    // False where there is no monitor: the server then runs until it is ended from outside.
+    // False if no monitor could be started: the server then runs until it is ended from outside.
     bool StartMonitor() noexcept { return m_monitor.Start(m_mainThread); }
     HRESULT RegisterClassObjects(DWORD context, DWORD flags) noexcept;
     void RevokeClassObjects() noexcept;

@@ -1,4 +1,4 @@
-// Ends the server when nobody has used it for some seconds. A thread of its own watches an event that the
+// Ends the server when no client has used it for some seconds. A thread of its own watches an event that the
 // server signals whenever its last lock goes; it decides by the lock count and an activity flag, which it
 // tests twice: before and after it has COM turn new clients away. With the second test it closes the server:
 // COM's class objects can still be held by somebody, but nothing is made any more.
@@ -30,14 +30,14 @@ class CShutdownMonitor
     CShutdownMonitor(const CShutdownMonitor&) = delete;
     CShutdownMonitor& operator=(const CShutdownMonitor&) = delete;
 
-    // Creates event and thread. False where one of them cannot be had; there is then no monitor. When the
-    // monitor finds the server idle, it closes both and posts WM_QUIT to `mainThread`.
+    // Creates event and thread. False if either cannot be created; there is no monitor then. When the monitor
+    // finds the server idle, it closes both and posts WM_QUIT to `mainThread`.
     bool Start(DWORD mainThread) noexcept;
     // The last lock has gone; from any thread, at any time.
     void Signal() noexcept;
 
-    // Runs `enter`, which takes a lock, unless the server is closed. What comes between the monitor's second
-    // test and the end of the process is told apart here, for certain.
+    // Runs `enter`, which takes a lock, unless the server is closed: a request is either in time for the
+    // monitor's second test or refused.
     template <class Enter>
     bool Admit(Enter&& enter)
     {
@@ -48,7 +48,7 @@ class CShutdownMonitor
         return true;
     }
     void Open() noexcept;
-    // Also where the server ends without the monitor's doing.
+    // Also for a server that ends without the monitor.
     void Close() noexcept;
 
   private:

@@ -36,7 +36,7 @@ class CBstr
         owner.m_text = text;
         return owner;
     }
-    // A copy made without an exception: null where memory ran out or the source is null.
+    // A copy made without an exception: null if memory ran out or the source is null.
     static BSTR CopyOrNull(BSTR text) noexcept
     {
         return text ? SysAllocStringLen(text, SysStringLen(text)) : nullptr;

@@ -1,5 +1,5 @@
 // The edge of every COM method and thread procedure: the body runs inside one function that turns any
-// exception into a code. Nothing else in a method catches, save the provider's own barrier.
+// exception into a code. Nothing else in a method catches, except the provider's own barrier.
 #pragma once
 
 #include <new>

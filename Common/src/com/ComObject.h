@@ -13,8 +13,7 @@
 // How many objects made from CComObject exist in this process. For tests and shutdown decisions.
 inline std::atomic<long> g_liveComObjects{0};
 
-// An interface that derives from another one listed by nobody: specialise ComBaseOf to answer for the base
-// as well.
+// For an interface that derives from another one, specialise ComBaseOf to answer for the base as well.
 template <class Interface>
 struct ComBaseOf
 {

@@ -1,5 +1,5 @@
-// A critical section that initialises and deletes itself, and the plain scope that holds it. Where the
-// trace must show the locking, use CZebLock instead.
+// A critical section that initialises and deletes itself, and the plain scope that holds it. If the trace has
+// to show the locking, use CZebLock instead.
 #pragma once
 
 #include <windows.h>

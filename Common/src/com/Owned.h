@@ -2,6 +2,7 @@
 // goes out of scope; it is moved, never copied. Owners are not shared between threads.
 #pragma once
 
+#include <objbase.h>
 #include <utility>
 #include <windows.h>
 
@@ -85,3 +86,23 @@ struct LocalTextTraits
     static void Close(Type p) noexcept { LocalFree(p); }
 };
 using CLocalText = COwned<LocalTextTraits>;
+
+// Memory from the COM task allocator.
+template <class T>
+struct CoTaskMemTraits
+{
+    using Type = T*;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type p) noexcept { CoTaskMemFree(p); }
+};
+template <class T>
+using CCoTaskMem = COwned<CoTaskMemTraits<T>>;
+
+// A system service, or the service control manager.
+struct ServiceHandleTraits
+{
+    using Type = SC_HANDLE;
+    static Type Empty() noexcept { return nullptr; }
+    static void Close(Type h) noexcept { CloseServiceHandle(h); }
+};
+using CServiceHandle = COwned<ServiceHandleTraits>;

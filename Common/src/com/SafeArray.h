@@ -15,7 +15,7 @@ struct SafeArrayTraits
 };
 using CSafeArray = COwned<SafeArrayTraits>;
 
-// Holds the data of a one-dimensional array of `T` for reading. Where the array is null, has another element
+// Holds the data of a one-dimensional array of `T` for reading. If the array is null, has another element
 // type, more dimensions, bounds that contradict each other or no data, the view is empty and Valid() is
 // false.
 template <class T>

@@ -9,7 +9,7 @@ class CVariant : public VARIANT
 {
   public:
     CVariant() noexcept { VariantInit(this); }
-    // Each of these throws std::bad_alloc where it copies a text and memory runs out.
+    // Each of these throws std::bad_alloc if it copies a text and memory runs out.
     static CVariant FromText(const wchar_t* text)
     {
         CBstr copy(text ? text : L"");

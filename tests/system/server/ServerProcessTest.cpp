@@ -1,5 +1,5 @@
 // The server as a process: registered by its command line, started by COM, ended by itself.
-#include "CDM/src/server/ServerIds.h"
+#include "CDM/src/server/ProviderFactory.h"
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/Owned.h"
 #include "tests/system/support/Process.h"

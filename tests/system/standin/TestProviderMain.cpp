@@ -1,6 +1,6 @@
 // StandinTestProvider.exe: a provider process as small as one can be.
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 #include "tests/system/standin/TestProvider.h"
 #include "tests/system/standin/TestProviderIds.h"
 

@@ -1,7 +1,7 @@
 #include "tests/system/support/Process.h"
 
 #include "Common/src/com/ComPtr.h"
-#include "Common/src/com/ServiceHandle.h"
+#include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 
 #include <algorithm>

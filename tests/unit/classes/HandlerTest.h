@@ -2,9 +2,9 @@
 // adapter A and a sender/responder test on adapter B, a sink, and readers of what was indicated.
 #pragma once
 
-#include "CDM/src/WomClassHandler.h"
 #include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebImpResourceMgr.h"
+#include "CDM/src/classes/WomClassHandler.h"
 #include "Common/src/WomClassCache.h"
 #include "Common/src/com/SafeArray.h"
 #include "Common/src/com/WmiStatus.h"

@@ -1,5 +1,5 @@
-#include "Common/src/com/CoTaskMem.h"
 #include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/Owned.h"
 #include "Common/src/com/SafeArray.h"
 #include "Common/src/com/Variant.h"
 

@@ -1,4 +1,4 @@
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/ComPtr.h"

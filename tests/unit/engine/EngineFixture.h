@@ -1,7 +1,7 @@
 // A manager over a fake agent, with a registry, a folder and a clock of the test's own.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"

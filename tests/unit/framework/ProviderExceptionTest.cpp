@@ -1,4 +1,5 @@
 #include "CDM/src/ZebDebug.h"
+#include "Common/src/WomExtendedStatus.h"
 #include "Common/src/com/SafeArray.h"
 #include "tests/support/FakeSink.h"
 #include "tests/unit/framework/FrameworkTest.h"
@@ -91,7 +92,7 @@ TEST_F(ProviderExceptionTest, TheDescriptionDoesWithoutContextAndText)
 TEST_F(ProviderExceptionTest, AnUnhandledExceptionReachesTheClientAsExtendedStatus)
 {
     const CWomProviderException e = Unhandled();
-    e.ReportToSink(m_sink);
+    ReportToSink(e, m_sink);
     ASSERT_EQ(1u, m_sink->Statuses().size());
     const CFakeSink::CStatus status = m_sink->Statuses()[0];
     EXPECT_EQ(WBEM_STATUS_COMPLETE, status.Flags);
@@ -119,7 +120,7 @@ TEST_F(ProviderExceptionTest, AnUnhandledExceptionReachesTheClientAsExtendedStat
 
 TEST_F(ProviderExceptionTest, ReasonsArriveInTheirOrder)
 {
-    Unhandled({CBstr(L"first"), CBstr(L"second")}).ReportToSink(m_sink);
+    ReportToSink(Unhandled({CBstr(L"first"), CBstr(L"second")}), m_sink);
     const CVariant reasons = Reported(*m_sink, L"RuleFailureReasons");
     const CSafeArrayView<BSTR> view(reasons.parray, VT_BSTR);
     ASSERT_EQ(2u, view.Items().size());
@@ -130,7 +131,7 @@ TEST_F(ProviderExceptionTest, ReasonsArriveInTheirOrder)
 TEST_F(ProviderExceptionTest, ARequestsResultDoesNotChangeTheStatusOfTheSink)
 {
     const CWomProviderException e(m_context.get(), 0x80040901, L"", E_ACCESSDENIED, "x", 1, "", {});
-    e.ReportToSink(m_sink);
+    ReportToSink(e, m_sink);
     ASSERT_EQ(1u, m_sink->Statuses().size());
     EXPECT_EQ(wmi::Failed, m_sink->Statuses()[0].Result);
 }
@@ -138,7 +139,7 @@ TEST_F(ProviderExceptionTest, ARequestsResultDoesNotChangeTheStatusOfTheSink)
 TEST_F(ProviderExceptionTest, TheReportIsTraced)
 {
     const CTraceCapture trace;
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     EXPECT_TRUE(trace.Has("{ --> CWomClassObject::DebugOutput"));
     EXPECT_TRUE(trace.Has("ParameterInfo = BSTR \"CWomClassRouter::GetObjectAsync\""));
     EXPECT_TRUE(trace.Has("Line = I4 361 (0x169)"));
@@ -159,7 +160,7 @@ class CTracingSink final : public CComObject<IWbemObjectSink>
 TEST_F(ProviderExceptionTest, TheReportIsTracedBeforeTheClientHasIt)
 {
     const CTraceCapture trace;
-    Unhandled().ReportToSink(MakeCom<CTracingSink>());
+    ReportToSink(Unhandled(), MakeCom<CTracingSink>());
     const std::vector<std::string> lines = trace.Lines();
     const auto at = [&](const char* text)
     {
@@ -176,7 +177,7 @@ TEST_F(ProviderExceptionTest, PropertiesAreSetInTheirOrder)
     constexpr const wchar_t* kOrder[] = {L"Description",  L"Operation",     L"ParameterInfo",
                                          L"ProviderName", L"StatusCode",    L"File",
                                          L"Line",         L"SessionHandle", L"RuleFailureReasons"};
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     ASSERT_EQ(std::size(kOrder), m_plan->Puts().size());
     for (size_t i = 0; i < std::size(kOrder); ++i)
         EXPECT_EQ(kOrder[i], m_plan->Puts()[i]);
@@ -189,7 +190,7 @@ TEST_F(ProviderExceptionTest, APropertyThatIsRefusedDoesNotStopTheReport)
         const auto sink = MakeCom<CFakeSink>();
         const int before = m_plan->Count(Call::Put);
         m_plan->Fail(Call::Put, n, wmi::TypeMismatch);
-        Unhandled().ReportToSink(sink);
+        ReportToSink(Unhandled(), sink);
         EXPECT_EQ(9, m_plan->Count(Call::Put) - before);
         ASSERT_EQ(1u, sink->Statuses().size());
         EXPECT_TRUE(sink->Statuses()[0].Object);
@@ -199,17 +200,17 @@ TEST_F(ProviderExceptionTest, APropertyThatIsRefusedDoesNotStopTheReport)
 TEST_F(ProviderExceptionTest, ADumpThatFailsDoesNotStopTheReport)
 {
     m_plan->Fail(Call::GetNames, 1, E_OUTOFMEMORY);
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     EXPECT_EQ(1u, m_sink->Statuses().size());
 }
 
 TEST_F(ProviderExceptionTest, WithoutTheStatusClassNothingIsSent)
 {
     m_services->FailGetObject(1, wmi::NotFound);
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     EXPECT_TRUE(m_sink->Statuses().empty());
     m_plan->Fail(Call::SpawnInstance, 1, wmi::OutOfMemory);
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     EXPECT_TRUE(m_sink->Statuses().empty());
     const long held = g_liveComObjects;
     m_sink.Reset();
@@ -218,15 +219,15 @@ TEST_F(ProviderExceptionTest, WithoutTheStatusClassNothingIsSent)
 
 TEST_F(ProviderExceptionTest, WithoutAContextOrASinkNothingIsSent)
 {
-    CWomProviderException(nullptr, kUnhandled, L"", wmi::Failed, "x", 1, "", {}).ReportToSink(m_sink);
+    ReportToSink(CWomProviderException(nullptr, kUnhandled, L"", wmi::Failed, "x", 1, "", {}), m_sink);
     EXPECT_TRUE(m_sink->Statuses().empty());
-    Unhandled().ReportToSink(nullptr);
+    ReportToSink(Unhandled(), nullptr);
     EXPECT_TRUE(m_services->GetCalls().empty());
 }
 
 TEST_F(ProviderExceptionTest, TheReportReleasesTheSink)
 {
-    Unhandled().ReportToSink(m_sink);
+    ReportToSink(Unhandled(), m_sink);
     const long held = g_liveComObjects;
     m_sink.Reset();
     EXPECT_GT(held, g_liveComObjects);

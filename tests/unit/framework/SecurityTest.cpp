@@ -1,5 +1,5 @@
 #include "CDM/src/ZebDebug.h"
-#include "Common/src/VormRoot.h"
+#include "Common/src/VormAgentMgr.h"
 #include "Common/src/WomSecurity.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/FakeCallContext.h"

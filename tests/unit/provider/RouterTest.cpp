@@ -1,4 +1,4 @@
-#include "CDM/src/WomClassRouter.h"
+#include "CDM/src/classes/WomClassHandler.h"
 #include "tests/unit/provider/ProbeHandler.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "CDM/src/classes/ResultHandler.h"
 #include "CDM/src/classes/SettingHandler.h"
 #include "CDM/src/classes/TestHandler.h"
-#include "Common/src/WomProviderException.h"
+#include "Common/src/WomExtendedStatus.h"
 #include "Common/src/com/Text.h"
 #include "tests/unit/classes/HandlerTest.h"
 #include "tests/unit/schema/WrittenProperties.h"
@@ -62,9 +62,9 @@ class HandlersTest : public HandlerTest
             [&]
             {
                 m_sink = MakeCom<CFakeSink>();
-                CWomProviderException(&Context(), E_FAIL, L"info", E_FAIL, "file", 1, "text",
-                                      {CBstr(L"reason")})
-                    .ReportToSink(m_sink);
+                ReportToSink(CWomProviderException(&Context(), E_FAIL, L"info", E_FAIL, "file", 1, "text",
+                                                   {CBstr(L"reason")}),
+                             m_sink);
                 std::vector<ComPtr<IWbemClassObject>> objects;
                 for (const CFakeSink::CStatus& status : m_sink->Statuses())
                     objects.push_back(status.Object);

@@ -1,5 +1,5 @@
+#include "CDM/src/server/ProviderFactory.h"
 #include "CDM/src/server/Server.h"
-#include "CDM/src/server/ServerIds.h"
 #include "CDM/src/server/ServerModule.h"
 
 #include "Common/src/com/ComObject.h"

@@ -1,4 +1,4 @@
-#include "CDM/src/server/RegistrationReport.h"
+#include "CDM/src/server/CommandLine.h"
 #include "Common/src/com/Owned.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "CDM/src/ZebDebugPath.h"
+#include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebRegistry.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/support/LogFile.h"

@@ -1,6 +1,5 @@
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/ZebLock.h"
 #include "tests/support/TraceCapture.h"
 #include "tests/unit/support/LogFile.h"
 
@@ -64,6 +63,13 @@ TEST(FailedCall, LeavesNoLineOfASuccess)
     EXPECT_FALSE(Failed(S_OK, "CSome::Run:Other failed, hr = <%x>"));
     EXPECT_FALSE(Failed(S_FALSE, "CSome::Run:Other failed, hr = <%x>"));
     EXPECT_TRUE(trace.Lines().empty());
+}
+
+TEST(FailedCall, WithoutACallIsTracedAndGivenBack)
+{
+    const CTraceCapture trace;
+    EXPECT_EQ(E_INVALIDARG, TraceFailure(E_INVALIDARG, "CSome::Run: no name"));
+    EXPECT_EQ(Lines{"CSome::Run: no name"}, trace.Lines());
 }
 
 TEST(FunctionTrace, CountsTheDepthOfEachThreadByItself)

@@ -1,5 +1,6 @@
 // The manager's start-up.
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/DiagMgrState.h"

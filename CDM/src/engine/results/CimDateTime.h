@@ -1,7 +1,7 @@
 // Local times as CIM DATETIME text and back.
 #pragma once
 
-#include "Common/src/com/CoTaskMem.h"
+#include "Common/src/com/Owned.h"
 
 #include <windows.h>
 

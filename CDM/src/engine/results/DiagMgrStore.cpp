@@ -1,5 +1,6 @@
 // The manager's way to the result store.
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/DiagMgrState.h"
 #include "CDM/src/engine/EngineBoundary.h"
@@ -7,7 +8,6 @@
 #include "CDM/src/engine/results/store/ResultChanges.h"
 #include "CDM/src/engine/results/store/ResultsStore.h"
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/ProcessIdentity.h"
 
 // What was stored before a failure is kept, and so is what the file held of the results after it.
 HRESULT CDiagMgr::CState::StoreResults()

@@ -1,7 +1,6 @@
 #include "CDM/src/engine/results/store/ResultsStore.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/ZebLock.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/results/store/ResultFields.h"

@@ -1,4 +1,4 @@
-#include "Common/src/com/ProcessIdentity.h"
+#include "CDM/src/ZebHelpers.h"
 
 #include <gtest/gtest.h>
 

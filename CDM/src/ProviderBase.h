@@ -1,12 +1,46 @@
-// The provider's two interfaces with every operation of IWbemServices refused. The provider overrides those
-// that it serves; the rest share this one answer and leave no trace.
+// What the provider object stands on: its lock on the server, and its two interfaces with every operation
+// refused.
 #pragma once
 
 #include "Common/src/com/ComObject.h"
 #include "Common/src/com/WmiStatus.h"
 
+#include <utility>
 #include <wbemprov.h>
 
+// What keeps the provider's process alive. The server counts the locks; when the last one goes, it ends some
+// seconds later. Any thread may lock and unlock.
+class IServerLock
+{
+  public:
+    virtual LONG Lock() noexcept = 0;
+    virtual LONG Unlock() noexcept = 0;
+
+  protected:
+    ~IServerLock() = default;
+};
+
+// One lock, held from construction until Release or destruction, whichever comes first.
+class CServerLockHold
+{
+  public:
+    explicit CServerLockHold(IServerLock& server) noexcept : m_server(&server) { server.Lock(); }
+    CServerLockHold(const CServerLockHold&) = delete;
+    CServerLockHold& operator=(const CServerLockHold&) = delete;
+    ~CServerLockHold() { Release(); }
+
+    void Release() noexcept
+    {
+        if (IServerLock* server = std::exchange(m_server, nullptr))
+            server->Unlock();
+    }
+
+  private:
+    IServerLock* m_server;
+};
+
+// Refuses every operation of IWbemServices in one way and without a trace. The provider overrides those that
+// it serves.
 class CUnsupportedServices : public CComObject<IWbemProviderInit, IWbemServices>
 {
   public:

@@ -1,8 +1,4 @@
-// What every handler of a management class implements. The provider owns the handlers and calls them from
-// many request threads at once: a handler keeps no state of its own besides the pointer to the diagnostics
-// manager, which outlives it. A handler delivers instances through the sink itself and never calls SetStatus;
-// the provider ends each request. The sink is a reference of the handler's own, given up when the call ends.
-// Failure is the HRESULT, or an exception that the provider's barrier turns into one.
+// What every handler of a management class implements, and the router that finds the handler of a class.
 #pragma once
 
 #include "CDM/src/engine/naming/InstancePath.h"
@@ -11,6 +7,8 @@
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComPtr.h"
 
+#include <map>
+#include <string>
 #include <wbemcli.h>
 
 // The platform header makes a macro of this name.
@@ -18,6 +16,11 @@
 
 class CDiagMgr;
 
+// The provider owns the handlers and calls them from many request threads at once: a handler keeps no state
+// of its own besides the pointer to the diagnostics manager, which outlives it. A handler delivers instances
+// through the sink itself and never calls SetStatus; the provider ends each request. The sink is a reference
+// of the handler's own, given up when the call ends. Failure is the HRESULT, or an exception that the
+// provider's barrier turns into one.
 class CWomClassHandler
 {
   public:
@@ -30,7 +33,7 @@ class CWomClassHandler
                                    ComPtr<IWbemObjectSink> sink) = 0;
     // Indicates every instance of the class.
     virtual HRESULT CreateInstanceEnumAsync(CWomContext& context, ComPtr<IWbemObjectSink> sink) = 0;
-    // Stores an instance; `path` receives its object path where the handler gives one.
+    // Stores an instance; `path` receives its object path if the handler gives one.
     virtual HRESULT PutInstanceAsync(CWomClassObject& instance, CWomContext& context, CBstr& path,
                                      ComPtr<IWbemObjectSink> sink);
     // Runs a method; the handler fills `out`, an instance of the method's out-signature.
@@ -47,4 +50,19 @@ class CWomClassHandler
 
   private:
     CDiagMgr* m_manager = nullptr;
+};
+
+// Finds a handler by the name of its class, without regard to case by the rules of the ANSI code page. Filled
+// while the provider initialises, read from any thread afterwards. Owns no handler.
+class CWomClassRouter
+{
+  public:
+    // Registers the handler under the name that it gives; the first of a name stays.
+    void AddClass(CWomClassHandler* handler);
+    // Null if no handler serves the class or the name is null.
+    CWomClassHandler* FindClass(const wchar_t* className) const;
+    void Clear() noexcept { m_handlers.clear(); }
+
+  private:
+    std::map<std::wstring, CWomClassHandler*> m_handlers;
 };

@@ -1,4 +1,4 @@
-#include "Common/src/com/StubHold.h"
+#include "Common/src/wine/StubHold.h"
 
 #include "Common/src/com/ComPtr.h"
 
@@ -9,7 +9,8 @@
 
 namespace
 {
-// Claims one interface, so that a stub can be made for it. Nobody gets a reference through which to call it.
+// Claims one interface, so that a stub can be made for it. No client gets a reference through which to call
+// it.
 class CNobody final : public IUnknown
 {
   public:
