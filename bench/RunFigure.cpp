@@ -5,7 +5,6 @@
 #include "bench/RunRequest.h"
 
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
 #include "Common/src/com/Variant.h"
 
 namespace

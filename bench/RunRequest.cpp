@@ -1,7 +1,6 @@
 #include "bench/RunRequest.h"
 
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
 #include "Common/src/com/Variant.h"
 #include "bench/BenchAgent.h"
 #include "bench/Must.h"

@@ -7,7 +7,6 @@
 
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
 #include "CDM/src/engine/results/store/ResultsStore.h"
 #include "Common/src/VormAgentMgr.h"
 #include "tests/support/RegistryScope.h"

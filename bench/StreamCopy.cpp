@@ -1,8 +1,8 @@
 #include "bench/StreamCopy.h"
 
-#include "CDM/src/engine/results/store/MemoryBytes.h"
 #include "CDM/src/engine/results/store/ResultFields.h"
 #include "CDM/src/engine/results/store/StoreFiles.h"
+#include "CDM/src/engine/results/store/StoreSession.h"
 #include "Common/src/com/ComPtr.h"
 #include "bench/Must.h"
 

@@ -1,7 +1,7 @@
 #include "CDM/src/classes/Associations.h"
 
 #include "CDM/src/engine/DiagMgr.h"
-#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 
 namespace
 {

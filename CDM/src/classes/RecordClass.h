@@ -4,9 +4,9 @@
 
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/classes/InstanceSender.h"
-#include "CDM/src/classes/ReadKey.h"
 #include "CDM/src/engine/DiagMgr.h"
 #include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 #include "Common/src/VormArray.h"
 #include "Common/src/com/WmiStatus.h"
 

@@ -4,8 +4,8 @@
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/classes/InstanceSender.h"
 #include "CDM/src/engine/DiagMgr.h"
-#include "CDM/src/engine/EngineBoundary.h"
-#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 #include "Common/src/com/WmiStatus.h"
 
 namespace

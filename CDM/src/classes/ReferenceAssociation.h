@@ -3,8 +3,8 @@
 // only to be there.
 #pragma once
 
-#include "CDM/src/classes/ReadKey.h"
 #include "CDM/src/classes/WomClassHandler.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 #include "Common/src/VormArray.h"
 
 class CInstanceSender;

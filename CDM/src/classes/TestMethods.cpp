@@ -1,11 +1,9 @@
 #include "CDM/src/ZebTrace.h"
-#include "CDM/src/classes/ReadKey.h"
 #include "CDM/src/classes/TestHandler.h"
 #include "CDM/src/engine/DiagMgr.h"
-#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/naming/InstancePath.h"
 #include "Common/src/com/Text.h"
 #include "Common/src/com/WmiStatus.h"
 

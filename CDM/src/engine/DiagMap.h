@@ -4,7 +4,6 @@
 // until the next change.
 #pragma once
 
-#include "CDM/src/engine/EngineBoundary.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/SharedLock.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
@@ -13,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,7 +28,7 @@ class CDiagMap
     CDiagMap(const CDiagMap&) = delete;
     CDiagMap& operator=(const CDiagMap&) = delete;
 
-    // To be called before anything is added; until then the map is empty. False where memory ran out.
+    // To be called before anything is added; until then the map is empty. False if memory ran out.
     bool Create()
     {
         m_objects = TryMake<Objects>();
@@ -53,6 +53,12 @@ class CDiagMap
         if (!object)
             object = Find(FoldKey(key));
         return object ? S_OK : engine::NotFound;
+    }
+
+    bool Contains(BSTR key) const
+    {
+        std::shared_ptr<T> object;
+        return WithinMemory([&] { return GetObj(key, object); }) == S_OK;
     }
 
     HRESULT RemoveObj(BSTR key)
@@ -82,7 +88,7 @@ class CDiagMap
         return list;
     }
 
-    // All keys, in the order of their text. The list is everybody's: it is read only, and the same one until
+    // All keys, in the order of their text. The list is shared: it is read only, and the same one until
     // the map changes.
     HRESULT EnumObj(CVormArray<BSTR>& keys) const
     {
@@ -164,4 +170,54 @@ class CDiagMap
     mutable CSharedLock m_lock;
     std::shared_ptr<Objects> m_objects;
     mutable KeyList m_keys; // of the map as it is; empty until it is asked for
+};
+
+// What `action` makes of the object with this key. A key that is not there is traced as `failure`.
+template <class T, class Action>
+HRESULT WithObject(const CDiagMap<T>& map, BSTR key, const char* failure, Action&& action)
+{
+    return WithinMemory(
+        [&]
+        {
+            std::shared_ptr<T> object;
+            const HRESULT hr = map.GetObj(key, object);
+            return Failed(hr, failure) ? hr : action(*object);
+        });
+}
+
+template <class T, class Data>
+HRESULT ReadObject(const CDiagMap<T>& map, BSTR key, const char* failure, Data* data)
+{
+    if (!data)
+        return E_POINTER;
+    return WithObject(map, key, failure, [&](const T& object) { return *data = object.Data(), S_OK; });
+}
+
+template <class T>
+HRESULT EnumKeys(const CDiagMap<T>& map, const char* failure, CVormArray<BSTR>& keys)
+{
+    const HRESULT hr = WithinMemory([&] { return map.EnumObj(keys); });
+    (void)Failed(hr, failure);
+    return hr;
+}
+
+// Which position each adapter had in the agent's list. Filled at start-up, only read afterwards.
+class CIndexMap
+{
+  public:
+    // engine::AlreadyPresent keeps the first index. Throws std::bad_alloc.
+    HRESULT AddIndexToMap(BSTR adapterKey, const CBstr& index)
+    {
+        return m_indexes.emplace(FoldKey(adapterKey), index).second ? S_OK : engine::AlreadyPresent;
+    }
+
+    // A null BSTR for an unknown adapter.
+    CBstr GetIndexFromMap(BSTR adapterKey) const
+    {
+        const auto found = m_indexes.find(FoldKey(adapterKey));
+        return found == m_indexes.end() ? CBstr() : found->second;
+    }
+
+  private:
+    std::map<std::wstring, CBstr> m_indexes;
 };

@@ -2,38 +2,28 @@
 
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
-#include "CDM/src/engine/DiagMgrState.h"
-#include "CDM/src/engine/EngineBoundary.h"
+#include "CDM/src/engine/EngineStatus.h"
+#include "CDM/src/engine/catalogue/Catalogue.h"
+#include "CDM/src/engine/results/Results.h"
+#include "CDM/src/engine/results/store/StoreFiles.h"
+#include "CDM/src/engine/runs/RunEnvironment.h"
+#include "CDM/src/engine/runs/Runs.h"
 #include "Common/src/com/ComBoundary.h"
 
-namespace
+// Shared with the runs that are going on: one that cannot be ended while the manager goes keeps what it works
+// with.
+struct CDiagMgr::CState
 {
-// Asks a map for an object; `trace` is the text of the operation that asks.
-template <class T>
-std::shared_ptr<T> Find(const CDiagMap<T>& map, BSTR key, const char* trace, HRESULT& hr)
-{
-    std::shared_ptr<T> object;
-    hr = map.GetObj(key, object);
-    if (FAILED(hr))
-        ZebDebug().Write(trace, hr);
-    return object;
-}
+    CState(const CHostPaths& paths, const CEngineSeams& seams)
+        : results(paths, seams.store ? *seams.store : PlatformStoreFiles(), catalogue),
+          runs(catalogue, results, seams.run ? *seams.run : SystemRunEnvironment())
+    {
+    }
 
-template <class T>
-HRESULT Enumerate(const CDiagMap<T>& map, CVormArray<BSTR>& keys, const char* trace)
-{
-    const HRESULT hr = WithinMemory([&] { return map.EnumObj(keys); });
-    if (FAILED(hr))
-        ZebDebug().Write(trace, hr);
-    return hr;
-}
-} // namespace
-
-CDiagMgr::CState::CState(const CHostPaths& hostPaths, const CEngineSeams& seams)
-    : paths(hostPaths), environment(seams.run ? *seams.run : SystemRunEnvironment()),
-      files(seams.store ? *seams.store : PlatformStoreFiles())
-{
-}
+    CCatalogue catalogue;
+    CResults results;
+    CRuns runs;
+};
 
 CDiagMgr::CDiagMgr(const CHostPaths& paths, const CEngineSeams& seams)
     : m_state(std::make_shared<CState>(paths, seams))
@@ -42,115 +32,117 @@ CDiagMgr::CDiagMgr(const CHostPaths& paths, const CEngineSeams& seams)
 
 CDiagMgr::~CDiagMgr()
 {
-    if (FAILED(AtComBoundary([&] { return m_state->EndRuns(); })))
-        ZebDebug().Write("CDiagMgr::~CDiagMgr: a run could not be ended");
-    const HRESULT hr = AtComBoundary([&] { return m_state->StoreResults(); });
-    if (FAILED(hr))
-        ZebDebug().Write("CDiagMgr::~CDiagMgr:StoreResults failed, hr = <%x>", hr);
+    (void)Failed(AtComBoundary([&] { return m_state->runs.EndAll(); }),
+                 "CDiagMgr::~CDiagMgr: a run could not be ended");
+    (void)Failed(AtComBoundary([&] { return m_state->results.StoreAll(); }),
+                 "CDiagMgr::~CDiagMgr:StoreResults failed, hr = <%x>");
+}
+
+HRESULT CDiagMgr::Initialize(const CVormAgentMgr* agents)
+{
+    return WithinMemory(
+        [&]
+        {
+            CCatalogue& catalogue = m_state->catalogue;
+            CResults& results = m_state->results;
+            HRESULT hr = catalogue.Connect(agents);
+            if (SUCCEEDED(hr))
+                hr = catalogue.CreateTests();
+            if (SUCCEEDED(hr))
+                hr = results.Create();
+            if (SUCCEEDED(hr))
+                hr = catalogue.CreateSettings();
+            if (FAILED(hr))
+                return hr;
+            CStoreSession store = results.OpenStore(CStoreSession::Purpose::Read);
+            hr = catalogue.Fill([&](BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor)
+                                { return results.AddStored(adapterKey, testKey, descriptor, store); });
+            return SUCCEEDED(hr) ? results.ReadConfiguration() : hr;
+        });
 }
 
 HRESULT CDiagMgr::EnumTests(CVormArray<BSTR>& keys)
 {
-    return Enumerate(m_state->tests, keys, "CDiagMgr::EnumTests:EnumObj failed, hr = <%x>");
+    return EnumKeys(m_state->catalogue.Tests(), "CDiagMgr::EnumTests:EnumObj failed, hr = <%x>", keys);
 }
 
 HRESULT CDiagMgr::EnumSettings(CVormArray<BSTR>& keys)
 {
-    return Enumerate(m_state->settings, keys, "CDiagMgr::EnumSettings:EnumObj failed, hr = <%x>");
+    return EnumKeys(m_state->catalogue.Settings(), "CDiagMgr::EnumSettings:EnumObj failed, hr = <%x>", keys);
 }
 
 HRESULT CDiagMgr::EnumResults(CVormArray<BSTR>& keys)
 {
-    return m_state->EnumResults(keys);
-}
-
-HRESULT CDiagMgr::CState::EnumResults(CVormArray<BSTR>& keys) const
-{
-    const CZebTrace trace("CDiagMgr::EnumResults");
-    return Enumerate(results, keys, "CDiagMgr::EnumResults:EnumObj failed, hr = <%x>");
+    return m_state->results.Enum(keys);
 }
 
 HRESULT CDiagMgr::GetTestData(BSTR testKey, CTestData* data)
 {
-    if (!data)
-        return E_POINTER;
-    return WithinMemory(
-        [&]
-        {
-            HRESULT hr = S_OK;
-            const auto test =
-                Find(m_state->tests, testKey, "CDiagMgr::GetTestData:GetObj failed, hr = <%x>", hr);
-            if (test)
-                *data = test->Data();
-            return hr;
-        });
+    return ReadObject(m_state->catalogue.Tests(), testKey, "CDiagMgr::GetTestData:GetObj failed, hr = <%x>",
+                      data);
 }
 
 HRESULT CDiagMgr::GetSettingData(BSTR testKey, CSettingData* data)
 {
-    if (!data)
-        return E_POINTER;
-    return WithinMemory([&] { return m_state->GetSettingData(testKey, *data); });
-}
-
-HRESULT CDiagMgr::CState::GetSettingData(BSTR testKey, CSettingData& data) const
-{
-    HRESULT hr = S_OK;
-    const auto setting = Find(settings, testKey, "CDiagMgr::GetSettingData:GetObj failed, hr = <%x>", hr);
-    if (setting)
-        data = setting->Data();
-    return hr;
+    return m_state->catalogue.GetSettingData(testKey, data);
 }
 
 HRESULT CDiagMgr::GetResultData(BSTR testKey, CResultData* data)
 {
-    if (!data)
-        return E_POINTER;
-    return WithinMemory([&] { return m_state->GetResultData(testKey, *data); });
-}
-
-HRESULT CDiagMgr::CState::GetResultData(BSTR testKey, CResultData& data) const
-{
-    HRESULT hr = S_OK;
-    const auto result = Find(results, testKey, "CDiagMgr::GetResultData:GetObj failed, hr = <%x>", hr);
-    if (result)
-        data = result->Data();
-    return hr;
+    return m_state->results.GetData(testKey, data);
 }
 
 BOOL CDiagMgr::SettingExists(BSTR settingKey)
 {
-    std::shared_ptr<CDiagSetting> setting;
-    return WithinMemory([&] { return m_state->settings.GetObj(settingKey, setting); }) == S_OK;
+    return m_state->catalogue.Settings().Contains(settingKey);
 }
 
 BOOL CDiagMgr::ResultExists(BSTR resultKey)
 {
-    std::shared_ptr<CDiagResult> result;
-    return WithinMemory([&] { return m_state->results.GetObj(resultKey, result); }) == S_OK;
+    return m_state->results.Exists(resultKey);
 }
 
 HRESULT CDiagMgr::LockTest(BSTR testKey)
 {
-    return WithinMemory(
-        [&]
-        {
-            HRESULT hr = S_OK;
-            const auto test =
-                Find(m_state->tests, testKey, "CDiagMgr::LockTest:GetObj failed, hr = <%x>", hr);
-            return test ? test->LockTest() : hr;
-        });
+    return WithObject(m_state->catalogue.Tests(), testKey, "CDiagMgr::LockTest:GetObj failed, hr = <%x>",
+                      [](CDiagTest& test) { return test.LockTest(); });
 }
 
-// An unknown key is traced with the text of LockTest: support knows it so.
 HRESULT CDiagMgr::UnlockTest(BSTR testKey)
 {
-    return WithinMemory(
-        [&]
-        {
-            HRESULT hr = S_OK;
-            const auto test =
-                Find(m_state->tests, testKey, "CDiagMgr::LockTest:GetObj failed, hr = <%x>", hr);
-            return test ? test->UnlockTest() : hr;
-        });
+    return WithObject(m_state->catalogue.Tests(), testKey,
+                      "CDiagMgr::LockTest:GetObj failed, hr = <%x>", // sic
+                      [](CDiagTest& test) { return test.UnlockTest(); });
+}
+
+HRESULT CDiagMgr::RunTest(BSTR testKey, CBstr& resultKey, ULONG mode)
+{
+    const CZebTrace trace("CDiagMgr::RunTest");
+    const std::shared_ptr<CState> state = m_state; // the run may outlive the manager
+    return state->runs.RunTest(testKey, resultKey, mode);
+}
+
+HRESULT CDiagMgr::StopTest(BSTR testKey)
+{
+    return m_state->runs.StopTest(testKey);
+}
+
+HRESULT CDiagMgr::SignalStop(BSTR testKey)
+{
+    return m_state->runs.SignalStop(testKey);
+}
+
+HRESULT CDiagMgr::UpdateSetting(BSTR settingKey, CWomClassObject& instance)
+{
+    return m_state->catalogue.UpdateSetting(settingKey, instance);
+}
+
+HRESULT CDiagMgr::ClearResults(BSTR resultKey)
+{
+    return WithinMemory([&] { return m_state->results.Clear(resultKey); });
+}
+
+HRESULT CDiagMgr::LogResults(BSTR resultKey)
+{
+    return WithinMemory([&] { return m_state->results.Log(resultKey); });
 }

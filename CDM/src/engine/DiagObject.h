@@ -3,6 +3,7 @@
 // thread may call anything; every record that is copied out is consistent in itself.
 #pragma once
 
+#include "CDM/src/ZebDebug.h"
 #include "CDM/src/engine/SharedLock.h"
 #include "Common/src/com/Bstr.h"
 
@@ -10,13 +11,25 @@ class CDiagObject
 {
   public:
     // Copies the key. A null key is accepted, and traced. Throws std::bad_alloc.
-    explicit CDiagObject(BSTR key);
+    explicit CDiagObject(BSTR key) : m_key(key)
+    {
+        if (!key)
+            ZebDebug().Write("CDiagObject::CDiagObject:Null Key Value!!");
+    }
     virtual ~CDiagObject() = default;
     CDiagObject(const CDiagObject&) = delete;
     CDiagObject& operator=(const CDiagObject&) = delete;
 
-    CBstr Key() const;
-    void SetKey(CBstr key);
+    CBstr Key() const
+    {
+        const CReadScope held(m_lock);
+        return m_key;
+    }
+    void SetKey(CBstr key)
+    {
+        const CWriteScope held(m_lock);
+        std::swap(m_key, key);
+    }
 
   protected:
     // Holds the key and every changeable field of the derived classes together.

@@ -8,6 +8,26 @@
 #include <vector>
 #include <windows.h>
 
+// The states of a result.
+enum TestState : ULONG
+{
+    TestStateUnknown = 0,
+    TestStateOther = 1,
+    TestStatePassed = 2,
+    TestStateFailed = 3,
+    TestStateInProgress = 4,
+    TestStateStopped = 5
+};
+
+// Resource strings: these and the numbers that follow name tests and messages.
+namespace strings
+{
+constexpr ULONG Status = 0; // the message whose value is a status
+constexpr ULONG TestName = 3500;
+constexpr ULONG TestDescription = 3600;
+constexpr ULONG FailedTest = 3800;
+} // namespace strings
+
 struct CTestData
 {
     ULONG TestID = 0;
@@ -50,7 +70,7 @@ struct CResultData
     std::optional<SYSTEMTIME> TimeStamp; // local times
     std::optional<SYSTEMTIME> TestStartTime;
     std::optional<SYSTEMTIME> TestCompletionTime;
-    ULONG TestState = 0;
+    ::TestState TestState = TestStateUnknown;
     ULONG OtherStateDescriptionResourceId = 0;
     ULONG MessageCount =
         0; // message i is entry i of the two lists; they may be longer while a message is added

@@ -1,6 +1,13 @@
-// The statuses that the diagnostics engine gives beside those of the platform.
+// The statuses that the diagnostics engine gives beside those of the platform, and how it reports that memory
+// ran out.
 #pragma once
 
+#include "CDM/src/ZebTrace.h"
+#include "Common/src/com/Bstr.h"
+#include "Common/src/com/WmiStatus.h"
+
+#include <memory>
+#include <new>
 #include <windows.h>
 
 namespace engine
@@ -14,13 +21,50 @@ constexpr HRESULT AlreadyPresent = static_cast<HRESULT>(0x80042006);
 constexpr HRESULT UnusableTiming = static_cast<HRESULT>(0x80042007); // the run timing cannot be computed with
 } // namespace engine
 
-// The states of a result.
-enum TestState : ULONG
+// Traces what there was no memory for.
+inline HRESULT OutOfMemory(const char* text) noexcept
 {
-    TestStateUnknown = 0,
-    TestStateOther = 1,
-    TestStatePassed = 2,
-    TestStateFailed = 3,
-    TestStateInProgress = 4,
-    TestStateStopped = 5
-};
+    (void)Failed(wmi::OutOfMemory, text);
+    return wmi::OutOfMemory;
+}
+
+template <class Body>
+HRESULT WithinMemory(Body&& body)
+{
+    try
+    {
+        return body();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return wmi::OutOfMemory;
+    }
+}
+
+// A text; a null BSTR if memory ran out.
+template <class Make>
+CBstr TryMakeText(Make&& make)
+{
+    try
+    {
+        return make();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return CBstr();
+    }
+}
+
+// A new shared object; null if memory ran out.
+template <class T, class... Arguments>
+std::shared_ptr<T> TryMake(Arguments&&... arguments)
+{
+    try
+    {
+        return std::make_shared<T>(std::forward<Arguments>(arguments)...);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}

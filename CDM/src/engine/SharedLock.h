@@ -12,34 +12,23 @@ class CSharedLock
     CSharedLock& operator=(const CSharedLock&) = delete;
 
   private:
-    friend class CReadScope;
-    friend class CWriteScope;
+    template <auto Acquire, auto Release>
+    friend class CSharedLockScope;
     SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
-class CReadScope
+template <auto Acquire, auto Release>
+class CSharedLockScope
 {
   public:
-    explicit CReadScope(CSharedLock& lock) noexcept : m_lock(lock.m_lock) { AcquireSRWLockShared(&m_lock); }
-    ~CReadScope() { ReleaseSRWLockShared(&m_lock); }
-    CReadScope(const CReadScope&) = delete;
-    CReadScope& operator=(const CReadScope&) = delete;
+    explicit CSharedLockScope(CSharedLock& lock) noexcept : m_lock(lock.m_lock) { Acquire(&m_lock); }
+    ~CSharedLockScope() { Release(&m_lock); }
+    CSharedLockScope(const CSharedLockScope&) = delete;
+    CSharedLockScope& operator=(const CSharedLockScope&) = delete;
 
   private:
     SRWLOCK& m_lock;
 };
 
-class CWriteScope
-{
-  public:
-    explicit CWriteScope(CSharedLock& lock) noexcept : m_lock(lock.m_lock)
-    {
-        AcquireSRWLockExclusive(&m_lock);
-    }
-    ~CWriteScope() { ReleaseSRWLockExclusive(&m_lock); }
-    CWriteScope(const CWriteScope&) = delete;
-    CWriteScope& operator=(const CWriteScope&) = delete;
-
-  private:
-    SRWLOCK& m_lock;
-};
+using CReadScope = CSharedLockScope<&AcquireSRWLockShared, &ReleaseSRWLockShared>;
+using CWriteScope = CSharedLockScope<&AcquireSRWLockExclusive, &ReleaseSRWLockExclusive>;

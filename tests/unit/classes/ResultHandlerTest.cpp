@@ -203,7 +203,7 @@ TEST_F(DiagResultTest, SettingsOfTheRunAreShownForSenderResponderTestsOnly)
 
 TEST_F(DiagResultTest, StateIsTheRecordsLowSixteenBits)
 {
-    m_ordinary.TestState = 0x10003;
+    m_ordinary.TestState = static_cast<TestState>(0x10003);
     EXPECT_EQ(Read(Get(), L"TestState").lVal, 3);
 }
 

@@ -1,5 +1,4 @@
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
 #include "tests/support/CaseName.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 #include "CDM/src/engine/DiagMap.h"
 #include "CDM/src/engine/catalogue/DiagSetting.h"
-#include "CDM/src/engine/catalogue/IndexMap.h"
 #include "Common/src/com/Owned.h"
 #include "tests/support/ImportHook.h"
 #include "tests/support/TraceCapture.h"

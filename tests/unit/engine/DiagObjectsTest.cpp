@@ -153,11 +153,11 @@ TEST(DiagResultObjectTest, StatesAboveFiveAreRefused)
     CDiagResult result(CBstr(L"1@K1").Get(), 1, false);
     for (ULONG state = 0; state <= 5; ++state)
     {
-        EXPECT_EQ(S_OK, result.SetTestState(state));
+        EXPECT_EQ(S_OK, result.SetTestState(static_cast<TestState>(state)));
         EXPECT_EQ(state, result.Data().TestState);
     }
-    EXPECT_EQ(E_INVALIDARG, result.SetTestState(6));
-    EXPECT_EQ(E_INVALIDARG, result.SetTestState(0xFFFFFFFF));
+    EXPECT_EQ(E_INVALIDARG, result.SetTestState(static_cast<TestState>(6)));
+    EXPECT_EQ(E_INVALIDARG, result.SetTestState(static_cast<TestState>(0xFFFFFFFF)));
     EXPECT_EQ(5u, result.Data().TestState);
 }
 

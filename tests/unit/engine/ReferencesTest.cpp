@@ -1,4 +1,4 @@
-#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 
 #include "CDM/src/ZebHelpers.h"
 #include "CDM/src/engine/naming/InstancePath.h"

@@ -1,6 +1,6 @@
 // What is built where the system does not tell what it is asked for, or tells something else each time. The
 // computer's name is asked for once per process, so that this is a program of its own.
-#include "CDM/src/engine/naming/References.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 #include "CDM/src/engine/results/CimDateTime.h"
 #include "tests/support/ImportHook.h"
 #include "tests/support/TraceCapture.h"

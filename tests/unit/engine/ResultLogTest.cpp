@@ -277,7 +277,7 @@ CResultData DistinctResult()
     data.TestStartTime = SYSTEMTIME{2021, 1, 0, 11, 1, 11, 21, 0};
     data.TimeStamp = SYSTEMTIME{2022, 2, 0, 12, 2, 12, 22, 0};
     data.TestCompletionTime = SYSTEMTIME{2023, 3, 0, 13, 3, 13, 23, 0};
-    data.TestState = 23;
+    data.TestState = static_cast<TestState>(23);
     data.OtherStateDescriptionResourceId = 24;
     data.EstimatedTimeOfPerforming = 25;
     data.PercentComplete = 26;

@@ -1,8 +1,7 @@
 #include "CDM/src/engine/runs/RunEnvironment.h"
 
 #include "CDM/src/engine/DiagAgent.h"
-#include "CDM/src/engine/catalogue/DiagTest.h"
-#include "CDM/src/engine/results/DiagResult.h"
+#include "CDM/src/engine/runs/TestRun.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 
@@ -65,7 +64,7 @@ class TogetherTest : public CEngineTest
         CWorkerEndsFirst ended;
         if (signalled)
             SetEvent(test.Event());
-        const HRESULT hr = test.StartTest(boundary, result, 0, key.Get(), ended);
+        const HRESULT hr = CTestRun(test, result, 0, ended).Start(boundary, key.Get());
         eventLeft = WaitForSingleObject(test.Event(), 0);
         return hr;
     }

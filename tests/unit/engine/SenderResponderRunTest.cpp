@@ -1,7 +1,8 @@
 #include "tests/support/CaseName.h"
 #include "tests/unit/engine/EngineFixture.h"
 
-#include "CDM/src/engine/runs/SenderResponderRun.h"
+#include "CDM/src/engine/DiagAgent.h"
+#include "CDM/src/engine/runs/TestRun.h"
 
 namespace
 {
@@ -335,7 +336,7 @@ TEST_P(SettingTest, GovernsTheRun)
     result.SetSettingValues(setting);
     std::shared_ptr<CDiagAgent> boundary;
     ASSERT_EQ(S_OK, CDiagAgent::Query(agent.Get(), boundary));
-    EXPECT_EQ(S_OK, test.StartTest(boundary, result, GetParam().mode, key.Get(), environment));
+    EXPECT_EQ(S_OK, CTestRun(test, result, GetParam().mode, environment).Start(boundary, key.Get()));
     EXPECT_EQ(GetParam().polls, environment.TimeOuts().size());
     EXPECT_EQ(GetParam().statistics, agent->Count(Method::GetDiagTestStatistics));
 }
@@ -347,43 +348,6 @@ const Setting kSettings[] = {
     {"UnknownMode", 2, FALSE, 50, FALSE, 1, 1},
 };
 INSTANTIATE_TEST_SUITE_P(Modes, SettingTest, testing::ValuesIn(kSettings), NameOf<Setting>);
-
-struct Timing
-{
-    const char* name;
-    CRunTiming timing;
-    BYTE coverage;
-    bool usable;
-};
-
-class TimingTest : public testing::TestWithParam<Timing>
-{
-};
-
-TEST_P(TimingTest, IsRefusedOnlyWhereItCannotBeComputedWith)
-{
-    CRunParameters parameters;
-    parameters.Coverage = GetParam().coverage;
-    EXPECT_EQ(GetParam().usable, CSenderResponderRun::IsUsable(GetParam().timing, parameters));
-}
-
-const Timing kTimings[] = {
-    {"Defaults", {}, 100, true},
-    {"NoTimeOut", {0, 2, 200}, 100, false},
-    {"NoCheckTime", {100, 0, 200}, 100, false},
-    {"NoCoverage", {100, 2, 200}, 0, false},
-    {"TotalBelowOneSecond", {1, 2, 200}, 99, false},
-    {"TotalOfOneSecond", {1, 2, 200}, 100, true},
-    {"NoPackets", {100, 2, 0}, 100, true},
-    {"PacketsHuge", {100, 2, 0xFFFFFFFF}, 100, true},
-    {"LongestPercent", {21474836, 1, 200}, 100, true},
-    {"PercentOverflows", {21474837, 1, 200}, 100, false},
-    {"CoverageOverflows", {0xFFFFFFFF, 2, 200}, 100, false},
-    {"LongestCheckTime", {100, 2147483, 200}, 100, true},
-    {"CheckTimeOverflows", {100, 2147484, 200}, 100, false},
-    {"LastPollOverflows", {21474836, 2147483, 200}, 100, false},
-};
-INSTANTIATE_TEST_SUITE_P(Timings, TimingTest, testing::ValuesIn(kTimings), NameOf<Timing>);
 
 TEST_F(SenderResponderRunTest, UnusableTimingIsRefusedBeforeAnythingStarts)
 {
@@ -415,9 +379,10 @@ TEST_F(SenderResponderRunTest, ARunKeepsTheTimingThatWasFoundUsable)
         [&]
         {
             SetTiming(10, 2147484, 200);
-            EXPECT_EQ(engine::UnusableTiming, test.StartTest(boundary, result, 0, key.Get(), environment));
+            EXPECT_EQ(engine::UnusableTiming,
+                      CTestRun(test, result, 0, environment).Start(boundary, key.Get()));
         });
-    EXPECT_EQ(S_OK, test.StartTest(boundary, result, 0, key.Get(), environment));
+    EXPECT_EQ(S_OK, CTestRun(test, result, 0, environment).Start(boundary, key.Get()));
     EXPECT_EQ((std::vector<DWORD>{4000, 4000, 4000}), environment.TimeOuts());
 }
 
@@ -437,10 +402,10 @@ TEST_F(SenderResponderRunTest, BadArgumentsOfATestAreRefused)
     CDiagResult result(CBstr(kSender).Get(), 0, true);
     std::shared_ptr<CDiagAgent> boundary;
     ASSERT_EQ(S_OK, CDiagAgent::Query(agent.Get(), boundary));
-    EXPECT_EQ(E_INVALIDARG, test.StartTest(nullptr, result, 0, CBstr(kSender).Get(), environment));
-    EXPECT_EQ(E_INVALIDARG, test.StartTest(boundary, result, 0, CBstr(L"").Get(), environment));
-    EXPECT_EQ(E_INVALIDARG, test.StartTest(boundary, result, 0, nullptr, environment));
-    EXPECT_EQ(wmi::OutOfMemory, test.StartTest(boundary, result, 0, CBstr(L"9").Get(), environment));
+    EXPECT_EQ(E_INVALIDARG, CTestRun(test, result, 0, environment).Start(nullptr, CBstr(kSender).Get()));
+    EXPECT_EQ(E_INVALIDARG, CTestRun(test, result, 0, environment).Start(boundary, CBstr(L"").Get()));
+    EXPECT_EQ(E_INVALIDARG, CTestRun(test, result, 0, environment).Start(boundary, nullptr));
+    EXPECT_EQ(wmi::OutOfMemory, CTestRun(test, result, 0, environment).Start(boundary, CBstr(L"9").Get()));
     EXPECT_TRUE(trace.Has("CDiagTest::StartTest:ParseForAdapterKey failed"));
     EXPECT_EQ(E_INVALIDARG, test.StopTest(nullptr, CBstr(kSender).Get()));
     EXPECT_EQ(E_INVALIDARG, test.StopTest(boundary.get(), nullptr));

@@ -1,4 +1,5 @@
 // Whose run a request to stop ends.
+#include "CDM/src/engine/catalogue/StopSignal.h"
 #include "tests/unit/engine/EngineFixture.h"
 
 namespace

@@ -21,7 +21,7 @@ class CStoreTest : public testing::Test
 
     // A result with every value different from its default.
     static std::unique_ptr<CDiagResult> SomeResult(const wchar_t* key = L"A@K1",
-                                                   ULONG state = TestStatePassed)
+                                                   TestState state = TestStatePassed)
     {
         auto result = EmptyResult(key);
         CSettingData setting;

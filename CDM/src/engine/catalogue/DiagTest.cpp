@@ -3,11 +3,9 @@
 #include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/ZebTrace.h"
-#include "CDM/src/engine/EngineBoundary.h"
+#include "CDM/src/engine/DiagAgent.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
-#include "CDM/src/engine/naming/References.h"
-#include "CDM/src/engine/runs/SenderResponderRun.h"
 
 #include <utility>
 
@@ -15,9 +13,6 @@ namespace
 {
 constexpr USHORT kCharacteristicOfEveryTest = 2;
 constexpr USHORT kCharacteristicOfPairedTest = 7;
-
-constexpr int kStopAttempts = 4;
-constexpr DWORD kBetweenStops = 5000; // milliseconds
 } // namespace
 
 CDiagTest::CDiagTest(BSTR key, const VormTestDescriptor& descriptor)
@@ -63,47 +58,17 @@ CRunTiming CDiagTest::Timing() const
     return m_timing;
 }
 
-void CDiagTest::KeepWorker(std::shared_ptr<CTestWorker> worker)
+std::shared_ptr<CTestWorker> CDiagTest::KeepWorker(std::shared_ptr<CTestWorker> worker)
 {
     const CWriteScope held(Lock());
     std::swap(m_worker, worker);
+    return worker;
 }
 
-void CDiagTest::DropWorker()
+std::shared_ptr<CTestWorker> CDiagTest::Worker() const
 {
-    std::shared_ptr<CTestWorker> worker;
-    {
-        const CWriteScope held(Lock());
-        std::swap(m_worker, worker);
-    }
-    if (worker)
-        worker->CloseThread();
-}
-
-std::shared_ptr<CTestWorker> CDiagTest::LeftWorker() const
-{
-    std::shared_ptr<CTestWorker> worker;
-    {
-        const CReadScope held(Lock());
-        worker = m_worker;
-    }
-    const bool atWork = worker && WaitForSingleObject(worker->Thread(), 0) == WAIT_TIMEOUT;
-    return atWork ? worker : nullptr;
-}
-
-// Two runs of one test must not meet in the agent.
-bool CDiagTest::EndLeftWorker(CDiagAgent& agent, BSTR testKey, IRunEnvironment& environment)
-{
-    std::shared_ptr<CTestWorker> left = LeftWorker();
-    for (int attempt = 0; left && attempt < kStopAttempts; ++attempt)
-    {
-        StopTest(&agent, testKey);
-        environment.Wait(left->Thread(), kBetweenStops);
-        left = LeftWorker();
-    }
-    if (!left)
-        DropWorker();
-    return !left;
+    const CReadScope held(Lock());
+    return m_worker;
 }
 
 CRunTiming CDiagTest::ReadTiming()
@@ -121,61 +86,15 @@ CRunTiming CDiagTest::ReadTiming()
     return timing;
 }
 
-HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
-                             BSTR testKey, IRunEnvironment& environment)
+HRESULT CDiagTest::StartTest(const std::shared_ptr<CDiagAgent>& agent, BSTR testKey, ITestRun& run)
 {
     const CZebTrace trace("CDiagTest::StartTest");
     if (!testKey || !*testKey || !agent)
         return E_INVALIDARG;
     const CBstr adapterKey = ParseForAdapterKey(CBstr(testKey).View());
     if (!adapterKey)
-    {
-        ZebDebug().Write("CDiagTest::StartTest:ParseForAdapterKey failed");
-        return wmi::OutOfMemory;
-    }
-    const CRunTiming timing = ReadTiming();
-    if (m_senderResponder)
-        return RunOnWorker(agent, result, mode, timing, testKey, adapterKey.Get(), environment);
-
-    const HRESULT hr = agent->RunDiagTest(adapterKey.Get(), m_testId);
-    if (FAILED(hr))
-        ZebDebug().Write("CDiagTest::StartTest:RunTest failed, hr = <%x>", hr);
-    return hr;
-}
-
-HRESULT CDiagTest::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
-                               const CRunTiming& timing, BSTR testKey, BSTR adapterKey,
-                               IRunEnvironment& environment)
-{
-    CRunParameters parameters;
-    if (mode == 1)
-    {
-        const CResultData setting = result.Data();
-        parameters.Report = setting.ReportStatusMessages != 0;
-        parameters.Coverage = setting.PercentOfTestCoverage;
-        parameters.Quick = setting.QuickMode != 0;
-    }
-    if (!CSenderResponderRun::IsUsable(timing, parameters))
-    {
-        ZebDebug().Write("CDiagTest::StartTest:Run timing cannot be used, TimeoutSndRsp = <%u>, "
-                         "CheckTime = <%u>, coverage = <%u>",
-                         timing.TimeoutSndRsp, timing.CheckTime, parameters.Coverage);
-        return engine::UnusableTiming;
-    }
-    if (!EndLeftWorker(*agent, testKey, environment))
-    {
-        ZebDebug().Write("CDiagTest::StartTest:The agent is still busy with the run before");
-        return HRESULT_FROM_WIN32(ERROR_BUSY);
-    }
-    const auto worker = std::make_shared<CTestWorker>(agent, CBstr(adapterKey), m_testId);
-    if (!CTestWorker::Start(worker, environment))
-    {
-        ZebDebug().Write("CDiagTest::StartTest:CreateThread failed.");
-        return E_FAIL;
-    }
-    KeepWorker(worker);
-    return CSenderResponderRun(*this, timing, *agent, result, *worker, environment)
-        .Execute(testKey, adapterKey, parameters);
+        return OutOfMemory("CDiagTest::StartTest:ParseForAdapterKey failed");
+    return run.Execute(agent, testKey, adapterKey.Get(), ReadTiming());
 }
 
 HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
@@ -190,8 +109,7 @@ HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
             if (!adapterKey)
                 return wmi::OutOfMemory;
             const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);
-            if (FAILED(hr))
-                ZebDebug().Write("CDiagTest::StopTest failed, hr = <%x>", hr);
+            (void)Failed(hr, "CDiagTest::StopTest failed, hr = <%x>");
             return hr;
         });
 }

@@ -1,17 +1,15 @@
-// One test of one adapter: what it is, whether a run of it is in progress, and how it runs.
+// One test of one adapter: what it is, whether it is in use, and the signal that stops its run.
 #pragma once
 
 #include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/DiagRecords.h"
-#include "CDM/src/engine/runs/StopSignal.h"
+#include "CDM/src/engine/catalogue/StopSignal.h"
 #include "agent/Vorl.h"
 
 #include <memory>
 
 class CDiagAgent;
-class CDiagResult;
 class CTestWorker;
-class IRunEnvironment;
 
 // How a sender/responder run is paced. Read from the registry at every start of a run.
 struct CRunTiming
@@ -21,16 +19,27 @@ struct CRunTiming
     DWORD MaxPktsRcvd = 200;   // packets that end a run in quick mode
 };
 
+// How a test is run, which the test itself does not know.
+class ITestRun
+{
+  public:
+    virtual HRESULT Execute(const std::shared_ptr<CDiagAgent>& agent, BSTR testKey, BSTR adapterKey,
+                            const CRunTiming& timing) = 0;
+
+  protected:
+    ~ITestRun() = default;
+};
+
 class CDiagTest : public CDiagObject
 {
   public:
     CDiagTest(BSTR key, const VormTestDescriptor& descriptor);
 
     ULONG TestID() const noexcept { return m_testId; }
-    ULONG NameStringID() const noexcept { return 3500 + (m_testId & 15); }
-    ULONG DescriptionStringID() const noexcept { return 3600 + (m_testId & 15); }
+    ULONG NameStringID() const noexcept { return strings::TestName + (m_testId & 15); }
+    ULONG DescriptionStringID() const noexcept { return strings::TestDescription + (m_testId & 15); }
     bool SenderResponder() const noexcept { return m_senderResponder; }
-    // Null for an ordinary test, and where the event could not be made.
+    // Null for an ordinary test, and if the event could not be made.
     HANDLE Event() const noexcept { return m_stop.Event(); }
     CTestData Data() const;
 
@@ -43,27 +52,20 @@ class CDiagTest : public CDiagObject
     HRESULT RequestStop() noexcept { return m_stop.Request(); }
     CStopSignal::Seen TakeStop() noexcept { return m_stop.Take(); }
 
-    CRunTiming Timing() const;
-
-    // Runs the test to its end: S_OK passed, engine::Stopped stopped, else why it failed. `mode` 1: a
-    // sender/responder run takes its parameters from `result`.
-    HRESULT StartTest(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode, BSTR testKey,
-                      IRunEnvironment& environment);
+    // Has the test run to its end, with timing that is read anew: S_OK passed, engine::Stopped stopped, else
+    // why it failed.
+    HRESULT StartTest(const std::shared_ptr<CDiagAgent>& agent, BSTR testKey, ITestRun& run);
     // Asks the agent to stop the test.
     HRESULT StopTest(CDiagAgent* agent, BSTR testKey);
-    // Closes the handle of the worker that the last run left, if it left one.
-    void DropWorker();
-    // The worker that the last run left in the agent; null where it has come back. For when no run is going
-    // on.
-    std::shared_ptr<CTestWorker> LeftWorker() const;
+
+    // Of the last start.
+    CRunTiming Timing() const;
+    // The last sender/responder run's worker, if that run ended without it. Gives back the one before.
+    std::shared_ptr<CTestWorker> KeepWorker(std::shared_ptr<CTestWorker> worker);
+    std::shared_ptr<CTestWorker> Worker() const;
 
   private:
     CRunTiming ReadTiming();
-    void KeepWorker(std::shared_ptr<CTestWorker> worker);
-    bool EndLeftWorker(CDiagAgent& agent, BSTR testKey, IRunEnvironment& environment);
-    HRESULT RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, CDiagResult& result, ULONG mode,
-                        const CRunTiming& timing, BSTR testKey, BSTR adapterKey,
-                        IRunEnvironment& environment);
 
     const ULONG m_testId;
     const bool m_senderResponder;
@@ -72,5 +74,5 @@ class CDiagTest : public CDiagObject
     const ULONG m_value = 0;
     CStopSignal m_stop;
     CRunTiming m_timing;
-    std::shared_ptr<CTestWorker> m_worker; // the last run's, where that run ended without stopping it
+    std::shared_ptr<CTestWorker> m_worker;
 };

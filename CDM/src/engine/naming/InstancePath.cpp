@@ -266,3 +266,9 @@ void SetDefaultKeyName(CParsedObjectPath& path, const wchar_t* name)
 {
     path.DefaultKeyName = name;
 }
+
+CBstr ReadKey(const CParsedObjectPath& path, const wchar_t* name, KeyForm form)
+{
+    const CKeyRef* const key = GetKeyRef(path, name, form == KeyForm::NamedOrSingle);
+    return key ? key->Text() : CBstr();
+}

@@ -37,3 +37,13 @@ HRESULT ParseObjectPath(const wchar_t* path, CParsedObjectPath& parsed);
 // or else when the path's default key name is the wanted one.
 const CKeyRef* GetKeyRef(const CParsedObjectPath& path, const wchar_t* name, bool acceptUnnamed);
 void SetDefaultKeyName(CParsedObjectPath& path, const wchar_t* name);
+
+// Whether the form class="value" will do. It names the key of classes that have only one.
+enum class KeyForm
+{
+    Named,
+    NamedOrSingle
+};
+
+// The value of one key; a null BSTR if the path has no such key.
+CBstr ReadKey(const CParsedObjectPath& path, const wchar_t* name, KeyForm form);

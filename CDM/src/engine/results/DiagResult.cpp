@@ -1,8 +1,6 @@
 #include "CDM/src/engine/results/DiagResult.h"
 
-#include "CDM/src/engine/EngineStatus.h"
-#include "CDM/src/engine/naming/References.h"
-#include "CDM/src/engine/results/store/ResultChanges.h"
+#include "CDM/src/engine/naming/DiagKeys.h"
 
 #include <limits>
 #include <utility>
@@ -37,12 +35,11 @@ void CDiagResult::SetData(CResultData data)
     std::swap(m_data, data);
 }
 
-HRESULT CDiagResult::SetTestState(ULONG state)
+HRESULT CDiagResult::SetTestState(TestState state)
 {
     if (state > TestStateStopped)
         return E_INVALIDARG;
-    const CWriteScope held(Lock());
-    m_data.TestState = state;
+    Set(&CResultData::TestState, state);
     return S_OK;
 }
 
@@ -50,38 +47,8 @@ HRESULT CDiagResult::SetPercentComplete(LONGLONG percent)
 {
     if (percent < 0 || percent > std::numeric_limits<BYTE>::max())
         return E_INVALIDARG;
-    const CWriteScope held(Lock());
-    m_data.PercentComplete = static_cast<BYTE>(percent);
+    Set(&CResultData::PercentComplete, static_cast<BYTE>(percent));
     return S_OK;
-}
-
-void CDiagResult::SetStartTime(const SYSTEMTIME& localTime)
-{
-    const CWriteScope held(Lock());
-    m_data.TestStartTime = localTime;
-}
-
-void CDiagResult::SetCompletionTime(const SYSTEMTIME& localTime)
-{
-    const CWriteScope held(Lock());
-    m_data.TestCompletionTime = localTime;
-}
-
-void CDiagResult::RemoveCompletionTime()
-{
-    const CWriteScope held(Lock());
-    m_data.TestCompletionTime.reset();
-}
-
-void CDiagResult::SetTimeStamp(const SYSTEMTIME& localTime)
-{
-    const CWriteScope held(Lock());
-    m_data.TimeStamp = localTime;
-}
-
-void CDiagResult::ClearMessages()
-{
-    SetMessages({});
 }
 
 void CDiagResult::SetMessages(CResultMessages messages)
@@ -94,14 +61,20 @@ void CDiagResult::SetMessages(CResultMessages messages)
 
 void CDiagResult::SetLoaded() noexcept
 {
-    m_change = ResultChanges::Next();
+    m_change = NextChange();
     m_asLoaded = true;
 }
 
 void CDiagResult::SetChanged() noexcept
 {
     m_asLoaded = false;
-    m_change = ResultChanges::Next();
+    m_change = NextChange();
+}
+
+ULONGLONG CDiagResult::NextChange() noexcept
+{
+    static std::atomic<ULONGLONG> last{0};
+    return ++last;
 }
 
 void CDiagResult::SetSettingValues(const CSettingData& setting)

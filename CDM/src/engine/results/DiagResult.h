@@ -34,15 +34,15 @@ class CDiagResult : public CDiagObject
     void SetData(CResultData data);
 
     // E_INVALIDARG, state unchanged, above TestStateStopped.
-    HRESULT SetTestState(ULONG state);
+    HRESULT SetTestState(TestState state);
     // E_INVALIDARG, value unchanged, for what a byte does not hold.
     HRESULT SetPercentComplete(LONGLONG percent);
-    void SetStartTime(const SYSTEMTIME& localTime);
-    void SetCompletionTime(const SYSTEMTIME& localTime);
-    void RemoveCompletionTime();
-    void SetTimeStamp(const SYSTEMTIME& localTime);
+    void SetStartTime(const SYSTEMTIME& localTime) { Set(&CResultData::TestStartTime, localTime); }
+    void SetCompletionTime(const SYSTEMTIME& localTime) { Set(&CResultData::TestCompletionTime, localTime); }
+    void RemoveCompletionTime() { Set(&CResultData::TestCompletionTime, std::nullopt); }
+    void SetTimeStamp(const SYSTEMTIME& localTime) { Set(&CResultData::TimeStamp, localTime); }
 
-    void ClearMessages();
+    void ClearMessages() { SetMessages({}); }
     void SetMessages(CResultMessages messages);
 
     // The six values that govern a run.
@@ -52,10 +52,18 @@ class CDiagResult : public CDiagObject
     void SetLoaded() noexcept;
     void SetChanged() noexcept;
     bool IsAsLoaded() const noexcept { return m_asLoaded; }
-    // When that was: a number of ResultChanges.
+    // When that was. Changes are numbered through the whole process, each number greater than all before it.
     ULONGLONG Change() const noexcept { return m_change; }
+    static ULONGLONG NextChange() noexcept;
 
   private:
+    template <class Member, class Value>
+    void Set(Member member, const Value& value)
+    {
+        const CWriteScope held(Lock());
+        m_data.*member = value;
+    }
+
     std::atomic<bool> m_asLoaded{false};
     std::atomic<ULONGLONG> m_change{0};
     CResultData m_data; // its ResultID stays empty: the object has the key

@@ -1,8 +1,10 @@
 #include "CDM/src/engine/results/ResultLog.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebRegistry.h"
 #include "CDM/src/engine/results/CimDateTime.h"
 #include "Common/src/com/Text.h"
+#include "Common/src/com/WmiStatus.h"
 
 #include <cstdarg>
 #include <cstdlib>
@@ -11,6 +13,8 @@
 
 namespace
 {
+constexpr DWORD kRegistryText = 4096;
+
 void AddLine(std::wstring& record, const wchar_t* format, ...)
 {
     va_list arguments;
@@ -72,6 +76,33 @@ HRESULT LastFailure() noexcept
     return FAILED(hr) ? hr : E_FAIL;
 }
 } // namespace
+
+HRESULT CResultLog::ReadConfiguration(const std::string& installDir)
+{
+    CResultLogSettings settings;
+    DWORD enable = settings.Enable;
+    ReadRegistryNumber(kZebDiagKey, "Enable", enable);
+    if (enable > 1)
+    {
+        ZebDebug().Write("CDiagMgr::Initialize:\"Enable\" should be a BOOLEAN!!");
+        return wmi::Failed;
+    }
+    DWORD append = settings.Append;
+    ReadRegistryNumber(kZebDiagKey, "FileAppend", append);
+    if (append > 1)
+    {
+        ZebDebug().Write("CDiagMgr::Initialize:\"Append\" should be a BOOLEAN!!"); // sic
+        return wmi::Failed;
+    }
+    settings.Enable = enable != 0;
+    settings.Append = append != 0;
+    ReadRegistryNumber(kZebDiagKey, "MaxFileSize", settings.MaxFileSize);
+    char name[kRegistryText];
+    const bool named = ReadRegistryString(kZebDiagKey, "LogFileName", name, sizeof(name));
+    settings.Path = WidenText(installDir + (named ? name : "ZebDiag.log"));
+    Configure(std::move(settings));
+    return S_OK;
+}
 
 HRESULT CResultLog::Append(const CResultData& result)
 {

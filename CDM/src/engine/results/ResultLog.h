@@ -12,18 +12,20 @@
 struct CResultLogSettings
 {
     std::wstring Path;
-    DWORD Enable = 0;
-    DWORD Append = 1; // 0: every record replaces the file
+    bool Enable = false;
+    bool Append = true; // or every record replaces the file
     DWORD MaxFileSize = 65536;
 };
 
 class CResultLog
 {
   public:
+    // From the registry. wmi::Failed for a flag that is neither 0 nor 1.
+    HRESULT ReadConfiguration(const std::string& installDir);
     void Configure(CResultLogSettings settings) { m_settings = std::move(settings); }
-    bool Enabled() const noexcept { return m_settings.Enable != 0; }
+    bool Enabled() const noexcept { return m_settings.Enable; }
 
-    // E_OUTOFMEMORY for a record that would take the file past its limit; other failures where the file
+    // E_OUTOFMEMORY for a record that would take the file past its limit; other failures if the file
     // cannot be opened or written. Throws std::bad_alloc.
     HRESULT Append(const CResultData& result);
 

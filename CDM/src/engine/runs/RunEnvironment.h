@@ -14,7 +14,7 @@ class IRunEnvironment
     virtual SYSTEMTIME LocalTime() = 0;
     // Milliseconds of a clock that never goes back.
     virtual ULONGLONG ProcessMilliseconds() = 0;
-    // An empty handle, with the last error set, where no thread could be started.
+    // An empty handle, with the last error set, if no thread could be started.
     virtual CHandle StartThread(LPTHREAD_START_ROUTINE procedure, void* parameter) = 0;
     // As the system's functions: index 0 for `event`, 1 for `worker`.
     virtual DWORD WaitForEither(HANDLE event, HANDLE worker, DWORD milliseconds) = 0;

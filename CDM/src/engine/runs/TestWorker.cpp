@@ -30,8 +30,8 @@ DWORD WINAPI CTestWorker::Run(void* parameter) noexcept
 void CTestWorker::Terminate() noexcept
 {
     TerminateThread(m_thread.Get(), 0);
-    // The thread is gone only when its handle says so; then nobody else gives its reference back. One that
-    // hangs in the system keeps what it works with.
+    // Only when its handle says that the thread is gone is its reference given back here. One that hangs in
+    // the system keeps what it works with.
     if (WaitForSingleObject(m_thread.Get(), kEndsWithin) == WAIT_OBJECT_0)
         m_threadsOwn.reset();
 }

@@ -14,7 +14,7 @@ class CTestWorker
   public:
     CTestWorker(std::shared_ptr<CDiagAgent> agent, CBstr adapterKey, ULONG testId) noexcept;
 
-    // Starts the agent's run of the test. False where no thread could be started.
+    // Starts the agent's run of the test. False if no thread could be started.
     static bool Start(const std::shared_ptr<CTestWorker>& worker, IRunEnvironment& environment);
 
     HANDLE Thread() const noexcept { return m_thread.Get(); }

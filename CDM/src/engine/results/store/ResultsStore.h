@@ -1,16 +1,15 @@
 // One operation on the result store, the structured-storage file that keeps results while the provider is not
-// running: a sub-storage per result, named by the result identifier, with a stream per value. An object is
-// made for one operation and dropped after it. Storing and loading exclude each other in the whole process by
-// the store lock. A session that changes the file waits for its turn before that lock is taken, never inside
-// it. Throws std::bad_alloc only.
+// running: a sub-storage per result, named by the result identifier. An object is made for one operation and
+// dropped after it. Storing and loading exclude each other in the whole process by the store lock. A session
+// that changes the file waits for its turn before that lock is taken, never inside it. Throws std::bad_alloc
+// only.
 #pragma once
 
 #include "CDM/src/engine/results/DiagResult.h"
+#include "CDM/src/engine/results/store/ResultStreams.h"
 #include "CDM/src/engine/results/store/StoreSession.h"
 #include "Common/src/com/Bstr.h"
 #include "Common/src/com/ComPtr.h"
-
-#include <string>
 
 class CResultsStore
 {
@@ -27,42 +26,18 @@ class CResultsStore
     // removes the result), a damaged value.
     HRESULT LoadResult(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result);
 
-    // Puts what the session has stored in the file's place, when no load looks at it. A failure is traced.
+    // Has the session publish while no load looks at the file. A failure is traced.
     HRESULT Publish();
 
-    // Removes a stored result; STG_E_FILENOTFOUND where there is none. Makes the file where it is missing.
+    // Removes a stored result; STG_E_FILENOTFOUND if there is none. Makes the file if it is missing. Does not
+    // take the store lock.
     HRESULT RemoveResult(const CBstr& resultId);
 
   private:
-    enum class Owner
-    {
-        ThisAdapter,
-        OtherAdapter,
-        OtherVersion,
-        Illegible // traced
-    };
-
-    HRESULT OpenOrCreate();
-    HRESULT Replace(const CDiagResult& result);
-    HRESULT WriteValues(const CResultData& data);
-    HRESULT WriteText(const std::wstring& stream, const std::wstring& text);
-    HRESULT WriteMessages(const CResultData& data);
-    // One text for a file that cannot be opened, made or replaced: support knows it so.
-    static void TraceFileFailure(HRESULT hr);
-    HRESULT Load(CDiagResult& result, bool& stale);
-    HRESULT OpenResult();
-    Owner ReadOwner();
-    Owner Illegible(const wchar_t* prefix);
-    void RemoveStale();
-    HRESULT ReadValues(CResultData& data);
-    HRESULT ReadMessages(CResultData& data);
-    bool ReadNumber(const std::wstring& stream, ULONG& number);
-    HRESULT Damaged(const std::wstring& stream);
-    std::wstring StreamName(const wchar_t* prefix) const { return prefix + m_resultId; }
+    HRESULT Replace(const CBstr& resultId, const CBstr& adapterKey, const CDiagResult& result);
+    HRESULT Load(const CBstr& resultId, const CBstr& adapterKey, CDiagResult& result, bool& stale);
+    HRESULT OpenResult(const CBstr& resultId, ComPtr<IStorage>& sub);
+    void RemoveStale(const CBstr& resultId, const CBstr& adapterKey);
 
     CStoreSession& m_session;
-    std::wstring m_resultId;
-    std::wstring m_adapterKey;
-    ComPtr<IStorage> m_root;
-    ComPtr<IStorage> m_sub;
 };

@@ -96,7 +96,8 @@ class CPlatformStoreFiles : public IStoreFiles
         return SUCCEEDED(PutInPlace(fresh, path, 0)) ? path : fresh;
     }
 
-    // Tries a step again for as long as somebody holds the file. The step sets the last error when it fails.
+    // Tries a step again for as long as another program holds the file. The step sets the last error when it
+    // fails.
     template <class Step>
     static bool Patiently(DWORD patience, Step&& step)
     {

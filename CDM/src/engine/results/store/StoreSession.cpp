@@ -1,9 +1,14 @@
 #include "CDM/src/engine/results/store/StoreSession.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/engine/SharedLock.h"
+#include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/CriticalSection.h"
 
 #include <algorithm>
+#include <cstring>
+#include <map>
+#include <utility>
 
 namespace
 {
@@ -12,7 +17,68 @@ CCriticalSection& Turn() noexcept
     static CCriticalSection turn;
     return turn;
 }
+
+// The newest change of each result in each file.
+struct CNewest
+{
+    CSharedLock lock;
+    std::map<std::pair<std::wstring, std::wstring>, ULONGLONG> changes;
+};
+
+// Lives until the process is gone, as a thread may still store results then.
+CNewest& Newest()
+{
+    static CNewest& newest = *new CNewest;
+    return newest;
+}
 } // namespace
+
+STDMETHODIMP CMemoryBytes::ReadAt(ULARGE_INTEGER offset, void* to, ULONG size, ULONG* read)
+{
+    ULONG count = 0;
+    if (offset.QuadPart < m_bytes.size())
+    {
+        count = static_cast<ULONG>(std::min<ULONGLONG>(size, m_bytes.size() - offset.QuadPart));
+        std::memcpy(to, m_bytes.data() + offset.QuadPart, count);
+    }
+    if (read)
+        *read = count;
+    return S_OK;
+}
+
+STDMETHODIMP CMemoryBytes::WriteAt(ULARGE_INTEGER offset, const void* from, ULONG size, ULONG* written)
+{
+    if (written)
+        *written = 0;
+    const ULONGLONG end = offset.QuadPart + size;
+    ULARGE_INTEGER needed{};
+    needed.QuadPart = std::max<ULONGLONG>(end, m_bytes.size());
+    const HRESULT hr = SetSize(needed);
+    if (FAILED(hr))
+        return hr;
+    std::memcpy(m_bytes.data() + offset.QuadPart, from, size);
+    if (written)
+        *written = size;
+    return S_OK;
+}
+
+STDMETHODIMP CMemoryBytes::SetSize(ULARGE_INTEGER size)
+{
+    return AtComBoundary(
+        [&]
+        {
+            m_bytes.resize(size.QuadPart);
+            return S_OK;
+        });
+}
+
+STDMETHODIMP CMemoryBytes::Stat(STATSTG* stat, DWORD)
+{
+    *stat = {};
+    stat->type = STGTY_LOCKBYTES;
+    stat->cbSize.QuadPart = m_bytes.size();
+    return S_OK;
+}
 
 CStoreSession::CStoreSession(IStoreFiles& files, std::wstring path, Purpose purpose)
     : m_files(files), m_path(std::move(path)), m_purpose(purpose)
@@ -30,6 +96,18 @@ CStoreSession::~CStoreSession()
 {
     if (m_purpose == Purpose::Change)
         Turn().Leave();
+}
+
+bool CStoreSession::Claim(const wchar_t* resultId, ULONGLONG change) const
+{
+    std::pair<std::wstring, std::wstring> name(m_path, resultId);
+    CNewest& newest = Newest();
+    const CWriteScope held(newest.lock);
+    ULONGLONG& stored = newest.changes[std::move(name)];
+    if (change < stored)
+        return false;
+    stored = change;
+    return true;
 }
 
 HRESULT CStoreSession::IsStorageFile()
@@ -50,22 +128,31 @@ HRESULT CStoreSession::ReadFile()
     return m_files.Open(*m_bytes.Get(), m_root.Put());
 }
 
-HRESULT CStoreSession::Open(ComPtr<IStorage>& root)
+HRESULT CStoreSession::Open()
 {
     if (!m_root && SUCCEEDED(m_openFailure))
         m_openFailure = ReadFile();
-    if (SUCCEEDED(m_openFailure))
-        root = m_root;
     return m_openFailure;
+}
+
+HRESULT CStoreSession::OpenOrCreate()
+{
+    const HRESULT hr = Open();
+    if (hr == STG_E_FILENOTFOUND)
+        return Create();
+    // A damaged file has nothing left to lose, and no result could be kept ever again while it is there.
+    if (!IsDamage(hr))
+        return hr;
+    const HRESULT created = StartAnew(hr);
+    return FAILED(created) ? created : Open();
 }
 
 bool CStoreSession::WorksOnFile()
 {
-    ComPtr<IStorage> root;
-    return SUCCEEDED(Open(root)) && m_fromFile;
+    return SUCCEEDED(Open()) && m_fromFile;
 }
 
-HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
+HRESULT CStoreSession::Create()
 {
     m_bytes = MakeCom<CMemoryBytes>(std::string());
     m_fromFile = false;
@@ -76,7 +163,6 @@ HRESULT CStoreSession::Create(ComPtr<IStorage>& root)
         return hr;
     m_openFailure = S_OK;
     m_isStorage = S_OK;
-    root = m_root;
     return S_OK;
 }
 
@@ -115,8 +201,7 @@ HRESULT CStoreSession::StartAnew(HRESULT damage)
                      damage);
     m_files.KeepAside(m_path.c_str());
     m_root.Reset();
-    ComPtr<IStorage> root;
-    return Create(root);
+    return Create();
 }
 
 bool CStoreSession::IsDamage(HRESULT hr) noexcept

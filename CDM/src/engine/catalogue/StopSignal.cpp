@@ -1,4 +1,4 @@
-#include "CDM/src/engine/runs/StopSignal.h"
+#include "CDM/src/engine/catalogue/StopSignal.h"
 
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/SharedLock.h"

@@ -3,9 +3,9 @@
 // that it was made for, or none.
 //
 // The event has one name: every sender/responder test of the session shares it. Requests that are made here
-// are noted for their run; it is left signalled until the last of them is taken. A signal that nobody has
-// noted comes from another program and ends whichever run sees it first; where no run has taken it, it ends
-// the next one at its first wait, unless it came while the last run was still in use.
+// are noted for their run; it is left signalled until the last of them is taken. A signal that is not
+// noted comes from another program and ends whichever run sees it first. If no run takes it, it ends the next
+// one at its first wait, unless it came while the last run was still in use.
 #pragma once
 
 #include "Common/src/com/Owned.h"
@@ -18,8 +18,8 @@ class CStopSignal
     enum class Seen
     {
         Ours,   // taken
-        Others, // somebody else's, who will take it
-        Gone    // somebody else has taken it meanwhile
+        Others, // another run's, which will take it
+        Gone    // another run has taken it meanwhile
     };
 
     CStopSignal() noexcept = default;
@@ -27,7 +27,7 @@ class CStopSignal
     CStopSignal& operator=(const CStopSignal&) = delete;
     ~CStopSignal() { Unlock(); }
 
-    // Without the event there is only the lock. False where the event cannot be had.
+    // Without the event there is only the lock. False if the event cannot be had.
     bool Create() noexcept;
     HANDLE Event() const noexcept { return m_event.Get(); }
 
@@ -37,7 +37,7 @@ class CStopSignal
     // A request that no run has taken goes with the lock.
     bool Unlock() noexcept;
 
-    // engine::Stopped where nothing is in use; E_FAIL where the event cannot be signalled.
+    // engine::Stopped if nothing is in use; E_FAIL if the event cannot be signalled.
     HRESULT Request() noexcept;
     // For a run that a signal has woken.
     Seen Take() noexcept;
