@@ -4,8 +4,9 @@
 // until the next change.
 #pragma once
 
+#include "CDM/src/ZebTrace.h"
+#include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/EngineStatus.h"
-#include "CDM/src/engine/SharedLock.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
 #include "Common/src/VormArray.h"
 
@@ -28,11 +29,12 @@ class CDiagMap
     CDiagMap(const CDiagMap&) = delete;
     CDiagMap& operator=(const CDiagMap&) = delete;
 
-    // To be called before anything is added; until then the map is empty. False if memory ran out.
-    bool Create()
+    // To be called before anything is added; until then the map is empty. `failure` tells of no memory for
+    // it.
+    HRESULT Create(const char* failure)
     {
         m_objects = TryMake<Objects>();
-        return m_objects != nullptr;
+        return m_objects ? S_OK : OutOfMemory(failure);
     }
 
     // engine::AlreadyPresent keeps the object that is there. Throws std::bad_alloc, as the others do.
@@ -197,7 +199,7 @@ template <class T>
 HRESULT EnumKeys(const CDiagMap<T>& map, const char* failure, CVormArray<BSTR>& keys)
 {
     const HRESULT hr = WithinMemory([&] { return map.EnumObj(keys); });
-    (void)Failed(hr, failure);
+    Failed(hr, failure);
     return hr;
 }
 

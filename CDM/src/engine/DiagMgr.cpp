@@ -1,6 +1,5 @@
 #include "CDM/src/engine/DiagMgr.h"
 
-#include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/catalogue/Catalogue.h"
@@ -32,10 +31,10 @@ CDiagMgr::CDiagMgr(const CHostPaths& paths, const CEngineSeams& seams)
 
 CDiagMgr::~CDiagMgr()
 {
-    (void)Failed(AtComBoundary([&] { return m_state->runs.EndAll(); }),
-                 "CDiagMgr::~CDiagMgr: a run could not be ended");
-    (void)Failed(AtComBoundary([&] { return m_state->results.StoreAll(); }),
-                 "CDiagMgr::~CDiagMgr:StoreResults failed, hr = <%x>");
+    Failed(AtComBoundary([&] { return m_state->runs.EndAll(); }),
+           "CDiagMgr::~CDiagMgr: a run could not be ended");
+    Failed(AtComBoundary([&] { return m_state->results.StoreAll(); }),
+           "CDiagMgr::~CDiagMgr:StoreResults failed, hr = <%x>");
 }
 
 HRESULT CDiagMgr::Initialize(const CVormAgentMgr* agents)

@@ -38,8 +38,7 @@ struct CTestData
     ULONG Value = 0;
     ULONG Locked = 0;
     std::vector<USHORT> ResourcesUsed;
-    HANDLE Event =
-        nullptr; // the stop event, or null; belongs to the test, which lives as long as the manager
+    HANDLE Event = nullptr; // to stop it, or null; the test's own, which lives as long as the manager
     ULONG SenderResponder = 0;
 };
 
@@ -72,8 +71,7 @@ struct CResultData
     std::optional<SYSTEMTIME> TestCompletionTime;
     ::TestState TestState = TestStateUnknown;
     ULONG OtherStateDescriptionResourceId = 0;
-    ULONG MessageCount =
-        0; // message i is entry i of the two lists; they may be longer while a message is added
+    ULONG MessageCount = 0; // message i is entry i of the two lists, which can be longer
     std::vector<ULONG> StringIDs;
     std::vector<ULONG> TestMessages;
     ULONG EstimatedTimeOfPerforming = 0;

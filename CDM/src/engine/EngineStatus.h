@@ -24,7 +24,7 @@ constexpr HRESULT UnusableTiming = static_cast<HRESULT>(0x80042007); // the run 
 // Traces what there was no memory for.
 inline HRESULT OutOfMemory(const char* text) noexcept
 {
-    (void)Failed(wmi::OutOfMemory, text);
+    Failed(wmi::OutOfMemory, text);
     return wmi::OutOfMemory;
 }
 

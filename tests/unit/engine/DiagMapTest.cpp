@@ -25,7 +25,7 @@ void WINAPI TimeOfTraceLine(SYSTEMTIME* time)
 class DiagMapTest : public testing::Test
 {
   protected:
-    DiagMapTest() { EXPECT_TRUE(map.Create()); }
+    DiagMapTest() { EXPECT_EQ(S_OK, map.Create("no map")); }
 
     static std::shared_ptr<CDiagSetting> Object(const wchar_t* key)
     {

@@ -1,6 +1,7 @@
 #include "CDM/src/engine/catalogue/Catalogue.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
 #include "Common/src/VormAgentMgr.h"
@@ -24,19 +25,6 @@ HRESULT CCatalogue::Connect(const CVormAgentMgr* agents)
     return Failed(QueryAgent(agents, m_agent), "CDiagMgr::Initialize:Vorl QueryInterface failed, hr = <%x>")
                ? E_NOINTERFACE
                : S_OK;
-}
-
-HRESULT CCatalogue::CreateTests()
-{
-    return m_tests.Create() ? S_OK
-                            : OutOfMemory("CDiagMgr::Initialize:Could not create new DiagTestsMap object");
-}
-
-HRESULT CCatalogue::CreateSettings()
-{
-    return m_settings.Create()
-               ? S_OK
-               : OutOfMemory("CDiagMgr::Initialize:Could not create new DiagSettingsMap object");
 }
 
 HRESULT CCatalogue::Fill(const OnTest& onTest)
@@ -67,7 +55,7 @@ void CCatalogue::AddAdapter(ULONG index, BSTR adapterKey)
             ZebDebug().Write(L"CDiagMgr::Initialize: AdapterKey = <%s>", adapterKey ? adapterKey : L"");
             return m_indexes.AddIndexToMap(adapterKey, text);
         });
-    (void)Failed(hr, "CDiagMgr::Initialize:AddIndexToMap failed, hr = <%x>");
+    Failed(hr, "CDiagMgr::Initialize:AddIndexToMap failed, hr = <%x>");
 }
 
 HRESULT CCatalogue::AddTests(BSTR adapterKey, const OnTest& onTest, bool& found)

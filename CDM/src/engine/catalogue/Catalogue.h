@@ -20,8 +20,14 @@ class CCatalogue
 
     // The steps of the start-up. E_NOINTERFACE for an agent without diagnostics.
     HRESULT Connect(const CVormAgentMgr* agents);
-    HRESULT CreateTests();
-    HRESULT CreateSettings();
+    HRESULT CreateTests()
+    {
+        return m_tests.Create("CDiagMgr::Initialize:Could not create new DiagTestsMap object");
+    }
+    HRESULT CreateSettings()
+    {
+        return m_settings.Create("CDiagMgr::Initialize:Could not create new DiagSettingsMap object");
+    }
     HRESULT Fill(const OnTest& onTest);
 
     const std::shared_ptr<CDiagAgent>& Agent() const noexcept { return m_agent; }

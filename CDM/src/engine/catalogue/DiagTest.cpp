@@ -4,7 +4,6 @@
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/DiagAgent.h"
-#include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
 
 #include <utility>
@@ -40,16 +39,6 @@ CTestData CDiagTest::Data() const
     data.Event = Event();
     data.SenderResponder = m_senderResponder ? 1 : 0;
     return data;
-}
-
-HRESULT CDiagTest::LockTest() noexcept
-{
-    return m_stop.Lock() ? S_OK : engine::AlreadyLocked;
-}
-
-HRESULT CDiagTest::UnlockTest() noexcept
-{
-    return m_stop.Unlock() ? S_OK : engine::NotLocked;
 }
 
 CRunTiming CDiagTest::Timing() const
@@ -109,7 +98,7 @@ HRESULT CDiagTest::StopTest(CDiagAgent* agent, BSTR testKey)
             if (!adapterKey)
                 return wmi::OutOfMemory;
             const HRESULT hr = agent->StopTest(adapterKey.Get(), m_testId);
-            (void)Failed(hr, "CDiagTest::StopTest failed, hr = <%x>");
+            Failed(hr, "CDiagTest::StopTest failed, hr = <%x>");
             return hr;
         });
 }

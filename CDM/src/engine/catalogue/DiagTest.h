@@ -3,6 +3,7 @@
 
 #include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/DiagRecords.h"
+#include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/catalogue/StopSignal.h"
 #include "agent/Vorl.h"
 
@@ -45,8 +46,8 @@ class CDiagTest : public CDiagObject
 
     bool Locked() const noexcept { return m_stop.Locked(); }
     // engine::AlreadyLocked / engine::NotLocked: exactly one of two concurrent callers succeeds.
-    HRESULT LockTest() noexcept;
-    HRESULT UnlockTest() noexcept;
+    HRESULT LockTest() noexcept { return m_stop.Lock() ? S_OK : engine::AlreadyLocked; }
+    HRESULT UnlockTest() noexcept { return m_stop.Unlock() ? S_OK : engine::NotLocked; }
     // Asks the run of a test that has an event to stop: the one under way, or the one that the lock is for.
     // engine::Stopped for a test that is not locked.
     HRESULT RequestStop() noexcept { return m_stop.Request(); }

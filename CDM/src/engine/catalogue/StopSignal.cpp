@@ -1,7 +1,7 @@
 #include "CDM/src/engine/catalogue/StopSignal.h"
 
+#include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/EngineStatus.h"
-#include "CDM/src/engine/SharedLock.h"
 
 namespace
 {

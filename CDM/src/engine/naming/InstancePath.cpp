@@ -262,11 +262,6 @@ const CKeyRef* GetKeyRef(const CParsedObjectPath& path, const wchar_t* name, boo
     return nullptr;
 }
 
-void SetDefaultKeyName(CParsedObjectPath& path, const wchar_t* name)
-{
-    path.DefaultKeyName = name;
-}
-
 CBstr ReadKey(const CParsedObjectPath& path, const wchar_t* name, KeyForm form)
 {
     const CKeyRef* const key = GetKeyRef(path, name, form == KeyForm::NamedOrSingle);

@@ -36,7 +36,10 @@ HRESULT ParseObjectPath(const wchar_t* path, CParsedObjectPath& parsed);
 // The first key with this name (A to Z folded), or null. An unnamed key matches when `acceptUnnamed` is set,
 // or else when the path's default key name is the wanted one.
 const CKeyRef* GetKeyRef(const CParsedObjectPath& path, const wchar_t* name, bool acceptUnnamed);
-void SetDefaultKeyName(CParsedObjectPath& path, const wchar_t* name);
+inline void SetDefaultKeyName(CParsedObjectPath& path, const wchar_t* name)
+{
+    path.DefaultKeyName = name;
+}
 
 // Whether the form class="value" will do. It names the key of classes that have only one.
 enum class KeyForm

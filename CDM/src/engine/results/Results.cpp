@@ -9,18 +9,6 @@
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/ProcessIdentity.h"
 
-HRESULT CResults::Create()
-{
-    return m_results.Create()
-               ? S_OK
-               : OutOfMemory("CDiagMgr::Initialize:Could not create new DiagResultsMap object");
-}
-
-CStoreSession CResults::OpenStore(CStoreSession::Purpose purpose) const
-{
-    return CStoreSession(m_files, m_paths.ResultStorePath, purpose);
-}
-
 HRESULT CResults::AddStored(BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor,
                             CStoreSession& session)
 {
@@ -37,7 +25,7 @@ HRESULT CResults::AddStored(BSTR adapterKey, BSTR testKey, const VormTestDescrip
     if (Load(session, resultId, FoldedKey(adapterKey), *result) != S_OK)
         return S_OK;
     const HRESULT hr = WithinMemory([&] { return m_results.AddObj(testKey, result); });
-    (void)Failed(hr, "CDiagMgr::Initialize:AddObj for result failed, hr = <%x>");
+    Failed(hr, "CDiagMgr::Initialize:AddObj for result failed, hr = <%x>");
     return S_OK;
 }
 
@@ -88,14 +76,11 @@ HRESULT CResults::TakeForRun(const CDiagTest& test, BSTR key, std::shared_ptr<CD
             result->ClearMessages();
         return S_OK;
     }
-    if (hr != engine::NotFound)
-    {
-        ZebDebug().Write("CDiagMgr::RunTest:GetObj for Result failed, hr = <%x>", hr);
+    if (hr != engine::NotFound && Failed(hr, "CDiagMgr::RunTest:GetObj for Result failed, hr = <%x>"))
         return hr;
-    }
     result = std::make_shared<CDiagResult>(key, test.NameStringID(), test.SenderResponder());
     hr = WithinMemory([&] { return m_results.AddObj(key, result); });
-    (void)Failed(hr, "CDiagMgr::RunTest:AddObj for Result failed, hr = <%x>");
+    Failed(hr, "CDiagMgr::RunTest:AddObj for Result failed, hr = <%x>");
     return hr;
 }
 
@@ -138,7 +123,7 @@ HRESULT CResults::ChangeStore(const std::function<HRESULT(CStoreSession&)>& chan
     if (CStoreSession::IsDamage(hr) && session.StartAnew(hr) == S_OK)
         hr = StoreEach(session);
     const HRESULT published = CResultsStore(session).Publish();
-    (void)Failed(published, "CDiagMgr::StoreResults:StoreResult failed, hr = <%x>");
+    Failed(published, "CDiagMgr::StoreResults:StoreResult failed, hr = <%x>");
     return FAILED(hr) ? hr : published;
 }
 
@@ -178,7 +163,7 @@ HRESULT CResults::StoreOne(CStoreSession& session, BSTR key, ULONG iteration, bo
     if ((result->IsAsLoaded() && fileIsKept) || !session.Claim(resultId.Text(), result->Change()))
         return S_OK;
     hr = WithinMemory([&] { return CResultsStore(session).StoreResult(resultId, adapterKey, *result); });
-    (void)Failed(hr, "CDiagMgr::StoreResults:StoreResult failed, hr = <%x>");
+    Failed(hr, "CDiagMgr::StoreResults:StoreResult failed, hr = <%x>");
     return hr;
 }
 
@@ -217,6 +202,6 @@ HRESULT CResults::Clear(BSTR key)
     hr = CResultsStore(session).RemoveResult(resultId);
     if (SUCCEEDED(hr) || hr == STG_E_FILENOTFOUND)
         hr = session.Publish();
-    (void)Failed(hr, "CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>"); // sic
+    Failed(hr, "CDiagMgr::ClearResults:RemoveObj failed, hr = <%x>"); // sic
     return hr;
 }

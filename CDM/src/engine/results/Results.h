@@ -20,8 +20,14 @@ class CResults
     }
 
     // The steps of the start-up. One session serves all tests.
-    HRESULT Create();
-    CStoreSession OpenStore(CStoreSession::Purpose purpose) const;
+    HRESULT Create()
+    {
+        return m_results.Create("CDiagMgr::Initialize:Could not create new DiagResultsMap object");
+    }
+    CStoreSession OpenStore(CStoreSession::Purpose purpose) const
+    {
+        return CStoreSession(m_files, m_paths.ResultStorePath, purpose);
+    }
     HRESULT AddStored(BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor,
                       CStoreSession& session);
     HRESULT ReadConfiguration();

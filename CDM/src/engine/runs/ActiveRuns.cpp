@@ -23,15 +23,3 @@ void CActiveRuns::Leave(const CDiagTest* test) noexcept
     if (m_tests.empty())
         SetEvent(m_idle.Get());
 }
-
-void CActiveRuns::Close() noexcept
-{
-    const CWriteScope held(m_lock);
-    m_closed = true;
-}
-
-std::vector<std::shared_ptr<CDiagTest>> CActiveRuns::Running()
-{
-    const CReadScope held(m_lock);
-    return m_tests;
-}

@@ -1,7 +1,7 @@
 // The runs that are going on, so that the manager can end them before it goes.
 #pragma once
 
-#include "CDM/src/engine/SharedLock.h"
+#include "CDM/src/engine/DiagObject.h"
 #include "CDM/src/engine/catalogue/DiagTest.h"
 
 #include <memory>
@@ -13,8 +13,16 @@ class CActiveRuns
     // Throws std::bad_alloc.
     bool Enter(std::shared_ptr<CDiagTest> test); // false once Close was called
     void Leave(const CDiagTest* test) noexcept;
-    void Close() noexcept;
-    std::vector<std::shared_ptr<CDiagTest>> Running();
+    void Close() noexcept
+    {
+        const CWriteScope held(m_lock);
+        m_closed = true;
+    }
+    std::vector<std::shared_ptr<CDiagTest>> Running()
+    {
+        const CReadScope held(m_lock);
+        return m_tests;
+    }
     // Signalled while no run is going on.
     HANDLE Idle() const noexcept { return m_idle.Get(); }
 

@@ -1,6 +1,6 @@
 #include "CDM/src/engine/runs/RunOutcome.h"
 
-#include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/catalogue/DiagTest.h"
 #include "CDM/src/engine/results/DiagResult.h"
@@ -32,7 +32,7 @@ struct CCompletion
         if (Failed(hr, "CDiagMgr::RunTest:SetPercentComplete2 failed."))
             return hr;
         hr = Result.SetTestState(TestStatePassed);
-        (void)Failed(hr, "CDiagMgr::RunTest:SetTestState(PASSED) failed.");
+        Failed(hr, "CDiagMgr::RunTest:SetTestState(PASSED) failed.");
         return hr;
     }
     HRESULT operator()(const CStoppedRun&) const
@@ -43,18 +43,18 @@ struct CCompletion
             return hr;
         hr = Result.SetPercentComplete(
             StoppedPercentComplete(ElapsedMilliseconds, Test.Timing().TimeoutSndRsp));
-        (void)Failed(hr, "CDiagMgr::RunTest:SetPercentComplete2 failed.");
+        Failed(hr, "CDiagMgr::RunTest:SetPercentComplete2 failed.");
         return hr;
     }
     HRESULT operator()(const CFailedRun& failed) const
     {
-        (void)Failed(failed.Code, "CDiagMgr::RunTest:pDiagTestObj->StartTest failed, hrTestStatus = <%x>");
+        Failed(failed.Code, "CDiagMgr::RunTest:pDiagTestObj->StartTest failed, hrTestStatus = <%x>");
         ShowFailure(failed.Code);
         const HRESULT hr = Result.SetTestState(TestStateFailed);
         if (Failed(hr, "CDiagMgr::RunTest:SetStatus failed.")) // sic
             return hr;
         StampEnd();
-        (void)Failed(Result.SetPercentComplete(0), "CDiagMgr::RunTest:SetPercentComplete2 failed.");
+        Failed(Result.SetPercentComplete(0), "CDiagMgr::RunTest:SetPercentComplete2 failed.");
         return failed.Code;
     }
 

@@ -1,6 +1,5 @@
 #include "CDM/src/engine/runs/Runs.h"
 
-#include "CDM/src/ZebDebug.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
@@ -55,9 +54,9 @@ HRESULT CRuns::Run(BSTR testKey, BSTR resultKey, ULONG mode)
     hr = CompleteResult(OutcomeOf(status, *test), *test, m_environment.ProcessMilliseconds() - started,
                         m_environment, *result);
     m_results.StoreAfterRun(resultKey);
-    if (SUCCEEDED(hr) && m_results.LogEnabled() &&
-        FAILED(WithinMemory([&] { return m_results.Log(resultKey); })))
-        ZebDebug().Write("CDiagMgr::RunTest:LogResults failed.");
+    if (SUCCEEDED(hr) && m_results.LogEnabled())
+        Failed(WithinMemory([&] { return m_results.Log(resultKey); }),
+               "CDiagMgr::RunTest:LogResults failed.");
     return hr;
 }
 

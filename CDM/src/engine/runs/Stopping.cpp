@@ -26,6 +26,12 @@ std::shared_ptr<CTestWorker> LeftWorker(const CDiagTest& test)
     return atWork ? worker : nullptr;
 }
 
+void DropWorker(CDiagTest& test)
+{
+    if (const std::shared_ptr<CTestWorker> worker = test.KeepWorker(nullptr))
+        worker->CloseThread();
+}
+
 struct CRequest
 {
     std::shared_ptr<CDiagTest> test;
@@ -42,21 +48,14 @@ DWORD WINAPI AskAgent(void* parameter) noexcept
 
 // The end of all runs. The agent is asked to stop each test on a thread of its own: there are agents that do
 // not come back from it.
-class CEndOfRuns
+struct CEndOfRuns
 {
-  public:
-    CEndOfRuns(CActiveRuns& runs, const CDiagMap<CDiagTest>& tests, const std::shared_ptr<CDiagAgent>& agent,
-               IRunEnvironment& environment)
-        : m_runs(runs), m_tests(tests), m_agent(agent), m_environment(environment)
-    {
-    }
-
     // S_FALSE if something may still go on.
     HRESULT Try()
     {
-        const auto running = m_runs.Running();
+        const auto running = Runs.Running();
         std::shared_ptr<CTestWorker> left;
-        for (const std::shared_ptr<CDiagTest>& test : m_tests.All())
+        for (const std::shared_ptr<CDiagTest>& test : Tests.All())
         {
             const bool runs = std::find(running.begin(), running.end(), test) != running.end();
             const auto worker = runs ? nullptr : LeftWorker(*test);
@@ -69,28 +68,27 @@ class CEndOfRuns
         }
         if (running.empty() && !left)
             return S_OK;
-        m_environment.Wait(running.empty() ? left->Thread() : m_runs.Idle(), kBetweenEnds);
+        Environment.Wait(running.empty() ? left->Thread() : Runs.Idle(), kBetweenEnds);
         return S_FALSE;
     }
 
-  private:
     // A call that is still on its way is not repeated.
     void Ask(const std::shared_ptr<CDiagTest>& test)
     {
-        CHandle& thread = m_threads[test.get()];
+        CHandle& thread = Threads[test.get()];
         if (thread && WaitForSingleObject(thread.Get(), 0) != WAIT_OBJECT_0)
             return;
-        auto request = std::make_unique<CRequest>(CRequest{test, m_agent, test->Key()});
-        thread = m_environment.StartThread(&AskAgent, request.get());
+        auto request = std::make_unique<CRequest>(CRequest{test, Agent, test->Key()});
+        thread = Environment.StartThread(&AskAgent, request.get());
         if (thread)
             (void)request.release();
     }
 
-    CActiveRuns& m_runs;
-    const CDiagMap<CDiagTest>& m_tests;
-    const std::shared_ptr<CDiagAgent>& m_agent;
-    IRunEnvironment& m_environment;
-    std::map<const CDiagTest*, CHandle> m_threads;
+    CActiveRuns& Runs;
+    const CDiagMap<CDiagTest>& Tests;
+    const std::shared_ptr<CDiagAgent>& Agent;
+    IRunEnvironment& Environment;
+    std::map<const CDiagTest*, CHandle> Threads = {};
 };
 } // namespace
 
@@ -103,47 +101,42 @@ StopReason DecideStop(const CRunProgress& progress, bool enoughPackets, bool req
     return progress.IsTimeUp() ? StopReason::TimeIsUp : StopReason::None;
 }
 
-HRESULT CStopping::EndWorker(CTestWorker& worker)
+HRESULT EndWorker(CDiagTest& test, CTestWorker& worker, CDiagAgent& agent, BSTR testKey,
+                  IRunEnvironment& environment)
 {
-    HRESULT hr = m_test.StopTest(&m_agent, m_testKey);
+    HRESULT hr = test.StopTest(&agent, testKey);
     for (int attempt = 1; FAILED(hr) && attempt < kStopAttempts; ++attempt)
     {
-        m_environment.WaitForEither(m_test.Event(), worker.Thread(), kBetweenStops);
-        hr = m_test.StopTest(&m_agent, m_testKey);
+        environment.WaitForEither(test.Event(), worker.Thread(), kBetweenStops);
+        hr = test.StopTest(&agent, testKey);
     }
     if (FAILED(hr))
         worker.Terminate();
-    else if (m_environment.Wait(worker.Thread(), INFINITE) == WAIT_FAILED)
+    else if (environment.Wait(worker.Thread(), INFINITE) == WAIT_FAILED)
         ZebDebug().Write("CDiagMgr::RunTest:WaitForSingleObject failed"); // sic
-    DropWorker();
+    DropWorker(test);
     return hr;
 }
 
-bool CStopping::EndLeftWorker()
+bool EndLeftWorker(CDiagTest& test, CDiagAgent& agent, BSTR testKey, IRunEnvironment& environment)
 {
-    std::shared_ptr<CTestWorker> left = LeftWorker(m_test);
+    std::shared_ptr<CTestWorker> left = LeftWorker(test);
     for (int attempt = 0; left && attempt < kStopAttempts; ++attempt)
     {
-        m_test.StopTest(&m_agent, m_testKey);
-        m_environment.Wait(left->Thread(), kBetweenStops);
-        left = LeftWorker(m_test);
+        test.StopTest(&agent, testKey);
+        environment.Wait(left->Thread(), kBetweenStops);
+        left = LeftWorker(test);
     }
     if (!left)
-        DropWorker();
+        DropWorker(test);
     return !left;
-}
-
-void CStopping::DropWorker()
-{
-    if (const std::shared_ptr<CTestWorker> worker = m_test.KeepWorker(nullptr))
-        worker->CloseThread();
 }
 
 HRESULT StopAll(CActiveRuns& runs, const CDiagMap<CDiagTest>& tests, const std::shared_ptr<CDiagAgent>& agent,
                 IRunEnvironment& environment)
 {
     runs.Close();
-    CEndOfRuns end(runs, tests, agent, environment);
+    CEndOfRuns end{runs, tests, agent, environment};
     // The request is repeated, because a run may be about to enter the agent.
     HRESULT hr = S_FALSE;
     for (int attempt = 0; attempt < kEndAttempts && hr != S_OK; ++attempt)

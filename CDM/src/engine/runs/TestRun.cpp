@@ -1,6 +1,7 @@
 #include "CDM/src/engine/runs/TestRun.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/runs/RunProgress.h"
 #include "CDM/src/engine/runs/Stopping.h"
@@ -42,15 +43,8 @@ constexpr StatisticMessage kMessages[] = {
 };
 
 // A sender/responder run whose worker is in the agent.
-class CPolledRun
+struct CPolledRun
 {
-  public:
-    CPolledRun(CDiagTest& test, CDiagAgent& agent, CDiagResult& result, CTestWorker& worker,
-               IRunEnvironment& environment) noexcept
-        : m_test(test), m_agent(agent), m_result(result), m_worker(worker), m_environment(environment)
-    {
-    }
-
     // Polls until the run ends. S_OK when time was up or packets were enough, engine::Stopped on request, the
     // worker's status if the agent ended by itself, else why the run could not be stopped.
     HRESULT Execute(BSTR testKey, BSTR adapterKey, const CRunTiming& timing, const CRunParameters& parameters)
@@ -62,12 +56,12 @@ class CPolledRun
             if (woken == WAIT_FAILED)
             {
                 ZebDebug().Write("CDiagTest::StartTest:RunDiagTest failed, WAIT_FAILED");
-                m_test.StopTest(&m_agent, testKey); // no one else would: the worker stays behind
+                Test.StopTest(&Agent, testKey); // no one else would: the worker stays behind
                 return E_FAIL;
             }
             if (woken == kWorker)
             {
-                const HRESULT status = m_worker.Status();
+                const HRESULT status = Worker.Status();
                 // sic: for a test that has ended well, too
                 ZebDebug().Write(
                     "CDiagTest::StartTest:RunDiagTest failed, threadParameters.hrTestStatus = <%x>.", status);
@@ -78,32 +72,31 @@ class CPolledRun
 
             const bool enoughPackets = Poll(adapterKey, timing, parameters);
             progress.CountPoll();
-            (void)Failed(m_result.SetPercentComplete(progress.PercentComplete()),
-                         "CDiagTest::StartTest:SetPercentComplete failed.");
+            Failed(Result.SetPercentComplete(progress.PercentComplete()),
+                   "CDiagTest::StartTest:SetPercentComplete failed.");
             const StopReason reason = DecideStop(progress, enoughPackets, woken == kEvent);
             if (reason != StopReason::None)
                 return Stop(testKey, reason);
         }
     }
 
-  private:
     // A wait for event or worker that a stop of another run does not end. Until that one has been taken, the
     // event stays signalled.
     DWORD WaitForNews(DWORD milliseconds)
     {
-        const ULONGLONG started = m_environment.ProcessMilliseconds();
+        const ULONGLONG started = Environment.ProcessMilliseconds();
         for (DWORD left = milliseconds;;)
         {
-            const DWORD woken = m_environment.WaitForEither(m_test.Event(), m_worker.Thread(), left);
+            const DWORD woken = Environment.WaitForEither(Test.Event(), Worker.Thread(), left);
             if (woken != kEvent)
                 return woken;
-            const CStopSignal::Seen seen = m_test.TakeStop();
+            const CStopSignal::Seen seen = Test.TakeStop();
             if (seen == CStopSignal::Seen::Ours)
                 return kEvent;
             if (seen == CStopSignal::Seen::Others &&
-                m_environment.Wait(m_worker.Thread(), std::min(left, kOthersTurn)) == WAIT_OBJECT_0)
+                Environment.Wait(Worker.Thread(), std::min(left, kOthersTurn)) == WAIT_OBJECT_0)
                 return kWorker;
-            const ULONGLONG passed = m_environment.ProcessMilliseconds() - started;
+            const ULONGLONG passed = Environment.ProcessMilliseconds() - started;
             if (passed >= milliseconds)
                 return WAIT_TIMEOUT;
             left = milliseconds - static_cast<DWORD>(passed);
@@ -121,7 +114,7 @@ class CPolledRun
         const HRESULT hr = WithinMemory(
             [&]
             {
-                const HRESULT got = m_agent.GetDiagTestStatistics(adapterKey, m_test.TestID(), statistics);
+                const HRESULT got = Agent.GetDiagTestStatistics(adapterKey, Test.TestID(), statistics);
                 if (SUCCEEDED(got))
                     for (const StatisticMessage& message : kMessages)
                         messages.Add(message.StringID, message.Value(statistics));
@@ -132,28 +125,28 @@ class CPolledRun
             statistics = {};
             messages = {};
         }
-        m_result.SetMessages(std::move(messages));
+        Result.SetMessages(std::move(messages));
         return parameters.Quick && statistics.Counter[0] >= timing.MaxPktsRcvd;
     }
 
     HRESULT Stop(BSTR testKey, StopReason reason)
     {
-        const HRESULT hr = CStopping(m_test, m_agent, testKey, m_environment).EndWorker(m_worker);
+        const HRESULT hr = EndWorker(Test, Worker, Agent, testKey, Environment);
         if (SUCCEEDED(hr))
             return reason == StopReason::Requested ? engine::Stopped : S_OK;
         // They stay if the refusal itself counts as a stop.
         CResultMessages messages;
         messages.Add(strings::Status, hr);
-        m_result.SetMessages(std::move(messages));
-        (void)Failed(hr, "CDiagMgr::RunTest:StopTest failed hr = <%x>"); // sic
+        Result.SetMessages(std::move(messages));
+        Failed(hr, "CDiagMgr::RunTest:StopTest failed hr = <%x>"); // sic
         return hr;
     }
 
-    CDiagTest& m_test;
-    CDiagAgent& m_agent;
-    CDiagResult& m_result;
-    CTestWorker& m_worker;
-    IRunEnvironment& m_environment;
+    CDiagTest& Test;
+    CDiagAgent& Agent;
+    CDiagResult& Result;
+    CTestWorker& Worker;
+    IRunEnvironment& Environment;
 };
 } // namespace
 
@@ -163,7 +156,7 @@ HRESULT CTestRun::Execute(const std::shared_ptr<CDiagAgent>& agent, BSTR testKey
     if (m_test.SenderResponder())
         return RunOnWorker(agent, testKey, adapterKey, timing);
     const HRESULT hr = agent->RunDiagTest(adapterKey, m_test.TestID());
-    (void)Failed(hr, "CDiagTest::StartTest:RunTest failed, hr = <%x>");
+    Failed(hr, "CDiagTest::StartTest:RunTest failed, hr = <%x>");
     return hr;
 }
 
@@ -185,7 +178,7 @@ HRESULT CTestRun::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, BSTR tes
             timing.TimeoutSndRsp, timing.CheckTime, parameters.Coverage);
         return engine::UnusableTiming;
     }
-    if (!CStopping(m_test, *agent, testKey, m_environment).EndLeftWorker())
+    if (!EndLeftWorker(m_test, *agent, testKey, m_environment))
     {
         ZebDebug().Write("CDiagTest::StartTest:The agent is still busy with the run before");
         return HRESULT_FROM_WIN32(ERROR_BUSY);
@@ -197,6 +190,6 @@ HRESULT CTestRun::RunOnWorker(const std::shared_ptr<CDiagAgent>& agent, BSTR tes
         return E_FAIL;
     }
     m_test.KeepWorker(worker);
-    return CPolledRun(m_test, *agent, m_result, *worker, m_environment)
-        .Execute(testKey, adapterKey, timing, parameters);
+    CPolledRun run{m_test, *agent, m_result, *worker, m_environment};
+    return run.Execute(testKey, adapterKey, timing, parameters);
 }

@@ -17,7 +17,7 @@ CCriticalSection& StoreLock() noexcept
 // One text for a file that cannot be opened, made or replaced.
 HRESULT TraceFileFailure(HRESULT hr) noexcept
 {
-    (void)Failed(hr, "CResultsStore::StoreResult: StgCreateDocfile failed, hr = <%x>"); // sic
+    Failed(hr, "CResultsStore::StoreResult: StgCreateDocfile failed, hr = <%x>"); // sic
     return hr;
 }
 } // namespace

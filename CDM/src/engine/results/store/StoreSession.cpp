@@ -1,7 +1,6 @@
 #include "CDM/src/engine/results/store/StoreSession.h"
 
 #include "CDM/src/ZebDebug.h"
-#include "CDM/src/engine/SharedLock.h"
 #include "Common/src/com/ComBoundary.h"
 #include "Common/src/com/CriticalSection.h"
 
@@ -21,7 +20,7 @@ CCriticalSection& Turn() noexcept
 // The newest change of each result in each file.
 struct CNewest
 {
-    CSharedLock lock;
+    CCriticalSection lock;
     std::map<std::pair<std::wstring, std::wstring>, ULONGLONG> changes;
 };
 
@@ -102,7 +101,7 @@ bool CStoreSession::Claim(const wchar_t* resultId, ULONGLONG change) const
 {
     std::pair<std::wstring, std::wstring> name(m_path, resultId);
     CNewest& newest = Newest();
-    const CWriteScope held(newest.lock);
+    const CLockScope held(newest.lock);
     ULONGLONG& stored = newest.changes[std::move(name)];
     if (change < stored)
         return false;
