@@ -1,6 +1,7 @@
 #include "CDM/src/engine/results/ResultLog.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/engine/results/CimDateTime.h"
 #include "Common/src/com/Text.h"

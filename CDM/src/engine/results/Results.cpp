@@ -1,13 +1,13 @@
 #include "CDM/src/engine/results/Results.h"
 
 #include "CDM/src/ZebDebug.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/ZebRegistry.h"
 #include "CDM/src/ZebTrace.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/naming/DiagKeys.h"
 #include "CDM/src/engine/results/store/ResultsStore.h"
 #include "Common/src/com/ComBoundary.h"
-#include "Common/src/com/ProcessIdentity.h"
 
 HRESULT CResults::AddStored(BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor,
                             CStoreSession& session)

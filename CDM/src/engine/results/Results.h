@@ -2,7 +2,7 @@
 // is not running, and in the log.
 #pragma once
 
-#include "CDM/src/HostPaths.h"
+#include "CDM/src/ZebHelpers.h"
 #include "CDM/src/engine/catalogue/Catalogue.h"
 #include "CDM/src/engine/results/DiagResult.h"
 #include "CDM/src/engine/results/ResultLog.h"
