@@ -167,7 +167,7 @@ void CProviderImp::LoadResources(LCID locale)
     for (const CResourceRow& row : kResources)
     {
         HMODULE library = nullptr;
-        (void)Failed(m_resources.LoadResourceDll(locale, row.baseName, true, &library), row.failure);
+        Failed(m_resources.LoadResourceDll(locale, row.baseName, true, &library), row.failure);
         // If the system's language has no library, English stands in for it.
         if (!library)
             m_resources.LoadResourceDll(kEnglish, row.baseName, true);

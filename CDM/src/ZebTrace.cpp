@@ -47,7 +47,7 @@ bool Failed(HRESULT hr, const char* text) noexcept
 
 HRESULT TraceFailure(HRESULT hr, const char* text) noexcept
 {
-    (void)Failed(hr, text);
+    Failed(hr, text);
     return hr;
 }
 

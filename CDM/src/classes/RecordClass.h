@@ -45,7 +45,7 @@ HRESULT GetRecordObject(const CRecordClass<Record>& served, CDiagMgr& manager, c
         return hr;
     CInstanceSender sender(context, served.name, std::move(sink));
     hr = served.sendInstance(sender, record);
-    (void)Failed(hr, served.getObjectSendFailed);
+    Failed(hr, served.getObjectSendFailed);
     return hr;
 }
 

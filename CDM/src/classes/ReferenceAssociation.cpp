@@ -85,7 +85,7 @@ HRESULT CReferenceAssociation::GetObjectAsync(const CParsedObjectPath& path, CWo
     }
     CInstanceSender sender(context, GetClassName(), std::move(sink));
     hr = SendInstance(sender, identifier.View());
-    (void)Failed(hr, m_row.getObjectSendFailed);
+    Failed(hr, m_row.getObjectSendFailed);
     return hr;
 }
 

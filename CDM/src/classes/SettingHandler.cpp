@@ -104,6 +104,6 @@ HRESULT CTolva_DiagSetting::UpdateInstanceAsync(CWomClassObject& instance)
     if (static_cast<HRESULT>(DiagMgr().SettingExists(settingId.Get())) == engine::NotFound)
         return wmi::NotFound;
     hr = DiagMgr().UpdateSetting(settingId.Get(), instance);
-    (void)Failed(hr, "CTolva_DiagSetting::UpdateInstanceAsync: UpdateSetting failed, hr = <%x>");
+    Failed(hr, "CTolva_DiagSetting::UpdateInstanceAsync: UpdateSetting failed, hr = <%x>");
     return hr;
 }

@@ -69,14 +69,14 @@ HRESULT CheckAdapterReference(const CAdapterReferenceTexts& texts, const CBstr& 
 HRESULT SetReturnValue(CWomClassObject& out)
 {
     const HRESULT hr = out.SetProperty(L"ReturnValue", kReturnValue);
-    (void)Failed(hr, "CTolva_DiagTest::SetOutParams: SetProperty (Return Value) failed hr = <%x>");
+    Failed(hr, "CTolva_DiagTest::SetOutParams: SetProperty (Return Value) failed hr = <%x>");
     return hr;
 }
 
 HRESULT SetTestingStopped(CWomClassObject& out)
 {
     const HRESULT hr = out.SetPropertyBool(L"TestingStopped", TRUE);
-    (void)Failed(hr, "CTolva_DiagTest::SetOutParams: SetProperty (TestingStopped) failed hr = <%x>");
+    Failed(hr, "CTolva_DiagTest::SetOutParams: SetProperty (TestingStopped) failed hr = <%x>");
     return hr;
 }
 
@@ -199,7 +199,7 @@ HRESULT CTolva_DiagTest::ExecMethodAsync(const CParsedObjectPath& path, const wc
         if (!method || !EqualNoCaseAscii(method, row.name))
             continue;
         hr = (this->*row.run)(context, path, in, out);
-        (void)Failed(hr, row.failure);
+        Failed(hr, row.failure);
     }
     return hr;
 }
@@ -290,7 +290,7 @@ HRESULT CTolva_DiagTest::DiscontinueTest(CWomContext& context, const CParsedObje
     if (hr == engine::Stopped)
         return TraceFailure(wmi::Failed,
                             "CTolva_DiagTest::DiscontinueTest: Cannot stop a test which is not running.");
-    (void)Failed(hr, "CTolva_DiagTest::DiscontinueTest:SetEvent failed");
+    Failed(hr, "CTolva_DiagTest::DiscontinueTest:SetEvent failed");
     (void)SetTestingStopped(out);
     (void)SetReturnValue(out);
     return S_OK;
@@ -312,7 +312,7 @@ HRESULT CTolva_DiagTest::ClearResults(CWomContext& context, const CParsedObjectP
     if (FAILED(hr))
         return hr;
     hr = DiagMgr().ClearResults(testName.Get());
-    (void)Failed(hr, "CTolva_DiagTest::ClearResults: ClearResults failed, hr = <%x>");
+    Failed(hr, "CTolva_DiagTest::ClearResults: ClearResults failed, hr = <%x>");
     (void)SetReturnValue(out);
     return hr;
 }
