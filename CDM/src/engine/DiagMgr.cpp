@@ -53,8 +53,13 @@ HRESULT CDiagMgr::Initialize(const CVormAgentMgr* agents)
                 hr = catalogue.CreateSettings();
             if (FAILED(hr))
                 return hr;
+            CVormArray<BSTR> adapters;
+            hr = catalogue.Agent()->EnumAdapters(adapters);
+            if (Failed(hr, "CDiagMgr::Initialize:EnumAdapters failed, hr = <%x>"))
+                return hr;
             CStoreSession store = results.OpenStore(CStoreSession::Purpose::Read);
-            hr = catalogue.Fill([&](BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor)
+            hr = catalogue.Fill(adapters,
+                                [&](BSTR adapterKey, BSTR testKey, const VormTestDescriptor& descriptor)
                                 { return results.AddStored(adapterKey, testKey, descriptor, store); });
             return SUCCEEDED(hr) ? results.ReadConfiguration() : hr;
         });

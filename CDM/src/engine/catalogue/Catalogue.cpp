@@ -27,12 +27,9 @@ HRESULT CCatalogue::Connect(const CVormAgentMgr* agents)
                : S_OK;
 }
 
-HRESULT CCatalogue::Fill(const OnTest& onTest)
+HRESULT CCatalogue::Fill(const CVormArray<BSTR>& adapters, const OnTest& onTest)
 {
-    CVormArray<BSTR> adapters;
-    HRESULT hr = m_agent->EnumAdapters(adapters);
-    if (Failed(hr, "CDiagMgr::Initialize:EnumAdapters failed, hr = <%x>"))
-        return hr;
+    HRESULT hr = S_OK;
     bool found = false;
     for (ULONG i = 0; i < adapters.Count() && SUCCEEDED(hr); ++i)
     {

@@ -28,7 +28,8 @@ class CCatalogue
     {
         return m_settings.Create("CDiagMgr::Initialize:Could not create new DiagSettingsMap object");
     }
-    HRESULT Fill(const OnTest& onTest);
+    // wmi::Failed if no adapter has a test.
+    HRESULT Fill(const CVormArray<BSTR>& adapters, const OnTest& onTest);
 
     const std::shared_ptr<CDiagAgent>& Agent() const noexcept { return m_agent; }
     const CDiagMap<CDiagTest>& Tests() const noexcept { return m_tests; }
