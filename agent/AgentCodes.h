@@ -122,6 +122,63 @@ constexpr HRESULT Suspended = AgentCode(0x0386);
 constexpr HRESULT DownWithLink = AgentCode(0x0387);
 } // namespace state
 
+namespace sender
+{
+constexpr HRESULT NoPeer = AgentCode(0x0390);
+constexpr HRESULT PeerUnknown = AgentCode(0x0391); // its name has no address
+constexpr HRESULT BadPeer = AgentCode(0x0392);     // not the address of another machine
+constexpr HRESULT NoSource = AgentCode(0x0393);    // the adapter has no address of the peer's kind
+constexpr HRESULT NotBound = AgentCode(0x0394);    // the address is not, or no longer, on the adapter
+constexpr HRESULT NotSent = AgentCode(0x0395);
+constexpr HRESULT Refused = AgentCode(0x0396);
+constexpr HRESULT Silent = AgentCode(0x0397);
+constexpr HRESULT StrangeAnswers = AgentCode(0x0398);
+constexpr HRESULT WentSilent = AgentCode(0x0399);
+constexpr HRESULT PeerEnded = AgentCode(0x039A); // before enough packets had been exchanged
+constexpr HRESULT LinkGone = AgentCode(0x039B);
+constexpr HRESULT NotUp = AgentCode(0x039C);
+constexpr HRESULT NoDscp = AgentCode(0x039D);
+constexpr HRESULT Unreachable = AgentCode(0x039E);
+} // namespace sender
+
+namespace responder
+{
+constexpr HRESULT NoAddress = AgentCode(0x03A0);
+constexpr HRESULT PortTaken = AgentCode(0x03A1);
+constexpr HRESULT NotBound = AgentCode(0x03A2);
+constexpr HRESULT NoSender = AgentCode(0x03A3);
+constexpr HRESULT LinkGone = AgentCode(0x03A4);
+constexpr HRESULT NotUp = AgentCode(0x03A5);
+} // namespace responder
+
+// What a sender has lost, by direction. Heavy: one in ten or more.
+namespace loss
+{
+constexpr HRESULT There = AgentCode(0x03B0);
+constexpr HRESULT Back = AgentCode(0x03B1);
+constexpr HRESULT BothWays = AgentCode(0x03B2);
+constexpr HRESULT SomeWay = AgentCode(0x03B3); // the peer does not count
+constexpr HRESULT HeavyThere = AgentCode(0x03B4);
+constexpr HRESULT HeavyBack = AgentCode(0x03B5);
+constexpr HRESULT HeavyBothWays = AgentCode(0x03B6);
+constexpr HRESULT HeavySomeWay = AgentCode(0x03B7);
+} // namespace loss
+
+// Registry values of sender and responder that cannot be used.
+namespace setting
+{
+constexpr HRESULT BadPort = AgentCode(0x03C0);
+constexpr HRESULT BadRate = AgentCode(0x03C1);
+constexpr HRESULT BadSize = AgentCode(0x03C2);
+constexpr HRESULT BadDscp = AgentCode(0x03C3);
+constexpr HRESULT BadLossLimit = AgentCode(0x03C4);
+constexpr HRESULT BadWait = AgentCode(0x03C5);
+constexpr HRESULT NoKeyFile = AgentCode(0x03C6);
+constexpr HRESULT KeyUnreadable = AgentCode(0x03C7);
+constexpr HRESULT BadKey = AgentCode(0x03C8);
+constexpr HRESULT NoCryptography = AgentCode(0x03C9);
+} // namespace setting
+
 namespace script
 {
 constexpr HRESULT Unreadable = AgentCode(0x0401);
