@@ -21,14 +21,14 @@ const CFault* FindFault(const CFaults& faults, Call call, ULONG number)
 VormTestStatistics Growing(ULONG testId, ULONG poll) noexcept
 {
     constexpr ULONG kPacketsPerPoll = 25;
-    constexpr ULONG kMegabits = 1000;
+    constexpr ULONG kMedian = 240; // microseconds
     const ULONG packets = poll * kPacketsPerPoll;
     VormTestStatistics statistics = {};
     statistics.Counter[0] = packets; // received by the responder
     statistics.Counter[1] = packets; // answered by it
     statistics.Counter[2] = packets; // sent by the sender
     statistics.Counter[4] = packets; // answers that came back
-    statistics.Counter[7] = kMegabits;
+    statistics.Counter[7] = kMedian;
     statistics.Word = 1;                    // milliseconds for the longest round trip
     statistics.ByteA = testId == 9 ? 1 : 2; // sender or responder
     statistics.ByteB = 1;                   // the link is up
