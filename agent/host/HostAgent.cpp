@@ -74,20 +74,45 @@ STDMETHODIMP CHostAgent::RunDiagTest(BSTR adapterKey, ULONG testId)
             const auto run = m_runs.Begin(key, testId);
             if (!run)
                 return vorl::AlreadyRunning;
-            return test->Run(CHostRun(*m_network, key, run->StopEvent(), m_sampling));
+            if (!test->IsMeasured)
+                return test->Run(CHostRun(*m_network, key, run->StopEvent(), m_sampling));
+            CMeasurement& measurement = m_measurements.Of(key, testId);
+            measurement.Begin();
+            return measurement.Ended(
+                test->Run(CHostRun(*m_network, key, run->StopEvent(), m_sampling, &measurement)));
         });
 }
 
 STDMETHODIMP CHostAgent::StopTest(BSTR adapterKey, ULONG testId)
 {
-    return AtComBoundary([&]() -> HRESULT
-                         { return m_runs.Stop(ToText(adapterKey), testId) ? S_OK : vorl::NotRunning; });
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            const std::wstring key = ToText(adapterKey);
+            // One that has failed by itself cannot be stopped any more: the provider would take it for
+            // passed.
+            const CMeasurement* const measurement = m_measurements.Find(key, testId);
+            if (measurement && FAILED(measurement->Outcome()))
+                return measurement->Outcome();
+            return m_runs.Stop(key, testId) ? S_OK : vorl::NotRunning;
+        });
 }
 
-STDMETHODIMP CHostAgent::GetDiagTestStatistics(BSTR, ULONG, VormTestStatistics* stats)
+STDMETHODIMP CHostAgent::GetDiagTestStatistics(BSTR adapterKey, ULONG testId, VormTestStatistics* stats)
 {
     if (!stats)
         return E_POINTER;
     *stats = {};
-    return vorl::NoStatistics;
+    return AtComBoundary(
+        [&]() -> HRESULT
+        {
+            const CMeasurement* const measurement = m_measurements.Find(ToText(adapterKey), testId);
+            if (measurement)
+                return measurement->Read(*stats) ? S_OK : vorl::NotRunning;
+            const auto tests = HostTests();
+            const bool measured =
+                std::any_of(tests.begin(), tests.end(),
+                            [&](const CHostTest& t) { return t.Id == testId && t.IsMeasured; });
+            return measured ? vorl::NotRunning : vorl::NoStatistics;
+        });
 }

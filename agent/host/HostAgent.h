@@ -3,6 +3,7 @@
 
 #include "Common/src/com/ComObject.h"
 #include "agent/Vorl.h"
+#include "agent/host/Measurements.h"
 #include "agent/host/NetworkFacts.h"
 #include "agent/server/RunTable.h"
 #include "agent/server/ServerLife.h"
@@ -27,12 +28,13 @@ class CHostAgent final : public CComObject<IVormRoot, IVormDiag>
     STDMETHODIMP EnumDiagTests(BSTR adapterKey, ULONG* count, VormTestDescriptor** tests) override;
     STDMETHODIMP RunDiagTest(BSTR adapterKey, ULONG testId) override;
     STDMETHODIMP StopTest(BSTR adapterKey, ULONG testId) override;
-    // Fails: none of the tests has statistics.
+    // Of a sender or a responder while it runs.
     STDMETHODIMP GetDiagTestStatistics(BSTR adapterKey, ULONG testId, VormTestStatistics* stats) override;
 
   private:
     const std::unique_ptr<INetworkFacts> m_network;
     const DWORD m_sampling;
     CRunTable m_runs;
+    CMeasurements m_measurements;
     CServerLock m_lock;
 };

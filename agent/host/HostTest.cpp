@@ -22,8 +22,11 @@ HRESULT CHostRun::Read(CAdapterFacts& adapter) const
 std::span<const CHostTest> HostTests() noexcept
 {
     static constexpr CHostTest tests[] = {
-        {1, RunLinkTest},    {2, RunSpeedTest},   {3, RunErrorsTest}, {4, RunDiscardsTest},
-        {5, RunAddressTest}, {6, RunGatewayTest}, {7, RunNamesTest},  {8, RunStateTest},
+        {1, RunLinkTest},         {2, RunSpeedTest},
+        {3, RunErrorsTest},       {4, RunDiscardsTest},
+        {5, RunAddressTest},      {6, RunGatewayTest},
+        {7, RunNamesTest},        {8, RunStateTest},
+        {9, RunSenderTest, true}, {10, RunResponderTest, true},
     };
     return tests;
 }

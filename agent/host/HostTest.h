@@ -1,7 +1,8 @@
-// The tests that the real agent offers on every wired adapter. Each looks, and changes nothing.
+// The tests that the real agent offers on every wired adapter. None changes anything.
 #pragma once
 
 #include "agent/host/NetworkFacts.h"
+#include "agent/host/stamp/Measurement.h"
 
 #include <span>
 
@@ -9,9 +10,12 @@
 class CHostRun
 {
   public:
-    // `stop` is signalled once the run is to be stopped; `sampling` is how long counters are watched, in ms.
-    CHostRun(INetworkFacts& network, const std::wstring& adapterKey, HANDLE stop, DWORD sampling) noexcept
-        : m_network(network), m_adapterKey(adapterKey), m_stop(stop), m_sampling(sampling)
+    // `stop` is signalled once the run is to be stopped; `sampling` is how long counters are watched, in ms;
+    // `measurement` is where sender and responder keep their record.
+    CHostRun(INetworkFacts& network, const std::wstring& adapterKey, HANDLE stop, DWORD sampling,
+             CMeasurement* measurement = nullptr) noexcept
+        : m_network(network), m_adapterKey(adapterKey), m_stop(stop), m_sampling(sampling),
+          m_measurement(measurement)
     {
     }
 
@@ -19,6 +23,7 @@ class CHostRun
     const std::wstring& AdapterKey() const noexcept { return m_adapterKey; }
     HANDLE StopEvent() const noexcept { return m_stop; }
     bool IsStopped() const noexcept { return WaitForSingleObject(m_stop, 0) == WAIT_OBJECT_0; }
+    CMeasurement& Measurement() const noexcept { return *m_measurement; }
     // Lets the sampling interval pass; false where the run was stopped before its end.
     bool Sample() const noexcept { return WaitForSingleObject(m_stop, m_sampling) == WAIT_TIMEOUT; }
 
@@ -30,6 +35,7 @@ class CHostRun
     const std::wstring& m_adapterKey;
     HANDLE m_stop;
     DWORD m_sampling;
+    CMeasurement* m_measurement;
 };
 
 // S_OK: passed; vorl::Stopped: stopped before it was done. Every failure is a code of agent/AgentCodes.h.
@@ -41,11 +47,15 @@ HRESULT RunAddressTest(const CHostRun& run);
 HRESULT RunGatewayTest(const CHostRun& run);
 HRESULT RunNamesTest(const CHostRun& run);
 HRESULT RunStateTest(const CHostRun& run);
+// These two run until they are stopped, which is S_OK, or until they have failed. They need a measurement.
+HRESULT RunSenderTest(const CHostRun& run);
+HRESULT RunResponderTest(const CHostRun& run);
 
 struct CHostTest
 {
     ULONG Id;
     HRESULT (*Run)(const CHostRun& run);
+    bool IsMeasured = false; // the sender and the responder
 };
-// All tests by their numbers; 9 and 10, the sender and the responder, are not among them.
+// All tests by their numbers.
 std::span<const CHostTest> HostTests() noexcept;

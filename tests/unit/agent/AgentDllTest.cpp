@@ -147,7 +147,7 @@ TEST_P(HostAgentDll, ListsThisMachinesAdaptersWithTheirTests)
         EXPECT_EQ(S_OK, CLSIDFromString(key.c_str(), &id));
         std::vector<VormTestDescriptor> tests;
         EXPECT_EQ(S_OK, ListTests(*diag, key.c_str(), tests));
-        EXPECT_EQ(8u, tests.size());
+        EXPECT_EQ(10u, tests.size());
     }
 }
 

@@ -46,6 +46,7 @@ class CFakeNetwork final : public INetworkFacts
     // What each look at the adapters shows, in turn; the last one stays.
     std::deque<std::vector<CAdapterFacts>> Looks = {{HealthyAdapter()}};
     DWORD ListStatus = NO_ERROR;
+    std::atomic<bool> GoneFromNowOn = false; // no adapter is left; may be set while a test runs
     std::optional<bool> FullDuplex = true;
     // In turn, the last one stays.
     std::deque<Reply> Pings = {Reply::Answered};
@@ -66,7 +67,7 @@ class CFakeNetwork final : public INetworkFacts
             SetEvent(Looked);
         adapters.clear();
         if (ListStatus == NO_ERROR)
-            adapters = Next(Looks);
+            adapters = GoneFromNowOn ? std::vector<CAdapterFacts>{} : Next(Looks);
         return ListStatus;
     }
     std::optional<bool> IsFullDuplex(const std::wstring&) override { return FullDuplex; }

@@ -38,13 +38,13 @@ TEST_F(HostAgent, NoWiredAdapterIsAnEmptyList)
     EXPECT_TRUE(keys.empty());
 }
 
-TEST_F(HostAgent, OffersTheEightOrdinaryTests)
+TEST_F(HostAgent, OffersTheEightOrdinaryTestsAndSenderAndResponder)
 {
     std::vector<VormTestDescriptor> tests;
     EXPECT_EQ(S_OK, ListTests(*m_agent, kAdapterKey, tests));
-    EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8}), Ids(tests));
+    EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), Ids(tests));
     EXPECT_EQ(3501u, tests.front().NameStringID);
-    EXPECT_EQ(3508u, tests.back().NameStringID);
+    EXPECT_EQ(3510u, tests.back().NameStringID);
 }
 
 TEST_F(HostAgent, UnknownAdaptersAndTestsHaveTheirCodes)
@@ -55,8 +55,7 @@ TEST_F(HostAgent, UnknownAdaptersAndTestsHaveTheirCodes)
     EXPECT_EQ(vorl::NoSuchAdapter, m_agent->RunDiagTest(CBstr(L"{C}").Get(), 1));
     EXPECT_EQ(vorl::NoSuchAdapter, m_agent->RunDiagTest(nullptr, 1));
     EXPECT_EQ(vorl::NoSuchTest, m_agent->RunDiagTest(m_key.Get(), 0));
-    EXPECT_EQ(vorl::NoSuchTest, m_agent->RunDiagTest(m_key.Get(), 9));
-    EXPECT_EQ(vorl::NoSuchTest, m_agent->RunDiagTest(m_key.Get(), 10));
+    EXPECT_EQ(vorl::NoSuchTest, m_agent->RunDiagTest(m_key.Get(), 11));
 }
 
 TEST_F(HostAgent, AdapterThatDisappearsBetweenListAndRun)
@@ -100,12 +99,15 @@ TEST_F(HostAgent, StopEndsTheRunThatItNamesAndNoOther)
     EXPECT_EQ(vorl::NotRunning, m_agent->StopTest(m_key.Get(), 3));
 }
 
-TEST_F(HostAgent, HasNoStatistics)
+TEST_F(HostAgent, OrdinaryTestsHaveNoStatisticsAndOthersOnlyWhileTheyRun)
 {
     VormTestStatistics statistics = {};
     statistics.Counter[0] = 5;
     EXPECT_EQ(vorl::NoStatistics, m_agent->GetDiagTestStatistics(m_key.Get(), 1, &statistics));
     EXPECT_EQ(0u, statistics.Counter[0]);
+    EXPECT_EQ(vorl::NotRunning, m_agent->GetDiagTestStatistics(m_key.Get(), 9, &statistics));
+    EXPECT_EQ(vorl::NotRunning, m_agent->GetDiagTestStatistics(m_key.Get(), 10, &statistics));
+    EXPECT_EQ(vorl::NoStatistics, m_agent->GetDiagTestStatistics(m_key.Get(), 11, &statistics));
 }
 
 TEST_F(HostAgent, NullPointersAreRefused)

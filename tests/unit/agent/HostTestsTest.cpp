@@ -395,12 +395,15 @@ struct CRunFixture
     CHostRun Run{Network, Key, Stop.Get(), INFINITE};
 };
 
-TEST(HostTests, AreTheEightOrdinaryOnesByNumber)
+TEST(HostTests, AreTheEightOrdinaryOnesAndTwoThatMeasure)
 {
     std::vector<ULONG> ids;
     for (const CHostTest& test : HostTests())
+    {
         ids.push_back(test.Id);
-    EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8}), ids);
+        EXPECT_EQ(test.Id == 9 || test.Id == 10, test.IsMeasured);
+    }
+    EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), ids);
 }
 
 TEST(HostTests, SamplingEndsOnceStopped)
