@@ -1,7 +1,6 @@
 #include "agent/host/stamp/PeerGreeting.h"
 
 #include "agent/AgentCodes.h"
-#include "agent/host/stamp/StampExchange.h"
 
 namespace
 {

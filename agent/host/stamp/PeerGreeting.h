@@ -4,18 +4,7 @@
 #pragma once
 
 #include "agent/host/stamp/SenderTally.h"
-#include "agent/host/stamp/StampLine.h"
-#include "agent/host/stamp/StampMac.h"
-
-#include <windows.h>
-
-struct CPacketForm
-{
-    CStampMac* Mac = nullptr; // null without authentication
-    size_t Size = 0;
-
-    StampMode Mode() const noexcept { return Mac ? StampMode::Authenticated : StampMode::Open; }
-};
+#include "agent/host/stamp/StampExchange.h"
 
 struct CGreeting
 {

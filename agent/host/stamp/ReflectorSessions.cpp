@@ -40,6 +40,21 @@ void CReflectorSessions::ForgetIdle(uint64_t steady) noexcept
             peer = {};
 }
 
+void CReflectorSessions::MakeRoom(size_t peerIndex, uint64_t steady) noexcept
+{
+    if (m_peers[peerIndex].Sessions < kSessionsOfOnePeer)
+        return;
+    CReflectorSession* oldest = nullptr;
+    for (CReflectorSession& session : m_sessions)
+        if (session.IsUsed && session.PeerIndex == peerIndex &&
+            (!oldest || session.LastSeen < oldest->LastSeen))
+            oldest = &session;
+    if (!oldest || steady - oldest->LastSeen < kPause)
+        return;
+    *oldest = {};
+    --m_peers[peerIndex].Sessions;
+}
+
 CReflectorSessions::CPeer* CReflectorSessions::FindPeer(const SOCKADDR_INET& address,
                                                         uint64_t steady) noexcept
 {
@@ -100,6 +115,7 @@ CReflectorSession* CReflectorSessions::Find(const SOCKADDR_INET& peer, uint16_t 
     if (!session)
     {
         ForgetIdle(steady);
+        MakeRoom(index, steady);
         session = Begin(peer, id, index);
     }
     if (session)

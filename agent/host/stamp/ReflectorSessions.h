@@ -34,6 +34,9 @@ class CReflectorSessions
     static constexpr size_t kSessions = 64;
     static constexpr size_t kPeers = 32;
     static constexpr size_t kSessionsOfOnePeer = 16;
+    // After such a pause a session gives way to a new one of the same address, which has no more than its
+    // share.
+    static constexpr uint64_t kPause = 2 * kStampSecond;
 
     CReflectorSessions(const CReflectorLimits& limits, uint64_t steady) noexcept;
 
@@ -54,6 +57,7 @@ class CReflectorSessions
     CPeer* FindPeer(const SOCKADDR_INET& address, uint64_t steady) noexcept;
     CReflectorSession* Begin(const SOCKADDR_INET& peer, uint16_t id, size_t peerIndex) noexcept;
     void ForgetIdle(uint64_t steady) noexcept;
+    void MakeRoom(size_t peerIndex, uint64_t steady) noexcept;
 
     const CReflectorLimits m_limits;
     CTokenBucket m_rate;

@@ -1,6 +1,7 @@
 #include "agent/host/stamp/SenderRun.h"
 
 #include "agent/AgentCodes.h"
+#include "agent/host/stamp/PeerGreeting.h"
 #include "agent/host/stamp/StampRecord.h"
 
 #include <algorithm>

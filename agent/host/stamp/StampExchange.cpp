@@ -1,5 +1,6 @@
 #include "agent/host/stamp/StampExchange.h"
 
+#include <algorithm>
 #include <array>
 
 Sending SendStampPacket(IStampLine& line, const CPacketForm& form, uint32_t number, uint64_t& sentAt) noexcept

@@ -226,6 +226,23 @@ TEST_F(Reflector, SessionsAreBoundedAndIdleOnesForgotten)
     EXPECT_EQ(0u, Last().Number) << "forgotten, and begun anew";
 }
 
+TEST_F(Reflector, SessionOfAnAddressThatHasItsShareTakesThePlaceOfOneThatPauses)
+{
+    for (USHORT i = 0; i < 16; ++i)
+        EXPECT_NE(0u, Take(Request(0), V4(0xC0000202, static_cast<USHORT>(50'000 + i))));
+    m_line.Time += CReflectorSessions::kPause;
+    Take(Request(1), V4(0xC0000202, 50'000));
+    EXPECT_NE(0u, Take(Request(0), V4(0xC0000202, 60'000)));
+    Take(Request(2), V4(0xC0000202, 50'000));
+    EXPECT_EQ(2u, Last().Number) << "the one that goes on is kept";
+    Take(Request(1), V4(0xC0000202, 60'000));
+    EXPECT_EQ(1u, Last().Number);
+    m_line.Time += CReflectorSessions::kPause - 1;
+    for (USHORT i = 0; i < 14; ++i)
+        EXPECT_NE(0u, Take(Request(0), V4(0xC0000202, static_cast<USHORT>(60'001 + i))));
+    EXPECT_EQ(0u, Take(Request(0), V4(0xC0000202, 61'000))) << "none pauses for long enough";
+}
+
 TEST_F(Reflector, AllSessionsOfManyAddressesAreBounded)
 {
     size_t answered = 0;
