@@ -1,4 +1,4 @@
-// The five figures. Each prints its lines into the report.
+// The figures. Each prints its lines into the report.
 #pragma once
 
 #include "bench/Report.h"
@@ -13,3 +13,5 @@ void MeasureRun(CReport& report);
 void MeasureStore(CReport& report);
 // The provider process's memory after many requests against that after fewer.
 void MeasureMemory(CReport& report);
+// Sender and responder over loopback against a bare loop.
+void MeasureStamp(CReport& report);

@@ -20,7 +20,7 @@ struct CFigure
 
 constexpr CFigure kFigures[] = {
     {'a', &MeasureEnumeration}, {'b', &MeasureAcrossProcesses}, {'c', &MeasureRun},
-    {'d', &MeasureStore},       {'e', &MeasureMemory},
+    {'d', &MeasureStore},       {'e', &MeasureMemory},          {'f', &MeasureStamp},
 };
 
 bool Wanted(char letter, int count, char** arguments)
