@@ -1,5 +1,7 @@
 #include "agent/host/stamp/Reflector.h"
 
+#include "agent/host/stamp/StampPackets.h"
+
 void CReflector::Take(std::span<BYTE> bytes, const CArrival& arrival, IStampLine& line) noexcept
 {
     const StampMode mode = m_mac ? StampMode::Authenticated : StampMode::Open;

@@ -81,8 +81,9 @@ int CSocketLine::Open(const SOCKADDR_INET& address)
     const bool v4 = address.si_family == AF_INET;
     const int level = v4 ? IPPROTO_IP : IPPROTO_IPV6;
     // Without these packets are sent and counted all the same.
-    SetNumber(socket, level, v4 ? IP_TTL : IPV6_UNICAST_HOPS, kHopLimit);
-    SetNumber(socket, level, v4 ? IP_RECVTTL : IPV6_HOPLIMIT, 1);
+    static_assert(IP_TTL == IPV6_UNICAST_HOPS && IP_RECVTTL == IPV6_HOPLIMIT);
+    SetNumber(socket, level, IP_TTL, kHopLimit);
+    SetNumber(socket, level, IP_RECVTTL, 1);
     SetNumber(socket, SOL_SOCKET, SO_RCVBUF, kBuffer);
     SetNumber(socket, SOL_SOCKET, SO_SNDBUF, kBuffer);
     SetNumber(socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, 1);
