@@ -29,7 +29,7 @@ struct COtherwise
 
 bool Answers(const CReflectorPacket& answer, uint64_t sentAt, uint32_t number) noexcept
 {
-    return answer.SenderNumber == number && answer.SenderSent == ToStampTime(sentAt);
+    return answer.SenderNumber == number && IsEcho(ToStampTime(sentAt), answer.SenderSent);
 }
 
 // Reads what has come; true once the answer is among it.

@@ -23,7 +23,7 @@ CSenderTally::CEntry* CSenderTally::Find(const CReflectorPacket& answer) noexcep
     if (m_next == 0 || age >= kKept || age >= m_next)
         return nullptr;
     CEntry& entry = m_entries[(m_next - 1 - age) % kKept];
-    return ToStampTime(entry.SentSystem) == answer.SenderSent ? &entry : nullptr;
+    return IsEcho(ToStampTime(entry.SentSystem), answer.SenderSent) ? &entry : nullptr;
 }
 
 // The peer's number with the bits that the packet has no room for, counted from its first packet.

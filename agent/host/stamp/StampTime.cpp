@@ -1,5 +1,7 @@
 #include "agent/host/stamp/StampTime.h"
 
+#include <algorithm>
+
 namespace
 {
 constexpr uint64_t kFrom1601To1900 = 9'435'484'800; // seconds
@@ -24,6 +26,14 @@ CStampTime ToStampTime(uint64_t systemTime) noexcept
 bool CountsNanoseconds(uint16_t errorEstimate) noexcept
 {
     return (errorEstimate & 0x4000) != 0;
+}
+
+bool IsEcho(const CStampTime& sent, const CStampTime& echoed) noexcept
+{
+    constexpr uint64_t kMicrosecond = (uint64_t{1} << 32) / 1'000'000;
+    const uint64_t ours = uint64_t{sent.Seconds} << 32 | sent.Fraction;
+    const uint64_t theirs = uint64_t{echoed.Seconds} << 32 | echoed.Fraction;
+    return std::min(ours - theirs, theirs - ours) <= kMicrosecond;
 }
 
 int64_t StampDistance(const CStampTime& earlier, const CStampTime& later, bool nanoseconds) noexcept

@@ -25,5 +25,8 @@ inline constexpr uint16_t kOurErrorEstimate = 0x1601;
 // Whether stamps with this error estimate count nanoseconds.
 bool CountsNanoseconds(uint16_t errorEstimate) noexcept;
 
+// Whether an answer gives our stamp back: to a microsecond, because there are peers that round it.
+bool IsEcho(const CStampTime& sent, const CStampTime& echoed) noexcept;
+
 // From the one stamp to the other, in 100 nanoseconds; stamps of one clock, less than 68 years apart.
 int64_t StampDistance(const CStampTime& earlier, const CStampTime& later, bool nanoseconds) noexcept;

@@ -31,6 +31,21 @@ TEST(StampTime, DistanceIsExactToTheTick)
     }
 }
 
+TEST(StampTime, PeersMayRoundTheStampThatTheyGiveBack)
+{
+    struct Case
+    {
+        CStampTime Echoed;
+        bool IsEcho;
+    };
+    constexpr CStampTime kSent{7, 0};
+    for (const Case& c : {Case{{7, 0}, true}, Case{{6, 0xFFFF'FFFF}, true}, Case{{7, 4294}, true},
+                          Case{{6, 0xFFFF'EF3A}, true}, Case{{7, 4295}, false}, Case{{6, 0xFFFF'EF39}, false},
+                          Case{{8, 0}, false}, Case{{6, 0}, false}, Case{{0, 0}, false}})
+        EXPECT_EQ(c.IsEcho, IsEcho(kSent, c.Echoed)) << c.Echoed.Seconds << " " << c.Echoed.Fraction;
+    EXPECT_TRUE(IsEcho({0xFFFF'FFFF, 0xFFFF'FFFF}, {0, 0}));
+}
+
 TEST(StampTime, FractionOfSomeClocksIsNanoseconds)
 {
     EXPECT_TRUE(CountsNanoseconds(0x4001));
