@@ -22,7 +22,8 @@ add_compile_definitions(UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WIN
 include_directories("${CMAKE_SOURCE_DIR}")
 # Generated headers (from IDL, version) are included by the path of their source folder.
 include_directories("${CMAKE_BINARY_DIR}")
-add_link_options(-static)
+# No time of linking: the same sources make the same bytes.
+add_link_options(-static -Wl,--no-insert-timestamp)
 
 # Warnings for our own C++ code; generated C code and GoogleTest are compiled without.
 # Array bounds are left out: GCC 12 finds violations in the inlined code of std::wstring where there are none.
