@@ -62,7 +62,7 @@ REGISTRY = [
      "Provider"),
     ("TypeLibFile", MACHINE, CLASSES + "TypeLib\\" + TYPE_LIBRARY + "\\1.0\\0\\win64", None, "[#Drevok.EXE]",
      "Provider"),
-    ("TypeLibFlags", MACHINE, CLASSES + "TypeLib\\" + TYPE_LIBRARY + "\\1.0\\FLAGS", None, "0", "Provider"),
+    ("TypeLibFlags", MACHINE, CLASSES + "TypeLib\\" + TYPE_LIBRARY + "\\1.0\\FLAGS", None, "8", "Provider"),
     ("TypeLibHelp", MACHINE, CLASSES + "TypeLib\\" + TYPE_LIBRARY + "\\1.0\\HELPDIR", None, "[ProgramFolder]",
      "Provider"),
 
@@ -72,7 +72,8 @@ REGISTRY = [
      "Agent"),
 ]
 
-CREATE_FOLDER = [("ProgramFolder", "ProgramFolder"), ("DataFolder", "DataFolder")]
+CREATE_FOLDER = [("ProgramFolder", "ProgramFolder"), ("ProgramVendor", "ProgramFolder"), ("DataFolder", "DataFolder"),
+                 ("DataVendor", "DataFolder")]
 # Folders go when they are empty, so results and logs hold theirs.
 ON_REMOVAL = 2
 REMOVE_FILE = [

@@ -38,6 +38,8 @@ class CCompilation
             return RunRemoval(m_current->Classes);
         if (EqualNoCaseAscii(name.Text, L"deleteinstance"))
             return RunRemoval(m_current->Instances);
+        if (EqualNoCaseAscii(name.Text, L"classflags"))
+            return RunClassFlags();
         if (!EqualNoCaseAscii(name.Text, L"namespace"))
             throw CMofProblem{name.Place, "unknown directive #pragma " + Utf8Text(name.Text)};
         m_reader.Expect('(');
@@ -47,6 +49,17 @@ class CCompilation
         if (!m_current)
             throw CMofProblem{place, "there is no namespace " + Quoted(nameSpace)};
         m_reader.Expect(')');
+    }
+
+    void RunClassFlags()
+    {
+        m_reader.Expect('(');
+        const CMofPlace place = m_reader.Place();
+        const std::wstring flags = m_reader.TakeTexts();
+        if (!EqualNoCaseAscii(flags, L"createonly"))
+            throw CMofProblem{place, "unknown class flags " + Quoted(flags)};
+        m_reader.Expect(')');
+        m_createOnly = true;
     }
 
     template <class Map>
@@ -71,8 +84,11 @@ class CCompilation
         const CQualifiers qualifiers = ReadQualifiers(m_reader);
         if (m_reader.TakeWord("class"))
         {
+            const CMofPlace place = m_reader.Place();
             ClassDefinition definition =
                 ReadClass(m_reader, qualifiers, [this](const CMofName& name) { return ClassOf(name); });
+            if (m_createOnly && m_state.FindClass(*m_current, definition->Name))
+                throw CMofProblem{place, "the class " + Quoted(definition->Name) + " is there already"};
             m_current->Classes[FoldName(definition->Name)] = std::move(definition);
         }
         else if (m_reader.TakeWord("instance"))
@@ -136,6 +152,7 @@ class CCompilation
     CNamespace* m_current;
     CMofAliases m_aliases;
     bool m_removed = false;
+    bool m_createOnly = false;
 };
 } // namespace
 
