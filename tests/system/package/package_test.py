@@ -3,8 +3,8 @@
 
 usage: package_test.py FILES VERSION     (the list of what ships, and its version)
 
-What Wine's installer lacks: it sets no permissions on folders, so that of those only the package's row is looked at;
-and when an upgrade fails it does not bring the old files back, so that failing is tried with a first installation.
+Wine's installer sets no permissions on folders and overwrites values of a component that is never to be overwritten,
+so of those only the package's rows are looked at.
 """
 import os
 import pathlib
@@ -25,6 +25,7 @@ PROGRAMS = "Program Files/Veltrane/ZEB"
 DATA = "ProgramData/Veltrane/ZEB"
 SETTINGS = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
 ZEBDIAG = rf"C:\{PROGRAMS}\zebdiag.exe".replace("/", "\\")
+RUN = ("run", "--adapter", "SCRIPTED-ADAPTER-1", "--test", "1")
 MISSING_CLASSES = ("CIM_DiagnosticResultForTest", "CIM_DiagnosticResultForMSE")
 COMPILER = r"MOFCOMP=C:\standin\mofcomp.cmd"
 
@@ -125,6 +126,11 @@ class Package(unittest.TestCase):
         self.assertEqual([["DataFolder", "DataFolder", "CreateFolder",
                            "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1301bf;;;LS)(A;OICI;0x1200a9;;;BU)", ""]], rows)
 
+    def test_06_settings_are_never_overwritten(self):
+        rows = {row[0]: row for row in export(self.msi, "Component")}
+        self.assertEqual(128, int(rows["Settings"][3]) & 128)
+        self.assertEqual("InstalledDir", rows["Settings"][5])
+
     # A first installation
 
     def test_11_a_step_that_fails_leaves_nothing(self):
@@ -180,7 +186,7 @@ class Package(unittest.TestCase):
 
     def test_16_tests_are_listed_and_run(self):
         self.assertIn("Link", self.zebdiag("list"))
-        self.assertIn("PASSED", self.zebdiag("run", "--test", "1"))
+        self.assertIn("PASSED", self.zebdiag(*RUN))
 
     def test_19_removal_leaves_results(self):
         self.install("/x", r"C:\given\zeb.msi", COMPILER)
@@ -191,13 +197,12 @@ class Package(unittest.TestCase):
     # An older version, upgraded, repaired and removed
 
     def test_21_an_upgrade_keeps_results_log_and_settings(self):
-        shutil.rmtree(self.machine.drive / "ProgramData/Veltrane")
+        shutil.rmtree(self.machine.drive / "ProgramData/Veltrane", ignore_errors=True)
         self.install("/i", r"C:\given\older.msi", COMPILER)
         self.assertIn(f"{PROGRAMS}/{older.GONE}", self.installed_files())
         self.machine.set_value(SETTINGS, "Enable", 1)
-        self.machine.set_value(SETTINGS, "StoreAfterRun", 1)
-        self.machine.set_value(SETTINGS, "DebugFileName", r"C:\ProgramData\Veltrane\ZEB\mine.log")
-        self.zebdiag("run", "--test", "1")
+        self.machine.set_value(SETTINGS, "MaxFileSize", 10000)
+        self.zebdiag(*RUN)
         kept = {name: data for name, data in self.installed_files().items() if name.startswith(DATA + "/")}
         self.assertEqual({DATA + "/ZebDiag.bin", DATA + "/ZebDiag.log"}, set(kept))
         results = self.zebdiag("results")
@@ -225,7 +230,8 @@ class Package(unittest.TestCase):
         (self.machine.drive / PROGRAMS / "Vorl.dll").unlink()
         (self.machine.drive / PROGRAMS / "zebdiag.mof").unlink()
         self.machine.wine("reg", "delete", r"HKLM\SOFTWARE\Classes\AppID\{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E21}", "/f")
-        self.install("/fomus", r"C:\given\zeb.msi", COMPILER)
+        # What "msiexec /fomus" does, which Wine's has not.
+        self.install("/i", r"C:\given\zeb.msi", "REINSTALL=ALL", "REINSTALLMODE=omus", COMPILER)
         self.assertEqual(before, self.installed_files())
         self.assertEqual(registry, self.machine.registry())
 
