@@ -1,6 +1,5 @@
 """A computer under Wine on which the package is installed: a prefix of its own, with the stand-in as management service
 and the scripted agent's adapters, and what its registry and its disk have."""
-import os
 import pathlib
 import re
 import shutil
@@ -24,8 +23,7 @@ echo %CODE% %~nx1>>C:\standin\compiled.txt
 exit /b %CODE%
 """
 # What the installer and Wine write about themselves; Wine leaves such keys when they have become empty.
-NOT_OURS = re.compile(r"\\Installer(\\|$)|^HKEY_LOCAL_MACHINE\\Software\\(WMI stand-in|Wine)|\\WOW6432Node|\\Tracing",
-                      re.IGNORECASE)
+NOT_OURS = re.compile(r"\\installer(\\|$)|^software\\(wmi stand-in|wine)(\\|$)|\\wow6432node\\")
 
 
 class Machine:
@@ -43,23 +41,27 @@ class Machine:
         self.stop()
         shutil.rmtree(self.prefix, ignore_errors=True)
         subprocess.run([ROOT / "scripts/wine-prefix", self.prefix], check=True)
-        # The prefix's server stays up from here to the end.
-        self.held = subprocess.Popen(["wine", "cmd.exe", "/q"], env=self.environment, stdin=subprocess.PIPE,
-                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.hold()
         # The installer takes the system for Windows 10.
-        self.wine("reg", "add", r"HKCU\Software\Wine", "/v", "Version", "/d", "win10", "/f")
+        self.set_value(r"HKCU\Software\Wine", "Version", "win10")
         return self
 
     def __exit__(self, *_):
         self.stop()
-        if self.held:
-            self.held.stdin.close()
-            self.held.wait()
+
+    def hold(self):
+        """Keeps the prefix's server up."""
+        self.held = subprocess.Popen(["wine", "cmd.exe", "/q"], env=self.environment, stdin=subprocess.PIPE,
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def stop(self):
         if (self.prefix / "system.reg").exists():
             subprocess.run(["wineserver", "-k"], env=self.environment, check=False, stderr=subprocess.DEVNULL)
             subprocess.run(["wineserver", "-w"], env=self.environment, check=False, timeout=60)
+        if self.held:
+            self.held.stdin.close()
+            self.held.wait()
+            self.held = None
 
     def wine(self, *arguments, fails=False):
         """Runs a Windows program. Returns its exit code and its output; a failure is refused, unless expected."""
@@ -104,19 +106,19 @@ class Machine:
         self.wine("reg", "add", key, "/v", name, "/t", kind, "/d", value, "/f")
 
     def registry(self):
-        """HKEY_LOCAL_MACHINE\\Software as {key: {name: value}}, without what is not the product's."""
-        file = self.drive / "exported.reg"
-        self.wine("reg", "export", r"HKLM\Software", r"C:\exported.reg", "/y")
-        text = file.read_text(encoding="utf-16").replace("\r\n", "\n").replace("\\\n", "")
-        file.unlink()
-        keys, values = {}, None
+        """HKEY_LOCAL_MACHINE\\Software as {key: {name: value}}, without what is not the product's. Ends all programs,
+        because Wine writes its registry then; its own program for that takes many seconds."""
+        self.stop()
+        text = (self.prefix / "system.reg").read_text(encoding="utf-8", errors="replace").replace("\\\n", "")
+        self.hold()
+        keys, values = {}, {}
         for line in text.split("\n"):
             if line.startswith("["):
-                key = line[1:-1]
-                values = None if NOT_OURS.search(key) else {}
-                if values is not None:
-                    keys[key.lower()] = values
-            elif "=" in line and values is not None:
+                key = line[1:line.rindex("]")].replace("\\\\", "\\").lower()
+                values = {}
+                if key.startswith("software\\") and not NOT_OURS.search(key):
+                    keys[key] = values
+            elif line.startswith(('"', "@")):
                 # Names and texts are quoted, with backslashes doubled.
                 name, value = re.match(r'("(?:[^"\\]|\\.)*"|@)=(.*)', line).groups()
                 values[name.strip('"').lower()] = re.sub(r"\s", "", value) if value.startswith("hex") else value

@@ -24,6 +24,7 @@ WORK = ROOT / "build/package-test"
 PROGRAMS = "Program Files/Veltrane/ZEB"
 DATA = "ProgramData/Veltrane/ZEB"
 SETTINGS = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
+SETTINGS_KEY = SETTINGS.lower().removeprefix("hklm\\")
 ZEBDIAG = rf"C:\{PROGRAMS}\zebdiag.exe".replace("/", "\\")
 RUN = ("run", "--adapter", "SCRIPTED-ADAPTER-1", "--test", "1")
 MISSING_CLASSES = ("CIM_DiagnosticResultForTest", "CIM_DiagnosticResultForMSE")
@@ -149,7 +150,7 @@ class Package(unittest.TestCase):
 
         self.install("/i", r"C:\given\zeb.msi", COMPILER)
         package = {key: values for key, values in self.added_registry().items() if r"\classes" in key}
-        application = package[r"hkey_local_machine\software\classes\appid\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e21}"]
+        application = package[r"software\classes\appid\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e21}"]
         self.assertEqual('"NT AUTHORITY\\\\LocalService"', application.pop("runas"))
         self.assertTrue(application.pop("launchpermission").startswith("hex:01,00,04,80,"))
         # The folder is another one, the provider's path has quotation marks, and the installer ends a folder with a
@@ -158,9 +159,9 @@ class Package(unittest.TestCase):
         programs = ("C:/" + PROGRAMS).replace("/", "\\\\")
         own = {key: {name: value.replace(folder, programs) for name, value in values.items()}
                for key, values in own.items()}
-        server = own[r"hkey_local_machine\software\classes\clsid\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e20}\localserver32"]
+        server = own[r"software\classes\clsid\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e20}\localserver32"]
         server["@"] = f'"\\"{programs}\\\\Drevok.EXE\\""'
-        own[r"hkey_local_machine\software\classes\typelib\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e22}\1.0\helpdir"]["@"] = (
+        own[r"software\classes\typelib\{6c1f0a52-3b7e-4e1b-9a55-0d6b7a3c8e22}\1.0\helpdir"]["@"] = (
             f'"{programs}\\\\"')
         self.assertEqual(own, package)
 
@@ -202,26 +203,25 @@ class Package(unittest.TestCase):
         self.assertIn(f"{PROGRAMS}/{older.GONE}", self.installed_files())
         self.machine.set_value(SETTINGS, "Enable", 1)
         self.machine.set_value(SETTINGS, "MaxFileSize", 10000)
+        settings = self.machine.registry()[SETTINGS_KEY]
         self.zebdiag(*RUN)
         kept = {name: data for name, data in self.installed_files().items() if name.startswith(DATA + "/")}
         self.assertEqual({DATA + "/ZebDiag.bin", DATA + "/ZebDiag.log"}, set(kept))
         results = self.zebdiag("results")
-        settings = self.machine.registry()[SETTINGS.lower().replace("hklm", "hkey_local_machine")]
         self.machine.compiled()
 
         self.install("/i", r"C:\given\zeb.msi", COMPILER)
         self.assertNotIn("zebdiag-remove.mof", [name for name, _ in self.machine.compiled()])
-        now = self.installed_files()
+        now, registry = self.installed_files(), self.machine.registry()
         self.assertEqual(kept, {name: now.get(name) for name in kept})
-        self.assertEqual(settings, self.machine.registry()[SETTINGS.lower().replace("hklm", "hkey_local_machine")])
+        self.assertEqual(settings, registry[SETTINGS_KEY])
         self.assertNotIn(f"{PROGRAMS}/{older.GONE}", now)
         for name in self.shipped:
             if name not in ("install.cmd", "remove.cmd"):
                 self.assertEqual((self.given / "zip" / name).read_bytes(), now[f"{PROGRAMS}/{name}"], name)
         self.assertEqual(results, self.zebdiag("results"))
         self.assertIn(VERSION, self.zebdiag("doctor"))
-        uninstall = [values["displayversion"] for key, values in self.added_registry().items()
-                     if r"\uninstall\{" in key]
+        uninstall = [values["displayversion"] for key, values in registry.items() if r"\uninstall\{" in key]
         self.assertEqual([f'"{VERSION}"'], uninstall)
 
     def test_22_a_repair_brings_back_what_is_missing(self):
