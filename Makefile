@@ -1,6 +1,6 @@
 # The only commands to remember. Everything is built in build/ and runs in Wine prefixes there. STEP is what a
 # script writes before it says what it does.
-.PHONY: demo test bench soak build check machines format clean
+.PHONY: demo test package bench soak build check machines format clean
 
 export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
@@ -20,6 +20,12 @@ test:
 	@STEP='[2/4] ' scripts/build all "everything and its tests"
 	@STEP='[3/4] ' scripts/wine-prefix build/prefix
 	@STEP='[4/4] ' scripts/test
+
+# SIGN='-pkcs12 key.p12 -pass secret' signs everything with osslsigncode. SOURCE_DATE_EPOCH is the time that all bears.
+package:
+	@STEP='[1/3] ' scripts/install-packages
+	@STEP='[2/3] ' scripts/build package_parts "what ships"
+	@STEP='[3/3] ' scripts/package
 
 bench:
 	@STEP='[1/4] ' scripts/install-packages

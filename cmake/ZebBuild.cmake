@@ -98,6 +98,12 @@ function(zeb_version_resource target)
   target_sources(${target} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${target}Version.rc")
 endfunction()
 
+# zeb_ships(NAME FILE [TARGET]): FILE is part of the package, under this name; TARGET makes it.
+function(zeb_ships name file)
+  set_property(GLOBAL APPEND PROPERTY ZEB_SHIPPED_FILES "${name}\t${file}")
+  set_property(GLOBAL APPEND PROPERTY ZEB_SHIPPED_TARGETS ${ARGN})
+endfunction()
+
 # Header-only libraries of the build machine: CLI11 (command lines), nlohmann-json (JSON), PEGTL (parsing).
 # They are reached through links of their own, because the folder that they stand in also holds the build
 # machine's C library. Link zeb_header_libraries to include them.

@@ -40,6 +40,12 @@ if not %errorlevel% == 0 goto failed
 
 set "WHAT=zebdiag.mof cannot be compiled"
 echo Schema
+rem Base classes that the system lacks. The compiler refuses those that are there, and leaves them as they are.
+if not exist "%HERE%base\" goto schema
+pushd "%HERE%base"
+for %%f in (*.mof) do %MOFCOMP% "%HERE%base\%%f" >nul 2>&1
+popd
+:schema
 %MOFCOMP% "%HERE%zebdiag.mof"
 if not %errorlevel% == 0 goto failed
 

@@ -4,9 +4,9 @@
 
 namespace
 {
-std::wstring SourceFile(const char* relative)
+std::wstring BuiltFile(const char* name)
 {
-    return WidenUtf8(std::string(ZEB_SOURCE_DIR "/") + relative);
+    return WidenUtf8(std::string(ZEB_BIN_DIR "/") + name);
 }
 } // namespace
 
@@ -15,9 +15,8 @@ standin::CRepository& ServedSchema()
     static standin::CRepository repository(L"TESTHOST");
     static const bool compiled = []
     {
-        for (const char* file :
-             {"standin/mof/system.mof", "standin/mof/cimv2.mof", "resources/mof/zebdiag.mof"})
-            repository.CompileFile(SourceFile(file));
+        for (const char* file : {"system.mof", "cimv2.mof", "zebdiag.mof"})
+            repository.CompileFile(BuiltFile(file));
         return true;
     }();
     (void)compiled;

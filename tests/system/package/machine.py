@@ -63,14 +63,14 @@ class Machine:
             self.held.wait()
             self.held = None
 
-    def wine(self, *arguments, fails=False):
+    def wine(self, *arguments, fails=False, **environment):
         """Runs a Windows program. Returns its exit code and its output; a failure is refused, unless expected."""
         log = self.prefix / "program.log"
         # A file, because whatever the program starts would hold a pipe open.
         with open(log, "wb") as output:
-            code = subprocess.run(["wine", *map(str, arguments)], env=self.environment, stdin=subprocess.DEVNULL,
-                                  stdout=output, stderr=subprocess.STDOUT, cwd=self.drive, timeout=240,
-                                  check=False).returncode
+            code = subprocess.run(["wine", *map(str, arguments)], env={**self.environment, **environment},
+                                  stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                                  cwd=self.drive, timeout=240, check=False).returncode
         text = log.read_text(encoding="utf-8", errors="replace").replace("\r\n", "\n")
         if not fails and code != 0:
             raise AssertionError(f"{' '.join(map(str, arguments))} ended with {code}:\n{text}")

@@ -3,8 +3,10 @@
 
 usage: package_test.py FILES VERSION     (the list of what ships, and its version)
 
-Wine's installer sets no permissions on folders and overwrites values of a component that is never to be overwritten,
-so of those only the package's rows are looked at.
+Wine's installer differs from Windows' own in three points, of which only the package's rows are looked at: it sets no
+permissions on folders; it overwrites the values of a component that is never to be overwritten; and when an upgrade
+fails, it removes what was installed without bringing the old files back, so a failing step is tried with a first
+installation.
 """
 import os
 import pathlib
@@ -132,6 +134,19 @@ class Package(unittest.TestCase):
         self.assertEqual(128, int(rows["Settings"][3]) & 128)
         self.assertEqual("InstalledDir", rows["Settings"][5])
 
+    def test_07_taking_back_comes_in_the_right_order(self):
+        place = {row[0]: int(row[2]) for row in export(self.msi, "InstallExecuteSequence")}
+        # Taken back in reverse: the old schema is compiled when the old files are there again.
+        self.assertLess(place["InstallInitialize"], place["SchemaComesBack"])
+        self.assertLess(place["SchemaComesBack"], min(place["RemoveFiles"], place["InstallFiles"]))
+        self.assertLess(max(place["InstallFiles"], place["WriteRegistryValues"]), place["SchemaGoesAgain"])
+        self.assertLess(place["SchemaGoesAgain"], place["CompileSchema"])
+        # The schema goes while the compiler's file is still there.
+        self.assertLess(place["RemoveSchema"], place["RemoveFiles"])
+        # An older version goes at the end, within what is taken back.
+        self.assertLess(place["InstallExecute"], place["RemoveExistingProducts"])
+        self.assertLess(place["RemoveExistingProducts"], place["InstallFinalize"])
+
     # A first installation
 
     def test_11_a_step_that_fails_leaves_nothing(self):
@@ -242,6 +257,19 @@ class Package(unittest.TestCase):
         self.install("/x", r"C:\given\zeb.msi", COMPILER)
         self.assertEqual(["ProgramData/Veltrane", DATA, DATA + "/ZebDiag.bin", DATA + "/ZebDiag.log"],
                          sorted(self.installed_files()))
+        self.assertEqual(self.registry_before, self.machine.registry())
+
+    # The zip
+
+    def test_31_the_zip_is_installed_and_removed_by_its_scripts(self):
+        compiler = COMPILER.removeprefix("MOFCOMP=")
+        self.machine.wine("cmd.exe", "/c", r"C:\given\zip\install.cmd", MOFCOMP="call " + compiler)
+        compiled = dict(self.machine.compiled())
+        self.assertEqual(8, len(compiled))
+        self.assertFalse(compiled["zebdiag.mof"])
+        self.machine.wine(r"C:\given\zip\zebdiag.exe", "doctor")
+        self.assertIn("PASSED", self.machine.wine(r"C:\given\zip\zebdiag.exe", *RUN)[1])
+        self.machine.wine("cmd.exe", "/c", r"C:\given\zip\remove.cmd", MOFCOMP="call " + compiler)
         self.assertEqual(self.registry_before, self.machine.registry())
 
 
