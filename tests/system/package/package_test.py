@@ -263,6 +263,7 @@ class Package(unittest.TestCase):
 
     def test_31_the_zip_is_installed_and_removed_by_its_scripts(self):
         compiler = COMPILER.removeprefix("MOFCOMP=")
+        self.machine.compiled()
         self.machine.wine("cmd.exe", "/c", r"C:\given\zip\install.cmd", MOFCOMP="call " + compiler)
         compiled = dict(self.machine.compiled())
         self.assertEqual(8, len(compiled))
