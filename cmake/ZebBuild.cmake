@@ -48,13 +48,19 @@ function(zeb_compile_alone)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
-# zeb_library(name SOURCES a.cpp ... [LIBS b ...] [ALONE a.cpp ...]): a static library of ours.
+# zeb_library(name SOURCES a.cpp ... [LIBS b ...] [ALONE a.cpp ...] [SMALL]): a static library of ours. SMALL prefers
+# size to speed; such a library compiles the headers once more, because both must be compiled alike.
 function(zeb_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;ALONE" ${ARGN})
+  cmake_parse_arguments(ARG "SMALL" "" "SOURCES;LIBS;ALONE" ${ARGN})
   zeb_compile_alone(${ARG_ALONE})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE zeb_warnings)
-  target_precompile_headers(${name} REUSE_FROM zeb_precompiled)
+  if(ARG_SMALL)
+    target_compile_options(${name} PRIVATE -Os)
+    target_precompile_headers(${name} PRIVATE ${ZEB_SYSTEM_HEADERS})
+  else()
+    target_precompile_headers(${name} REUSE_FROM zeb_precompiled)
+  endif()
 endfunction()
 
 # zeb_test(name SOURCES a.cpp ... [LIBS b ...] [LABELS l ...] [PREFIX p] [LIMIT seconds] [ALONE a.cpp ...]): a
