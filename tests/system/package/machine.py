@@ -35,6 +35,7 @@ class Machine:
             ["bash", "-c", '. scripts/wine-env.sh "$1" && env -0', "-", str(prefix)], cwd=ROOT, check=True,
             capture_output=True).stdout.decode()
         self.environment = dict(line.split("=", 1) for line in environment.split("\0") if line)
+        self.environment["LC_ALL"] = "C.UTF-8"
         self.held = None
 
     def __enter__(self):
