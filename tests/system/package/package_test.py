@@ -210,6 +210,20 @@ class Package(unittest.TestCase):
         self.assertEqual(["ProgramData/Veltrane", DATA, DATA + "/ZebDiag.bin"], sorted(self.installed_files()))
         self.assertEqual(self.registry_before, self.machine.registry())
 
+    def test_20_the_system_s_compiler_is_used_where_there_is_one(self):
+        def asked_for_compiler():
+            log = (self.given / "log.txt").read_bytes().replace(b"\0", b"")
+            self.assertIn(b"InstallFinalize. Return value 1", log)
+            return b"CompileSchema. Return value 1" in log
+
+        # Wine has one that does nothing.
+        self.install("/i", r"C:\given\zeb.msi")
+        self.assertTrue(asked_for_compiler())
+        (self.machine.drive / "windows/system32/wbem/mofcomp.exe").unlink()
+        self.install("/i", r"C:\given\zeb.msi", "REINSTALL=ALL", "REINSTALLMODE=omus")
+        self.assertFalse(asked_for_compiler())
+        self.install("/x", r"C:\given\zeb.msi")
+
     # An older version, upgraded, repaired and removed
 
     def test_21_an_upgrade_keeps_results_log_and_settings(self):
