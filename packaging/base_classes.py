@@ -8,8 +8,8 @@ import re
 NAMES = ("CIM_DiagnosticTest", "CIM_DiagnosticResult", "CIM_DiagnosticSetting", "CIM_DiagnosticTestForMSE",
          "CIM_DiagnosticSettingForTest", "CIM_DiagnosticResultForMSE", "CIM_DiagnosticResultForTest")
 
-HEAD = """// A base class of the Common Diagnostic Model, for systems that lack it. Where it is there, it stays as it is, and the
-// compiler says so. Removing ZEB Diagnostics leaves it: other software may have built on it.
+HEAD = """// A base class of the Common Diagnostic Model, for systems that lack it. Where it is there, it stays as it
+// is, and the compiler says so. Removing ZEB Diagnostics leaves it: other software may have built on it.
 #pragma autorecover
 #pragma classflags("createonly")
 #pragma namespace("\\\\\\\\.\\\\root\\\\cimv2")

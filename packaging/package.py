@@ -33,7 +33,8 @@ def is_binary(name):
 def time_of_sources():
     if os.environ.get("SOURCE_DATE_EPOCH"):
         return int(os.environ["SOURCE_DATE_EPOCH"])
-    committed = subprocess.run(["git", "log", "-1", "--format=%ct"], cwd=HERE, capture_output=True, text=True, check=False)
+    committed = subprocess.run(["git", "log", "-1", "--format=%ct"], cwd=HERE, capture_output=True, text=True,
+                               check=False)
     return int(committed.stdout) if committed.returncode == 0 else 315532800  # 1980, where zip begins
 
 

@@ -10,7 +10,8 @@ def with_version(data, version, other):
     """A program whose version resource tells the other version; both texts have the same length."""
     place = data.index(struct.pack("<I", 0xFEEF04BD))
     assert data.find(struct.pack("<I", 0xFEEF04BD), place + 4) < 0
-    # The version stands as two numbers of 32 bits, each with its upper half first in meaning and last in place.
+
+    # Two numbers of 32 bits: major and minor, patch and zero.
     def words(text):
         major, minor, patch = (int(part) for part in text.split("."))
         return struct.pack("<HHHH", minor, major, 0, patch)
