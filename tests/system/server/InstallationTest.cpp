@@ -106,8 +106,9 @@ TEST_F(Installation, ThatFailsSaysAtWhat)
     SetEnvironmentVariableW(L"MOFCOMP", L"cmd.exe /c exit 3 &rem");
     const CRunResult installed = Run(L"install.cmd");
     EXPECT_EQ(1u, installed.ExitCode) << installed.Output;
-    EXPECT_NE(std::string::npos,
-              installed.Output.find("ZEB Diagnostics is not installed: zebdiag.mof cannot be compiled (code 3)."))
+    EXPECT_NE(
+        std::string::npos,
+        installed.Output.find("ZEB Diagnostics is not installed: zebdiag.mof cannot be compiled (code 3)."))
         << installed.Output;
 }
 } // namespace
