@@ -30,6 +30,11 @@ void Report(const CFailure& failure, const COptions& options, IConsole& console)
 
 ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSeams& seams)
 {
+    // Before a password is asked for.
+    if (!options.Sender.Peer.empty() && !options.Target.IsLocal())
+        throw CannotSet(options.Sender,
+                        L"The registry of " + options.Target.Computer +
+                            L" is out of reach from here, so --peer cannot set the peer there.");
     std::wstring password;
     if (!options.Target.User.empty())
         password = console.AskPassword(L"Password of " + options.Target.User + L": ");

@@ -25,6 +25,11 @@ struct CRawOptions
     bool NoQuick = false;
     std::optional<unsigned> Coverage;
     std::optional<unsigned> Timeout;
+    std::string Peer;
+    std::optional<unsigned> Port;
+    std::optional<unsigned> Rate;
+    std::optional<unsigned> Size;
+    std::optional<unsigned> Dscp;
     std::optional<std::string> Quick;
     std::optional<std::string> Report;
 };
@@ -43,6 +48,23 @@ enum Feature : unsigned
 };
 
 constexpr unsigned kLongestTimeout = 1000000; // seconds
+
+// Numbers that go with --peer; the limits are the agent's.
+struct CPeerNumberRow
+{
+    const char* Option;
+    const char* Summary;
+    std::optional<unsigned> CRawOptions::*Member;
+    unsigned Smallest;
+    unsigned Largest;
+};
+
+constexpr CPeerNumberRow kPeerNumbers[] = {
+    {"--port", "The peer's UDP port, 1 to 65535", &CRawOptions::Port, 1, 65535},
+    {"--rate", "Packets per second, 1 to 1000", &CRawOptions::Rate, 1, 1000},
+    {"--size", "Octets of UDP data in each packet, 44 to 1452", &CRawOptions::Size, 44, 1452},
+    {"--dscp", "The mark of the packets, 0 to 63", &CRawOptions::Dscp, 0, 63},
+};
 
 struct CCommandRow
 {
@@ -70,11 +92,13 @@ constexpr CCommandRow kCommands[] = {
      "--all leaves out the tests that send and receive test packets: they take minutes, need a\n"
      "partner and can slow other traffic down. Run those by name. --coverage and --no-quick hold for this "
      "run\n"
-     "only: the setting is put back afterwards. Ctrl+C stops the running test.\n\n"
+     "only: the setting is put back afterwards. So are the registry values that --peer and the options\n"
+     "with it set for the run, as an administrator on this computer. Ctrl+C stops the running test.\n\n"
      "Examples:\n"
      "  zebdiag run --all\n"
      "  zebdiag run --adapter \"Ethernet 2\" --test link\n"
-     "  zebdiag run --adapter realtek --test sender --coverage 50 --timeout 120"},
+     "  zebdiag run --adapter realtek --test sender --coverage 50 --timeout 120\n"
+     "  zebdiag run --test sender --peer 192.0.2.7 --rate 200"},
     {Command::Stop, kAdapter | kTest, "Stop running tests: all of them, or the named one.",
      "Examples:\n"
      "  zebdiag stop\n"
@@ -156,6 +180,15 @@ void AddOptions(CLI::App& app, const CCommandRow& row, CRawOptions& raw)
         app.add_option("--timeout", raw.Timeout, "Stop the run after this many seconds")
             ->type_name("SECONDS")
             ->check(CLI::Range(1u, kLongestTimeout).description(""));
+        CLI::Option* peer = app.add_option("--peer", raw.Peer, "Where the sender sends its packets to")
+                                ->type_name("ADDRESS")
+                                ->check(NotEmpty())
+                                ->needs(test);
+        for (const CPeerNumberRow& number : kPeerNumbers)
+            app.add_option(number.Option, raw.*number.Member, number.Summary)
+                ->type_name("N")
+                ->check(CLI::Range(number.Smallest, number.Largest).description(""))
+                ->needs(peer);
     }
     if (row.Features & kSet)
     {
@@ -210,6 +243,7 @@ COptions ToOptions(Command command, const CRawOptions& raw)
     options.Coverage = raw.Coverage;
     options.NoQuick = raw.NoQuick;
     options.TimeoutSeconds = raw.Timeout;
+    options.Sender = {WidenUtf8(raw.Peer), raw.Port, raw.Rate, raw.Size, raw.Dscp};
     options.Quick = OnOff(raw.Quick);
     options.Report = OnOff(raw.Report);
     return options;

@@ -6,6 +6,7 @@
 #include "tools/zebdiag/ExitCode.h"
 #include "tools/zebdiag/JsonReport.h"
 #include "tools/zebdiag/NameMatch.h"
+#include "tools/zebdiag/SenderValues.h"
 #include "tools/zebdiag/ServingProcess.h"
 #include "tools/zebdiag/TestRun.h"
 #include "tools/zebdiag/doctor/Machine.h"
@@ -32,6 +33,7 @@ struct CSurroundings
     std::function<std::optional<unsigned>(const CWmiSession&)> FullRunSeconds = ConfiguredRunSeconds;
     std::function<bool(const CWmiSession&)> StoreRefuses = [](const CWmiSession& session)
     { return StoreRefusesCaller(session); };
+    IRegistryValues* Registry = &ThisRegistry(); // of the sender
 };
 
 struct CCommandContext

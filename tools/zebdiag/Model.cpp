@@ -8,12 +8,19 @@ namespace
 {
 // The code in a test's Characteristics that says that it honours the percentage of coverage.
 constexpr long kSupportsCoverage = 7;
+
+constexpr wchar_t kSenderNumber[] = L"9";
 } // namespace
 
 bool CTest::SendsPackets() const
 {
     return std::find(Characteristics.begin(), Characteristics.end(), kSupportsCoverage) !=
            Characteristics.end();
+}
+
+bool CTest::IsSender() const
+{
+    return Number == kSenderNumber;
 }
 
 size_t CInventory::TestCount() const

@@ -35,6 +35,8 @@ struct CTest
 
     // True for a test that sends or receives test packets for a configured time, and has settings.
     bool SendsPackets() const;
+    // True for the one that sends them.
+    bool IsSender() const;
 };
 
 struct CAdapter

@@ -34,6 +34,16 @@ struct CTarget
     std::wstring ComputerInWords() const;
 };
 
+// Where the sender sends to in one run. What is absent stays as the registry has it.
+struct CSenderOptions
+{
+    std::wstring Peer; // empty: none of these is given
+    std::optional<unsigned> Port;
+    std::optional<unsigned> Rate; // packets per second
+    std::optional<unsigned> Size; // octets of UDP data
+    std::optional<unsigned> Dscp;
+};
+
 struct COptions
 {
     zebdiag::Command Command = Command::List;
@@ -45,6 +55,7 @@ struct COptions
     std::optional<unsigned> Coverage; // percent
     bool NoQuick = false;
     std::optional<unsigned> TimeoutSeconds;
+    CSenderOptions Sender;
     std::optional<bool> Quick;
     std::optional<bool> Report;
 };

@@ -5,6 +5,9 @@
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/doctor/Places.h"
+
+#include <algorithm>
 
 namespace zebdiag
 {
@@ -55,11 +58,18 @@ class CSeries
         if (m_tests.empty())
             throw CFailure(ExitCode::NotFound, L"There is no test to run.",
                            L"See what there is with \"zebdiag list\".");
+        if (HasPeer() &&
+            std::ranges::none_of(m_tests, [](const CTestChoice& choice) { return choice.Test->IsSender(); }))
+            throw CFailure(ExitCode::Usage, L"--peer is for the sender, which is not the test to run.",
+                           L"Name it with --test sender.");
     }
 
     ExitCode Run()
     {
         m_context.Control.CatchInterrupts();
+        CSenderValues values(*m_context.Surroundings.Registry);
+        if (HasPeer())
+            values.Set(m_context.Options.Sender);
         Announce();
         bool ended = false;
         for (const CTestChoice& choice : m_tests)
@@ -75,6 +85,7 @@ class CSeries
             if (!m_json)
                 ShowOutcome(m_runs.back());
         }
+        TellWhatStays(values.Restore());
         const ExitCode verdict = Verdict();
         m_context.Console.Out(m_json ? JsonRun(m_context.JsonHead(m_inventory), verdict, m_runs, m_notRun)
                                      : VerdictLine(verdict));
@@ -83,6 +94,17 @@ class CSeries
 
   private:
     bool IsSingle() const { return m_tests.size() == 1; }
+    bool HasPeer() const { return !m_context.Options.Sender.Peer.empty(); }
+
+    void TellWhatStays(PutBack back) const
+    {
+        if (back == PutBack::Failed)
+            Tell(L"The sender's values could not be put back; look at Peer and the others under "
+                 L"HKEY_LOCAL_MACHINE\\" +
+                 std::wstring(kZebDiagKey) + L".\n");
+        else if (back == PutBack::NotAll)
+            Tell(L"The sender's values were changed while the test ran; the new ones stay.\n");
+    }
 
     // What is not data: shown beside it, or where the data is a document, to who watches.
     void Tell(std::wstring_view text) const
@@ -132,6 +154,8 @@ class CSeries
         }
         TellIndented(LengthInWords(*choice.Test));
         TellIndented(L"Other traffic on the adapter can become slower while it runs.");
+        if (HasPeer() && choice.Test->IsSender())
+            TellIndented(L"Sends to " + m_context.Options.Sender.Peer + L".");
     }
 
     std::wstring LengthInWords(const CTest& test) const

@@ -65,6 +65,19 @@ INSTANTIATE_TEST_SUITE_P(
         GoodCase{"RunWithEverything", L"run|--test|9|--coverage|50|--no-quick|--timeout|120",
                  [](const COptions& o)
                  { return o.Coverage == 50u && o.NoQuick && o.TimeoutSeconds == 120u && o.Test == L"9"; }},
+        GoodCase{"RunWithPeer",
+                 L"run|--test|sender|--peer|192.0.2.7|--port|8620|--rate|1000|--size|1452|--dscp|0",
+                 [](const COptions& o)
+                 {
+                     return o.Sender.Peer == L"192.0.2.7" && o.Sender.Port == 8620u &&
+                            o.Sender.Rate == 1000u && o.Sender.Size == 1452u && o.Sender.Dscp == 0u;
+                 }},
+        GoodCase{"RunWithPeerAlone", L"run|--test|sender|--peer|größe",
+                 [](const COptions& o)
+                 {
+                     return o.Sender.Peer == L"größe" && !o.Sender.Port && !o.Sender.Rate && !o.Sender.Size &&
+                            !o.Sender.Dscp;
+                 }},
         GoodCase{"ShortNames", L"run|-a|x|-t|y",
                  [](const COptions& o) { return o.Adapter == L"x" && o.Test == L"y"; }},
         GoodCase{"EqualsSign", L"run|--test=Größe", [](const COptions& o) { return o.Test == L"Größe"; }},
@@ -129,6 +142,20 @@ INSTANTIATE_TEST_SUITE_P(
                 L"zebdiag: --coverage: Value 101 not in range 1 to 100\nTry: zebdiag set --help\n"},
         BadCase{"TimeoutZero", L"run|--all|--timeout|0",
                 L"zebdiag: --timeout: Value 0 not in range 1 to 1000000\nTry: zebdiag run --help\n"},
+        BadCase{"PeerWithoutTest", L"run|--all|--peer|192.0.2.7",
+                L"zebdiag: --peer requires --test\nTry: zebdiag run --help\n"},
+        BadCase{"PortWithoutPeer", L"run|--test|sender|--port|862",
+                L"zebdiag: --port requires --peer\nTry: zebdiag run --help\n"},
+        BadCase{"EmptyPeer", L"run|--test|sender|--peer|",
+                L"zebdiag: --peer: a name is missing\nTry: zebdiag run --help\n"},
+        BadCase{"PortZero", L"run|--test|sender|--peer|x|--port|0",
+                L"zebdiag: --port: Value 0 not in range 1 to 65535\nTry: zebdiag run --help\n"},
+        BadCase{"RateTooHigh", L"run|--test|sender|--peer|x|--rate|1001",
+                L"zebdiag: --rate: Value 1001 not in range 1 to 1000\nTry: zebdiag run --help\n"},
+        BadCase{"SizeTooSmall", L"run|--test|sender|--peer|x|--size|43",
+                L"zebdiag: --size: Value 43 not in range 44 to 1452\nTry: zebdiag run --help\n"},
+        BadCase{"DscpTooHigh", L"run|--test|sender|--peer|x|--dscp|64",
+                L"zebdiag: --dscp: Value 64 not in range 0 to 63\nTry: zebdiag run --help\n"},
         BadCase{"SetWithoutTest", L"set|--quick|on",
                 L"zebdiag: --test is required\nTry: zebdiag set --help\n"},
         BadCase{"SetNothing", L"set|--test|9",

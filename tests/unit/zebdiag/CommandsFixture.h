@@ -5,6 +5,7 @@
 #include "Common/src/com/Text.h"
 #include "FakeConsole.h"
 #include "FakeDiagnostics.h"
+#include "FakeRegistry.h"
 #include "tools/zebdiag/Application.h"
 
 #include <atomic>
@@ -36,6 +37,7 @@ class CommandsTest : public testing::Test
         m_seams.Surroundings.FullRunSeconds = [this](const CWmiSession&) { return m_fullRunSeconds; };
 
         m_seams.Surroundings.StoreRefuses = [](const CWmiSession&) { return false; };
+        m_seams.Surroundings.Registry = &m_registry;
 
         m_world->Add(L"1@{AAAA}", L"Link");
         m_world->Add(L"1@{BBBB}", L"Link");
@@ -64,6 +66,7 @@ class CommandsTest : public testing::Test
 
     ComPtr<CFakeDiagnostics> m_world = MakeCom<CFakeDiagnostics>();
     CFakeConsole m_console;
+    CFakeRegistry m_registry;
     CHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CHandle m_abandon{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::atomic<unsigned long long> m_now = 0;
