@@ -115,6 +115,15 @@ class Host:
     def set_text(self, name, value, key=SETTINGS):
         self.run("wine", "reg", "add", key, "/v", name, "/t", "REG_SZ", "/d", value, "/f")
 
+    def settings(self):
+        """The values as the registry's own client prints them, by their names."""
+        lines = self.run("wine", "reg", "query", SETTINGS).splitlines()
+        return {line.split()[0]: line.split()[1:] for line in lines if line.startswith("    ")}
+
+    def forget(self, name):
+        with contextlib.suppress(Failed):
+            self.run("wine", "reg", "delete", SETTINGS, "/v", name, "/f")
+
     def forget_settings(self):
         with contextlib.suppress(Failed):
             self.run("wine", "reg", "delete", SETTINGS, "/f")

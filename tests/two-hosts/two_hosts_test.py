@@ -171,6 +171,29 @@ class TwoHosts(unittest.TestCase):
         document = self.measure(self.pair.right.address4)
         self.assertEqual("failed", result_of(document)["state"], document)
 
+    def test_options_of_a_run_leave_the_registry_as_it_was(self):
+        left = self.pair.left
+        for name in ("Peer", "PeerPort", "PacketSize"):
+            left.forget(name)
+        before = left.settings()
+        self.assertNotIn("Peer", before)
+        self.assertEqual(["REG_DWORD", hex(500)], before["PacketsPerSecond"])
+        arguments = ["run", "--test", "sender", "--peer", self.pair.right.address4, "--port", str(PORT),
+                     "--rate", "400", "--size", "200"]
+        # Packets of any other size do not arrive.
+        self.pair.lose(self.pair.right, f"{TO_RESPONDER} udp length != {8 + 200}", 1)
+        with self.responder():
+            document = hosts.Run(left, arguments, self.folder).finish()
+        self.assertEqual("passed", result_of(document)["state"], document)
+        found = numbers(document)
+        self.assertGreaterEqual(found[SENT], ENOUGH)
+        self.assertEqual(0, found[LOST_THERE] + found[LOST_BACK], found)
+        self.assertEqual(before, left.settings())
+
+        document = hosts.Run(left, arguments, self.folder).finish()  # now without a responder
+        self.assertEqual("failed", result_of(document)["state"], document)
+        self.assertEqual(before, left.settings())
+
     def test_somebody_elses_sender_measures_our_responder(self):
         with self.responder():
             text = self.pair.left.run("/usr/bin/python3", HERE / "peers.py", "send", self.pair.right.address4, 50)
