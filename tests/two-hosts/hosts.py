@@ -7,6 +7,7 @@ import contextlib
 import json
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -181,7 +182,16 @@ class Pair:
     def close(self):
         self._ends.close()
 
+    @staticmethod
+    def _remove_what_is_left():
+        """Of a test that was killed: its spaces carry its number."""
+        for name in run("ip", "netns", "list").split():
+            left = re.fullmatch(r"zeb-(?:left|right)-(\d+)", name)
+            if left and not os.path.exists(f"/proc/{left[1]}"):
+                run("ip", "netns", "del", name)
+
     def _connect(self):
+        self._remove_what_is_left()
         for host in (self.left, self.right):
             run("ip", "netns", "add", host.space)
             self._ends.callback(run, "ip", "netns", "del", host.space)
