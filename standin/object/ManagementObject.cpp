@@ -58,6 +58,12 @@ STDMETHODIMP CManagementObject::Get(LPCWSTR name, LONG flags, VARIANT* value, CI
         });
 }
 
+bool CManagementObject::TakesAnyOffset()
+{
+    std::call_once(m_strictnessRead, [&] { m_isStrict = IsStrict(); });
+    return !m_isStrict;
+}
+
 STDMETHODIMP CManagementObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type)
 {
     return AtComBoundary(
@@ -71,7 +77,7 @@ STDMETHODIMP CManagementObject::Put(LPCWSTR name, LONG flags, VARIANT* value, CI
             const CIMTYPE own = Definition().Properties()[index].Type;
             if ((type != CIM_EMPTY && type != own) || (value && !HasType(*value)))
                 return wmi::TypeMismatch;
-            const bool anyOffset = ElementType(own) == CIM_DATETIME && !IsStrict();
+            const bool anyOffset = ElementType(own) == CIM_DATETIME && TakesAnyOffset();
             // Without the lock, because the value may be an object, even this one, that is asked for a copy.
             CCimValue stored = CVariant::Null();
             const HRESULT hr = value ? ToCimValue(*value, own, stored, anyOffset) : S_OK;

@@ -7,6 +7,8 @@
 #include "standin/object/ByValue.h"
 #include "standin/object/ObjectState.h"
 
+#include <mutex>
+
 namespace standin
 {
 // What only objects of ours can.
@@ -72,8 +74,15 @@ class CManagementObject : public CByValueObject<IWbemClassObject, IStandinObject
     // The definition needs no lock: it stays the same.
     const CClassDefinition& Definition() const noexcept { return *m_state.Definition; }
 
+    // Whether date-times may have a UTC offset of another form, see IsStrict.
+    bool TakesAnyOffset();
+
     CCriticalSection m_lock;
     CObjectState m_state;
+    // Read with the first date-time that is put: once for each object, because reading costs more than
+    // putting.
+    std::once_flag m_strictnessRead;
+    bool m_isStrict = false;
     std::vector<std::wstring> m_names; // that the enumeration visits
     size_t m_next = kNoEnumeration;
     size_t m_nextMethod = kNoEnumeration;

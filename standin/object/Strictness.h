@@ -1,6 +1,6 @@
 // Whether the stand-in refuses what a strict management service may refuse of the provider's own contract:
-// the value "Strict" (1 or 0) of its settings, read anew each time. Where it is missing, the contract's
-// values are taken.
+// the value "Strict" (1 or 0) of its settings, read anew for each object and each path. Where it is missing,
+// the contract's values are taken.
 #pragma once
 
 namespace standin

@@ -29,14 +29,10 @@ TEST_P(DateTime, HasItsForm)
     EXPECT_EQ(IsDateTime(GetParam().text, true), GetParam().withAnyOffset);
 }
 
-// The settings are read each time, so who has an object notices.
+// Each object reads the setting for itself.
 TEST_P(DateTime, IsTakenAsTheSettingSays)
 {
     CRegistryScope registry;
-    const auto parameters =
-        MakeClassObject(sample::Class(L"__PARAMETERS", {sample::Property(L"When", CIM_DATETIME)}));
-    const auto list =
-        MakeInstance(sample::Class(L"C", {sample::Property(L"When", CIM_DATETIME | CIM_FLAG_ARRAY)}));
     CSafeArray array(SafeArrayCreateVector(VT_BSTR, 0, 1));
     CSafeArrayView<BSTR>(array.Get(), VT_BSTR).Items()[0] = CBstr(GetParam().text).Detach();
     CVariant texts = CVariant::FromArray(array.Detach(), VT_BSTR);
@@ -44,6 +40,10 @@ TEST_P(DateTime, IsTakenAsTheSettingSays)
     {
         if (strict)
             registry.SetNumber("SOFTWARE\\WMI stand-in", "Strict", 1);
+        const auto parameters =
+            MakeClassObject(sample::Class(L"__PARAMETERS", {sample::Property(L"When", CIM_DATETIME)}));
+        const auto list =
+            MakeInstance(sample::Class(L"C", {sample::Property(L"When", CIM_DATETIME | CIM_FLAG_ARRAY)}));
         const bool taken = strict ? GetParam().strictly : GetParam().withAnyOffset;
         EXPECT_EQ(sample::PutText(*parameters, L"When", GetParam().text), taken ? S_OK : wmi::TypeMismatch);
         EXPECT_EQ(list->Put(L"When", 0, &texts, 0), taken ? S_OK : wmi::TypeMismatch);
