@@ -23,7 +23,7 @@ void FormatSystemError(DWORD code, std::string& text, LCID locale)
     const DWORD length =
         FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code,
                        LANGIDFROMLCID(locale), reinterpret_cast<char*>(message.Put()), 0, nullptr);
-    if (length && message)
+    if (length > 0)
         text.assign(message.Get(), length < 2 ? 0 : length - 2); // without the CR LF
 }
 } // namespace
