@@ -72,6 +72,10 @@ HRESULT Act(CServerModule& module, ServerAction action) noexcept
 
 HRESULT Run(HINSTANCE instance)
 {
+    // In the end, resource libraries are looked for by name alone. The current directory is no place for
+    // them: whoever starts the server chooses it.
+    SetDllDirectoryW(L"");
+
     const CTraceConfiguration trace = ReadTraceConfiguration();
     ZebDebug().Configure("ZebDiag", trace.FileName.c_str(), static_cast<long>(trace.Level), 0, false, 0);
 

@@ -5,11 +5,14 @@
 #include "CDM/src/server/Server.h"
 #include "CDM/src/server/ServerModule.h"
 #include "Common/src/com/CriticalSection.h"
+#include "Common/src/com/Owned.h"
 #include "tests/support/ImportHook.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
@@ -29,6 +32,7 @@ CCriticalSection g_section;
 std::vector<std::string> g_log;
 HRESULT g_registration = S_OK;
 DWORD g_mainThread = 0;
+std::function<void()> g_inApartment; // the first step of a start that a test can see
 
 void Note(const char* step)
 {
@@ -57,6 +61,8 @@ HRESULT WINAPI EnterApartment(void* reserved, DWORD flags)
     {
         Note("apartment");
         EXPECT_EQ(static_cast<DWORD>(COINIT_MULTITHREADED), flags);
+        if (g_inApartment)
+            g_inApartment();
     }
     return s_initialize(reserved, flags);
 }
@@ -105,6 +111,8 @@ class ServerStartTest : public testing::Test
         MSG message;
         while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
             ;
+        g_inApartment = nullptr;
+        SetDllDirectoryW(nullptr); // as a new process has it
     }
     int Run() { return RunServer(GetModuleHandleW(nullptr)); }
     static std::vector<std::string> Log()
@@ -195,5 +203,34 @@ TEST_F(ServerStartTest, TheTraceIsOpenBeforeTheConfigurationIsRead)
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     EXPECT_TRUE(text.starts_with("<center><h1>ZebDiag</h1></center>\n")) << text;
     EXPECT_NE(text.npos, text.find("Query Value failed, <2>")) << "of the folder, which is not set";
+}
+
+class CCurrentDirectory
+{
+  public:
+    explicit CCurrentDirectory(const std::filesystem::path& path) { std::filesystem::current_path(path); }
+    ~CCurrentDirectory() { std::filesystem::current_path(m_former); }
+    CCurrentDirectory(const CCurrentDirectory&) = delete;
+    CCurrentDirectory& operator=(const CCurrentDirectory&) = delete;
+
+  private:
+    const std::filesystem::path m_former = std::filesystem::current_path();
+};
+
+TEST_F(ServerStartTest, NoLibraryIsLoadedFromTheCurrentDirectory)
+{
+    wchar_t program[MAX_PATH] = {};
+    ASSERT_NE(0u, GetModuleFileNameW(nullptr, program, MAX_PATH));
+    const CTempFolder folder;
+    std::filesystem::copy_file(std::filesystem::path(program).replace_filename(L"TestStrings.dll"),
+                               folder.Path() / L"ISL_NWR.dll");
+    const CCurrentDirectory there(folder.Path());
+    const auto loads = [] { return static_cast<bool>(CModule(LoadLibraryA("ISL_NWR.dll"))); };
+    ASSERT_TRUE(loads()) << "before the start, the system looks there";
+    bool loaded = true;
+    g_inApartment = [&] { loaded = loads(); };
+    EXPECT_EQ(0, Run());
+    EXPECT_FALSE(loaded);
+    EXPECT_FALSE(loads());
 }
 } // namespace
