@@ -1,8 +1,8 @@
-// The codes of our agents. Each has a text in the resource libraries (_8023, see AgentErrors.inc) that gives
-// cause and next step; the string's number is (code & 0x7FFF) | 0x8000. The real agent's codes are 0x80040300
-// + 0x10 * test number + n, with test number 0 for what is no test's own; the scripted agent's own begin at
-// 0x80040400. A test that passes with something to say returns a success code, 0x0004nnnn, whose text is its
-// finding.
+// The codes of our agents, and the strings that name tests. Each code has a text in the resource libraries
+// (_8023, see AgentErrors.inc) that gives cause and next step; the string's number is (code & 0x7FFF) |
+// 0x8000. The real agent's codes are 0x80040300 + 0x10 * test number + n, with test number 0 for what is no
+// test's own; the scripted agent's own begin at 0x80040400. A test that passes with something to say returns
+// a success code, 0x0004nnnn, whose text is its finding.
 #pragma once
 
 #include <windows.h>
@@ -16,6 +16,12 @@ constexpr HRESULT AgentCode(unsigned number) noexcept
 constexpr HRESULT AgentFinding(unsigned number) noexcept
 {
     return static_cast<HRESULT>(0x00040000u | number);
+}
+
+// The string that names a test: one of sixteen, by the low four bits of its number.
+constexpr ULONG NameString(ULONG testId) noexcept
+{
+    return 3500 + (testId & 15);
 }
 
 constexpr HRESULT NoSuchAdapter = AgentCode(0x0301); // never listed, or gone since

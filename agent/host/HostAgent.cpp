@@ -55,7 +55,7 @@ STDMETHODIMP CHostAgent::EnumDiagTests(BSTR adapterKey, ULONG* count, VormTestDe
                 return hr;
             std::vector<VormTestDescriptor> descriptors;
             for (const CHostTest& test : HostTests())
-                descriptors.push_back({test.Id, 3500 + (test.Id & 15), 0});
+                descriptors.push_back({test.Id, vorl::NameString(test.Id), 0});
             return HandOutTests(descriptors, count, tests);
         });
 }

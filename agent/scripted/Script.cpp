@@ -100,7 +100,7 @@ CScriptedTest ReadTest(const CScriptValue& value)
 {
     CScriptedTest test;
     test.Descriptor.TestID = value.Member("TestID").Number();
-    test.Descriptor.NameStringID = 3500 + (test.Descriptor.TestID & 15);
+    test.Descriptor.NameStringID = vorl::NameString(test.Descriptor.TestID);
     if (test.IsSenderResponder())
     {
         test.Duration.reset();

@@ -19,11 +19,10 @@ enum TestState : ULONG
     TestStateStopped = 5
 };
 
-// Resource strings: these and the numbers that follow name tests and messages.
+// Resource strings: these and the numbers that follow describe tests and messages.
 namespace strings
 {
 constexpr ULONG Status = 0; // the message whose value is a status
-constexpr ULONG TestName = 3500;
 constexpr ULONG TestDescription = 3600;
 constexpr ULONG FailedTest = 3800;
 } // namespace strings

@@ -5,6 +5,7 @@
 #include "CDM/src/engine/DiagRecords.h"
 #include "CDM/src/engine/EngineStatus.h"
 #include "CDM/src/engine/catalogue/StopSignal.h"
+#include "agent/AgentCodes.h"
 #include "agent/Vorl.h"
 
 #include <memory>
@@ -37,7 +38,7 @@ class CDiagTest : public CDiagObject
     CDiagTest(BSTR key, const VormTestDescriptor& descriptor);
 
     ULONG TestID() const noexcept { return m_testId; }
-    ULONG NameStringID() const noexcept { return strings::TestName + (m_testId & 15); }
+    ULONG NameStringID() const noexcept { return vorl::NameString(m_testId); }
     ULONG DescriptionStringID() const noexcept { return strings::TestDescription + (m_testId & 15); }
     bool SenderResponder() const noexcept { return m_senderResponder; }
     // Null for an ordinary test, and if the event could not be made.
