@@ -8,12 +8,14 @@ export CCACHE_SLOPPINESS := pch_defines,time_macros
 
 ROUNDS ?= 10
 
+# SCENARIO=healthy, cable or flaky shows what the tests find on adapters that the scripted agent plays.
 demo:
+	@scripts/demo --check '$(SCENARIO)'
 	@STEP='[1/5] ' scripts/install-packages
 	@STEP='[2/5] ' scripts/build demo_parts "the provider and what the demonstration needs"
 	@STEP='[3/5] ' scripts/wine-prefix build/prefix
 	@STEP='[4/5] ' scripts/register
-	@STEP='[5/5] ' scripts/demo
+	@STEP='[5/5] ' scripts/demo '$(SCENARIO)'
 
 test:
 	@STEP='[1/4] ' scripts/install-packages

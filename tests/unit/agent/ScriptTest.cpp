@@ -7,7 +7,10 @@
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 
+#include <filesystem>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
 
 namespace
 {
@@ -79,6 +82,28 @@ TEST(Script, BuiltInScriptHasTwoAdaptersWithSenderAndResponder)
     for (const CScriptedTest& test : script.Adapters[0].Tests)
         ids.push_back(test.Descriptor.TestID);
     EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 6, 9, 10}), ids);
+}
+
+// The ready scenarios, whichever there are.
+TEST(Script, EveryScenarioIsReadAndHasOneAdapterWithAllTests)
+{
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(ZEB_SCENARIOS))
+    {
+        SCOPED_TRACE(file.path().filename().string());
+        names.push_back(file.path().stem().string());
+        std::ifstream stream(file.path(), std::ios::binary);
+        const std::string text(std::istreambuf_iterator<char>(stream), {});
+        EXPECT_TRUE(text.starts_with("// ")) << "what it is, for the demonstration";
+        const CScript script = ParseScript(text);
+        ASSERT_EQ(1u, script.Adapters.size());
+        EXPECT_EQ(L"SCRIPTED-ADAPTER-1", script.Adapters[0].Key);
+        std::vector<ULONG> ids;
+        for (const CScriptedTest& test : script.Adapters[0].Tests)
+            ids.push_back(test.Descriptor.TestID);
+        EXPECT_EQ((std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), ids);
+    }
+    EXPECT_THAT(names, testing::UnorderedElementsAre("cable", "flaky", "healthy"));
 }
 
 struct Case
