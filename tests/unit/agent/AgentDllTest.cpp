@@ -2,15 +2,18 @@
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
+#include "agent/AgentCodes.h"
 #include "agent/VorlIds.h"
 #include "tests/support/AgentLists.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <thread>
 
 namespace
 {
@@ -88,6 +91,7 @@ struct Dll
 };
 constexpr Dll kDlls[] = {{L"Vorl.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
                          {L"VorlUnderWine.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
+                         {L"ExampleAgent.dll", kClsidVorl, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E10}"},
                          {L"VorlTest.dll", kClsidVorlTest, "{6C1F0A52-3B7E-4E1B-9A55-0D6B7A3C8E11}"}};
 
 TEST(AgentDlls, ServeTheirClassAndNoOther)
@@ -172,5 +176,60 @@ TEST(HostAgentDlls, OnlyTheOneForDevelopmentAsksTheHostBelowWine)
     EXPECT_TRUE(HasText(L"VorlUnderWine.dll", L"\\unix\\sys\\class\\net"));
     EXPECT_FALSE(HasText(L"Vorl.dll", L"\\unix"));
     EXPECT_FALSE(HasText(L"Vorl.dll", L"\\sys\\"));
+}
+
+// The agent that vendors begin their own from.
+class ExampleAgentDll : public testing::Test
+{
+  protected:
+    ExampleAgentDll()
+    {
+        const ComPtr<IVormRoot> root = Make(m_dll, kClsidVorl);
+        EXPECT_EQ(S_OK, root->Initialize(1033));
+        EXPECT_EQ(S_OK, root.As(m_agent));
+    }
+    HRESULT Run(const wchar_t* adapter, ULONG test)
+    {
+        return m_agent->RunDiagTest(CBstr(adapter).Get(), test);
+    }
+    HRESULT Stop(const wchar_t* adapter, ULONG test) { return m_agent->StopTest(CBstr(adapter).Get(), test); }
+
+    CRegistryScope m_registry;
+    const CAgentDll m_dll{L"ExampleAgent.dll"};
+    ComPtr<IVormDiag> m_agent;
+};
+
+TEST_F(ExampleAgentDll, RefusesWhatItHasNotListed)
+{
+    std::vector<VormTestDescriptor> tests;
+    EXPECT_EQ(vorl::NoSuchAdapter, ListTests(*m_agent, L"ANOTHER", tests));
+    EXPECT_TRUE(tests.empty());
+    EXPECT_EQ(vorl::NoSuchAdapter, Run(L"ANOTHER", 1));
+    EXPECT_EQ(vorl::NoSuchTest, Run(L"EXAMPLE-ADAPTER", 2));
+    EXPECT_EQ(vorl::NoSuchTest, Stop(L"EXAMPLE-ADAPTER", 2));
+    EXPECT_EQ(vorl::NotRunning, Stop(L"EXAMPLE-ADAPTER", 1));
+    VormTestStatistics statistics;
+    EXPECT_EQ(vorl::NoStatistics,
+              m_agent->GetDiagTestStatistics(CBstr(L"EXAMPLE-ADAPTER").Get(), 1, &statistics));
+}
+
+// A run may be over before its stop comes; then there is another one.
+TEST_F(ExampleAgentDll, ARunThatIsStoppedSaysSo)
+{
+    HRESULT outcome = S_OK;
+    for (int attempt = 0; attempt < 20 && outcome == S_OK; ++attempt)
+    {
+        std::atomic<bool> over = false;
+        std::thread run(
+            [&]
+            {
+                outcome = Run(L"example-adapter", 1);
+                over = true;
+            });
+        while (!over && FAILED(Stop(L"EXAMPLE-ADAPTER", 1)))
+            Sleep(1);
+        run.join();
+    }
+    EXPECT_EQ(vorl::Stopped, outcome);
 }
 } // namespace
