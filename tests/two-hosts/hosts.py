@@ -3,6 +3,7 @@
 What is made here is gone when the object is closed. Needs root, and a kernel that makes namespaces, pairs of veth and
 nftables; `missing()` says what is not there.
 """
+import concurrent.futures
 import contextlib
 import json
 import os
@@ -18,6 +19,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build"
 SETTINGS = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
 AGENT = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\WMI\Providers"
+PORT = 862
+# The test packets, as rules see them.
+TO_RESPONDER = f"udp dport {PORT}"
+TO_SENDER = f"udp sport {PORT}"
 
 # name, address of version 4, of version 6
 HOSTS = (("left", "10.86.2.1", "fd86:2::1"), ("right", "10.86.2.2", "fd86:2::2"))
@@ -65,6 +70,7 @@ def missing():
         run("ip", "netns", "add", name)
         try:
             run("ip", "-n", name, "link", "add", "probe", "type", "veth", "peer", "name", "other")
+            run("ip", "-n", name, "address", "add", "fd86:2::3/64", "dev", "probe", "nodad")
             run("ip", "netns", "exec", name, "nft", loss("udp dport 9", 10))
         finally:
             run("ip", "netns", "del", name)
@@ -130,7 +136,15 @@ class Host:
             self.run("wine", "reg", "delete", SETTINGS, "/f")
 
     def zebdiag(self, *arguments):
-        return ("wine", self.build / "bin/zebdiag.exe", *arguments, "--json")
+        return ("wine", self.build / "bin/zebdiag.exe", *arguments)
+
+    def wait_for_port(self, port):
+        """Until a program of this host receives at the UDP port."""
+        ends = time.monotonic() + 60
+        while f":{port:04X} " not in self.run("cat", "/proc/net/udp", "/proc/net/udp6"):
+            if time.monotonic() > ends:
+                raise Failed(f"nothing receives at port {port} of {self.name}")
+            time.sleep(0.05)
 
     def stop(self):
         with contextlib.suppress(Failed):
@@ -148,7 +162,7 @@ class Run:
     def __init__(self, host, arguments, folder):
         self.file = folder / f"{host.name}-{time.monotonic_ns()}.json"
         with open(self.file, "wb") as output:
-            self.process = host.start(*host.zebdiag(*arguments), output=output)
+            self.process = host.start(*host.zebdiag(*arguments), "--json", output=output)
 
     def finish(self, limit=120):
         """The document that it printed."""
@@ -174,13 +188,18 @@ class Pair:
             self._connect()
             for host in (self.left, self.right):
                 self._ends.callback(host.stop)
-                host.register()
+            self.for_both(Host.register)
         except BaseException:
             self.close()
             raise
 
     def close(self):
         self._ends.close()
+
+    def for_both(self, action):
+        """Takes an action on both hosts at once."""
+        with concurrent.futures.ThreadPoolExecutor() as threads:
+            list(threads.map(action, (self.left, self.right)))
 
     @staticmethod
     def _remove_what_is_left():

@@ -11,7 +11,6 @@ import secrets
 import signal
 import sys
 import tempfile
-import time
 import unittest
 
 sys.dont_write_bytecode = True
@@ -19,7 +18,6 @@ import hosts
 import peers
 
 HERE = pathlib.Path(__file__).resolve().parent
-PORT = 862
 ENOUGH = 200  # packets that end a run
 SENT = "Packets sent by the sender"
 RECEIVED = "Replies received by the sender"
@@ -27,9 +25,6 @@ LOST_THERE = "Packets lost on the way to the responder"
 LOST_BACK = "Packets lost on the way back"
 ODD = "Packets that came twice or out of order"
 ROUND_TRIP = "Median round trip in microseconds"
-
-TO_RESPONDER = f"udp dport {PORT}"
-TO_SENDER = f"udp sport {PORT}"
 
 # name, where packets are lost, one in how many
 LOSSES = (
@@ -88,19 +83,13 @@ class TwoHosts(unittest.TestCase):
         """A responder that listens on the right host."""
         run = hosts.Run(self.pair.right, ["run", "--test", "responder", "--no-quick"], self.folder)
         try:
-            self.wait_for_port(self.pair.right)
+            self.pair.right.wait_for_port(hosts.PORT)
             yield run
         finally:
             self.pair.right.run(*self.pair.right.zebdiag("stop", "--test", "responder"))
             self.responded = run.finish()
 
-    def wait_for_port(self, host):
-        ends = time.monotonic() + 60
-        while f":{PORT:04X} " not in host.run("cat", "/proc/net/udp", "/proc/net/udp6"):
-            self.assertLess(time.monotonic(), ends, "the responder does not listen")
-            time.sleep(0.05)
-
-    def measure(self, peer, port=PORT):
+    def measure(self, peer, port=hosts.PORT):
         self.pair.left.set_text("Peer", peer)
         self.pair.left.set_number("PeerPort", port)
         return hosts.Run(self.pair.left, ["run", "--test", "sender"], self.folder).finish()
@@ -127,9 +116,9 @@ class TwoHosts(unittest.TestCase):
 
     def check_loss(self, peer, way, one_in):
         if way == "there":
-            self.pair.lose(self.pair.right, TO_RESPONDER, one_in)
+            self.pair.lose(self.pair.right, hosts.TO_RESPONDER, one_in)
         elif way == "back":
-            self.pair.lose(self.pair.left, TO_SENDER, one_in)
+            self.pair.lose(self.pair.left, hosts.TO_SENDER, one_in)
         try:
             document = self.measure(peer)
         finally:
@@ -148,7 +137,7 @@ class TwoHosts(unittest.TestCase):
 
     def test_counts_what_comes_twice_and_out_of_order(self):
         with self.responder():
-            relay = self.peer(self.pair.right, "relay", self.pair.right.address4, 8620, PORT)
+            relay = self.peer(self.pair.right, "relay", self.pair.right.address4, 8620, hosts.PORT)
             try:
                 found = numbers(self.measure(self.pair.right.address4, 8620))
             finally:
@@ -162,7 +151,7 @@ class TwoHosts(unittest.TestCase):
         self.pair.left.set_number("LossLimit", 1)
         self.addCleanup(self.pair.left.set_number, "LossLimit", 100)
         with self.responder():
-            self.pair.lose(self.pair.left, TO_SENDER, 10)
+            self.pair.lose(self.pair.left, hosts.TO_SENDER, 10)
             document = self.measure(self.pair.right.address4)
         self.assertEqual("failed", result_of(document)["state"], document)
         self.assertIn("back", " ".join(result_of(document)["findings"]))
@@ -178,10 +167,10 @@ class TwoHosts(unittest.TestCase):
         before = left.settings()
         self.assertNotIn("Peer", before)
         self.assertEqual(["REG_DWORD", hex(500)], before["PacketsPerSecond"])
-        arguments = ["run", "--test", "sender", "--peer", self.pair.right.address4, "--port", str(PORT),
+        arguments = ["run", "--test", "sender", "--peer", self.pair.right.address4, "--port", str(hosts.PORT),
                      "--rate", "400", "--size", "200"]
         # Packets of any other size do not arrive.
-        self.pair.lose(self.pair.right, f"{TO_RESPONDER} udp length != {8 + 200}", 1)
+        self.pair.lose(self.pair.right, f"{hosts.TO_RESPONDER} udp length != {8 + 200}", 1)
         with self.responder():
             document = hosts.Run(left, arguments, self.folder).finish()
         self.assertEqual("passed", result_of(document)["state"], document)
@@ -207,9 +196,9 @@ class TwoHosts(unittest.TestCase):
             self.assertGreaterEqual(answer["delay"], 0)
 
     def test_our_sender_measures_somebody_elses_reflector(self):
-        reflector = self.peer(self.pair.right, "reflect", self.pair.right.address4, PORT)
+        reflector = self.peer(self.pair.right, "reflect", self.pair.right.address4, hosts.PORT)
         try:
-            self.wait_for_port(self.pair.right)
+            self.pair.right.wait_for_port(hosts.PORT)
             document = self.measure(self.pair.right.address4)
         finally:
             self.end_peer(*reflector)
