@@ -26,7 +26,7 @@ test:
 # SIGN='-pkcs12 key.p12 -pass secret' signs everything with osslsigncode. SOURCE_DATE_EPOCH is the time that all bears.
 package:
 	@STEP='[1/3] ' scripts/install-packages
-	@STEP='[2/3] ' scripts/build package_parts "what ships"
+	@STEP='[2/3] ' scripts/build package_parts "what ships, with line numbers" shipped
 	@STEP='[3/3] ' scripts/package
 
 bench:

@@ -25,6 +25,13 @@ include_directories("${CMAKE_BINARY_DIR}")
 # No time of linking: the same sources make the same bytes.
 add_link_options(-static -Wl,--no-insert-timestamp)
 
+# For crash dumps: functions and their lines, with the repository's folder as /zeb wherever it is. They change no
+# instruction, and packaging moves them out of the programs. Off for the tests, which would take longer to build.
+option(ZEB_LINE_NUMBERS "Debug information that names functions and lines" OFF)
+if(ZEB_LINE_NUMBERS)
+  add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:-g1;-ffile-prefix-map=${CMAKE_SOURCE_DIR}=/zeb>")
+endif()
+
 # Warnings for our own C++ code; generated C code and GoogleTest are compiled without.
 # Array bounds are left out: GCC 12 finds violations in the inlined code of std::wstring where there are none.
 add_library(zeb_warnings INTERFACE)

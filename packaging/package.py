@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes what is given to users: an installation package, a portable zip and the debug information.
 
-usage: package.py --files LIST --version V --output FOLDER [--work FOLDER]
+usage: package.py --files LIST --version V --output FOLDER [--lines]
 
 LIST has a line "NAME<tab>PATH" for each file that ships. The output is zeb-V-x64.msi, zeb-V-x64.zip and
 zeb-V-x64-symbols.zip. The same sources and the same SOURCE_DATE_EPOCH make the same bytes, unless they are signed.
+--lines: fails if the symbols do not tell the lines of functions.
 Environment: SOURCE_DATE_EPOCH is the time that everything bears (the last commit's, if not set); SIGN are the options
 of "osslsigncode sign" for programs, libraries and package, for example -pkcs12 key.p12 -pass secret -ts URL.
 """
@@ -19,9 +20,9 @@ import zipfile
 
 import base_classes
 import msi
+import symbols
 
 HERE = pathlib.Path(__file__).resolve().parent
-TOOLS = "x86_64-w64-mingw32-"
 # Only the zip is installed and removed by these; the package has the system's own way.
 ZIP_ONLY = ("install.cmd", "remove.cmd")
 
@@ -48,22 +49,17 @@ def sign(path, description):
     signed.replace(path)
 
 
-def split_symbols(program, symbols):
-    """Moves the debug information to a file of its own, whose name the program then has."""
-    symbols.parent.mkdir(parents=True, exist_ok=True)
-    subprocess.run([TOOLS + "objcopy", "--only-keep-debug", program, symbols], check=True)
-    subprocess.run([TOOLS + "strip", program], check=True)
-    subprocess.run([TOOLS + "objcopy", f"--add-gnu-debuglink={symbols}", program], check=True)
-
-
-def stage_files(listed, stage, symbols):
+def stage_files(listed, stage, apart, with_lines):
     for line in pathlib.Path(listed).read_text(encoding="utf-8").splitlines():
         name, path = line.split("\t")
         target = stage / name
         target.parent.mkdir(parents=True, exist_ok=True)
         shutil.copyfile(path, target)
         if is_binary(name):
-            split_symbols(target, symbols / (target.name + ".debug"))
+            debug = apart / (target.name + ".debug")
+            symbols.split(target, debug)
+            if with_lines:
+                symbols.require_lines(debug)
             sign(target, "ZEB Diagnostics")
     classes = (HERE.parent / "standin/mof/cimv2.mof").read_text(encoding="utf-8")
     (stage / "base").mkdir()
@@ -89,6 +85,7 @@ def main():
     parser = argparse.ArgumentParser()
     for option in ("--files", "--version", "--output"):
         parser.add_argument(option, required=True)
+    parser.add_argument("--lines", action="store_true")
     arguments = parser.parse_args()
     output = pathlib.Path(arguments.output).resolve()
     epoch = time_of_sources()
@@ -97,15 +94,15 @@ def main():
 
     work = output / "work"
     shutil.rmtree(work, ignore_errors=True)
-    stage, symbols = work / "files", work / "symbols"
+    stage, apart = work / "files", work / "symbols"
     stage.mkdir(parents=True)
-    symbols.mkdir()
-    stage_files(arguments.files, stage, symbols)
+    apart.mkdir()
+    stage_files(arguments.files, stage, apart, arguments.lines)
     set_times(work, epoch)
 
     name = f"zeb-{arguments.version}-x64"
     write_zip(output / f"{name}.zip", stage, epoch)
-    write_zip(output / f"{name}-symbols.zip", symbols, epoch)
+    write_zip(output / f"{name}-symbols.zip", apart, epoch)
     for only in ZIP_ONLY:
         (stage / only).unlink(missing_ok=True)
     versions = {file: f"{arguments.version}.0" for file in msi.files_of(stage) if is_binary(file)}

@@ -20,6 +20,9 @@ import zipfile
 import older
 from machine import ROOT, Machine
 
+sys.path.insert(0, str(ROOT / "packaging"))
+import symbols
+
 LISTED, VERSION = sys.argv[1:3]
 # As long as the version, because it replaces it in the programs.
 OLDER = re.sub(r"^\d\.(\d+)\.(\d+)$", lambda parts: f"0.{'9' * len(parts[1])}.{'0' * len(parts[2])}", VERSION)
@@ -98,6 +101,24 @@ class Package(unittest.TestCase):
         self.assertLess(sizes["zebdiag.exe"], 1_600_000)
         binaries = {name for name in sizes if name.lower().endswith((".exe", ".dll"))}
         self.assertEqual({name + ".debug" for name in binaries}, symbols)
+
+    def test_02_symbols_tell_the_lines_of_functions(self):
+        """What ships is built with them elsewhere; here, a small program is. Without them it has to be noticed."""
+        source = WORK / "small.cpp"
+        source.write_text("#include <cwchar>\n\nint wmain()\n{\n    return 0;\n}\n", encoding="utf-8")
+        stripped = []
+        for name, options in (("with", ["-g1", f"-ffile-prefix-map={WORK}=/zeb"]), ("without", [])):
+            program, apart = WORK / f"{name}.exe", WORK / f"{name}.exe.debug"
+            subprocess.run(["x86_64-w64-mingw32-g++-posix", "-municode", *options, source, "-o", program], check=True)
+            symbols.split(program, apart)
+            stripped.append(program.stat().st_size)
+            told = symbols.lines_of(apart, ["wmain"])
+            self.assertEqual({"wmain": "/zeb/small.cpp:4" if options else "small.cpp:?"}, told)
+            if options:
+                symbols.require_lines(apart)
+            else:
+                self.assertRaises(SystemExit, symbols.require_lines, apart)
+        self.assertEqual(stripped[0], stripped[1])
 
     def test_03_every_program_and_library_tells_its_version(self):
         told = {row[2]: row[4] for row in export(self.msi, "File")}
