@@ -84,6 +84,9 @@ def insert(table, rows):
 def queries(names, versions, version):
     base = [name.rpartition("/")[2] for name in names if name.startswith("base/")]
     actions = tables.ACTIONS + [tables.base_class_action(number, file) for number, file in enumerate(base)]
+    for number, texts in enumerate((name for name in names if name.endswith(".mfl")), start=1):
+        removal = re.sub(r"^zebdiag-(.*)\.mfl$", r"zebdiag-remove-\1.mof", texts)
+        actions += tables.text_actions(number, texts, removal)
     yield from NEW_TABLES
     # Files with a version are compared by it and not by their contents.
     for name in names:

@@ -110,7 +110,13 @@ SEARCH = [("SYSTEMMOFCOMP", "Mofcomp")]
 # installation is taken back; and go on if it fails.
 SET_PROPERTY, COMMAND, GOES_ON = 51, 34, 64
 LATER, TAKEN_BACK = COMMAND | 1024 | 2048, COMMAND | 256 | 1024 | 2048
-COMPILE, REMOVE_SCHEMA = '[MOFCOMP] "[ProgramFolder]zebdiag.mof"', '[MOFCOMP] "[ProgramFolder]zebdiag-remove.mof"'
+
+
+def compile_command(file, folder="ProgramFolder"):
+    return f'[MOFCOMP] "[{folder}]{file}"'
+
+
+COMPILE, REMOVE_SCHEMA = compile_command("zebdiag.mof"), compile_command("zebdiag-remove.mof")
 NEW, THERE, COMES = "NOT Installed AND NOT OLDERVERSION", "(Installed OR OLDERVERSION)", 'NOT (REMOVE="ALL")'
 GOES = 'REMOVE="ALL" AND NOT UPGRADINGPRODUCTCODE'
 # Where the old schema has to come back, its action stands before the files change: what is taken back is taken back
@@ -131,8 +137,23 @@ ACTIONS = [
 
 def base_class_action(number, file):
     """A class that is there already is refused by the compiler, and stays as it is."""
-    return ("BaseClass%d" % number, LATER | GOES_ON, "System64Folder", f'[MOFCOMP] "[BaseFolder]{file}"',
+    return ("BaseClass%d" % number, LATER | GOES_ON, "System64Folder", compile_command(file, "BaseFolder"),
             f"MOFCOMP AND {COMES}", 5520 + number)
+
+
+def text_actions(number, file, removal):
+    """The schema's texts in another language follow the schema, and do not hold the installation up: without them
+    clients see the English ones. There is room for nine languages, from 1 on."""
+    compiled, removed = compile_command(file), compile_command(removal)
+    return [
+        (f"TextsComeBack{number}", TAKEN_BACK | GOES_ON, "System64Folder", compiled,
+         f"MOFCOMP AND {THERE} AND NOT UPGRADINGPRODUCTCODE", 1500 + number),
+        (f"RemoveTexts{number}", LATER | GOES_ON, "System64Folder", removed, f"MOFCOMP AND {GOES}", 1510 + number),
+        (f"TextsGoAgain{number}", TAKEN_BACK | GOES_ON, "System64Folder", removed, f"MOFCOMP AND {NEW}",
+         5500 + number),
+        (f"CompileTexts{number}", LATER | GOES_ON, "System64Folder", compiled, f"MOFCOMP AND {COMES}",
+         5600 + number),
+    ]
 
 
 STANDARD_ACTIONS = [

@@ -48,8 +48,18 @@ popd
 :schema
 %MOFCOMP% "%HERE%zebdiag.mof"
 if not %errorlevel% == 0 goto failed
+rem Its texts in other languages. Without them clients see the English ones.
+pushd "%HERE%."
+for %%f in (zebdiag-*.mfl) do call :texts %%f
+popd
 
 echo ZEB Diagnostics is installed. See what it finds: "%HERE%zebdiag.exe" doctor
+exit /b 0
+
+:texts
+%MOFCOMP% "%HERE%%1"
+if %errorlevel% == 0 exit /b 0
+echo %1 could not be compiled (code %errorlevel%): the schema has no texts in this language.
 exit /b 0
 
 :failed

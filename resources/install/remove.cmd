@@ -7,7 +7,11 @@ set "KEY=HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
 set "LEFT="
 if not defined MOFCOMP set "MOFCOMP=mofcomp"
 
-rem The schema first: whoever asks for a class would start a provider that is going.
+rem The schema's texts in other languages. Any that stay do no harm.
+pushd "%HERE%."
+for %%f in (zebdiag-remove-*.mof) do %MOFCOMP% "%HERE%%%f" >nul 2>&1
+popd
+rem The schema before the provider: whoever asks for a class would start a provider that is going.
 %MOFCOMP% "%HERE%zebdiag-remove.mof"
 if not %errorlevel% == 0 set "LEFT=%LEFT% schema"
 start "" /wait "%HERE%Drevok.EXE" /UnregServer

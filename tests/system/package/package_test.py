@@ -68,6 +68,10 @@ class Package(unittest.TestCase):
             archive.extractall(cls.given / "zip")
         cls.shipped = sorted(path.relative_to(cls.given / "zip").as_posix()
                              for path in (cls.given / "zip").rglob("*") if path.is_file())
+        # The schema's texts in other languages, and their removal. The stand-in's compiler knows of one language only
+        # and refuses them, which must not hold anything up.
+        cls.texts = {name: re.sub(r"-(.*)\.mfl", r"-remove-\1.mof", name)
+                     for name in cls.shipped if name.endswith(".mfl")}
         cls.files_before = cls.machine.files()
         cls.registry_before = cls.machine.registry()
 
@@ -163,6 +167,12 @@ class Package(unittest.TestCase):
         self.assertLess(place["SchemaComesBack"], min(place["RemoveFiles"], place["InstallFiles"]))
         self.assertLess(max(place["InstallFiles"], place["WriteRegistryValues"]), place["SchemaGoesAgain"])
         self.assertLess(place["SchemaGoesAgain"], place["CompileSchema"])
+        # Texts of other languages are there no longer than the schema.
+        for number in range(1, len(self.texts) + 1):
+            order = [place[name if "Schema" in name else f"{name}{number}"]
+                     for name in ("TextsComeBack", "SchemaComesBack", "RemoveTexts", "RemoveSchema", "TextsGoAgain",
+                                  "SchemaGoesAgain", "CompileSchema", "CompileTexts")]
+            self.assertEqual(sorted(order), order)
         # The schema goes while the compiler's file is still there.
         self.assertLess(place["RemoveSchema"], place["RemoveFiles"])
         # An older version goes at the end, within what is taken back.
@@ -211,6 +221,9 @@ class Package(unittest.TestCase):
 
     def test_14_base_classes_that_are_there_are_refused(self):
         compiled = self.machine.compiled()
+        self.assertIn("zebdiag-de.mfl", self.texts)
+        for name in reversed(self.texts):
+            self.assertEqual((name, True), compiled.pop())
         self.assertEqual(("zebdiag.mof", False), compiled.pop())
         self.assertEqual(7, len(compiled))
         for name, refused in compiled:
@@ -228,7 +241,8 @@ class Package(unittest.TestCase):
 
     def test_19_removal_leaves_results(self):
         self.install("/x", r"C:\given\zeb.msi", COMPILER)
-        self.assertEqual([("zebdiag-remove.mof", False)], self.machine.compiled())
+        self.assertEqual([*((name, True) for name in self.texts.values()), ("zebdiag-remove.mof", False)],
+                         self.machine.compiled())
         self.assertEqual(["ProgramData/Veltrane", DATA, DATA + "/ZebDiag.bin"], sorted(self.installed_files()))
         self.assertEqual(self.registry_before, self.machine.registry())
 
@@ -262,7 +276,7 @@ class Package(unittest.TestCase):
         self.machine.compiled()
 
         self.install("/i", r"C:\given\zeb.msi", COMPILER)
-        self.assertNotIn("zebdiag-remove.mof", [name for name, _ in self.machine.compiled()])
+        self.assertFalse({"zebdiag-remove.mof", *self.texts.values()} & {name for name, _ in self.machine.compiled()})
         now, registry = self.installed_files(), self.machine.registry()
         self.assertEqual(kept, {name: now.get(name) for name in kept})
         self.assertEqual(settings, registry[SETTINGS_KEY])
@@ -302,8 +316,9 @@ class Package(unittest.TestCase):
         self.machine.compiled()
         self.machine.wine("cmd.exe", "/c", r"C:\given\zip\install.cmd", MOFCOMP="call " + compiler)
         compiled = dict(self.machine.compiled())
-        self.assertEqual(8, len(compiled))
+        self.assertEqual(8 + len(self.texts), len(compiled))
         self.assertFalse(compiled["zebdiag.mof"])
+        self.assertLessEqual(set(self.texts), set(compiled))
         self.machine.wine(r"C:\given\zip\zebdiag.exe", "doctor")
         self.assertIn("PASSED", self.machine.wine(r"C:\given\zip\zebdiag.exe", *RUN)[1])
         self.machine.wine("cmd.exe", "/c", r"C:\given\zip\remove.cmd", MOFCOMP="call " + compiler)
