@@ -1,7 +1,7 @@
 // The object that the management service creates in the provider's process: initialised once, then asked for
 // objects, enumerations, methods and updates, by several threads at once. Each request runs under its
-// client's identity, is routed by class name to one handler, and ends with one status on its response sink.
-// Holds one lock on the server for its lifetime.
+// client's identity, is routed by class name to one handler, and ends with one status on its response sink;
+// one that finds no handler gets none. Holds one lock on the server until its destruction begins.
 #pragma once
 
 #include "CDM/src/ProviderBase.h"

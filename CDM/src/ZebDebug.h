@@ -1,6 +1,6 @@
-// The debug trace: one text file per process into which every part writes time-stamped lines. Nothing reads
-// it back; it is for service engineers. No operation reports a failure to its caller, and any thread may
-// write at any time: a line is never torn.
+// The debug trace: a text file into which every part of the process writes time-stamped lines. Each process
+// begins the file anew, unless the registry asks for a file per process. Nothing reads it back. No operation
+// reports a failure to its caller, and any thread may write at any time: a line is never torn.
 #pragma once
 
 #include "Common/src/com/CriticalSection.h"

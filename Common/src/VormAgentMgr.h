@@ -1,6 +1,6 @@
-// Loads the adapter agent once per provider process and releases it at shutdown. Which agent is loaded is an
+// Loads the adapter agent for one provider object and releases it when that goes. Which agent is loaded is an
 // administrator's choice (registry value TestVorl). Initialised before the first request and destroyed after
-// the last one, so that no lock guards it; the agent itself is called from many threads.
+// the last one, so no lock guards it; the agent itself is called from many threads.
 #pragma once
 
 #include "Common/src/WomSecurity.h"

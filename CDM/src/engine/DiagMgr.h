@@ -1,8 +1,8 @@
-// The one diagnostics manager of the provider process: knows every test, setting and result of every
-// adapter, runs and stops tests, and keeps results across restarts. Any thread may call any operation at any
-// time between Initialize and destruction; no request waits for another, except that one test runs once at a
-// time. No operation throws. Keys are matched without regard to case; the caller keeps what it passes and
-// owns what it gets.
+// The diagnostics manager of a provider object: knows every test, setting and result of every adapter, runs
+// and stops tests, and keeps results across restarts. A process can have several; they share the result file.
+// Any thread may call any operation at any time between Initialize and destruction; no request waits for
+// another, except that one test runs once at a time. No operation throws. Keys are matched without regard to
+// case; the caller keeps what it passes and owns what it gets.
 #pragma once
 
 #include "CDM/src/ZebHelpers.h"

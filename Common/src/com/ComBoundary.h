@@ -1,5 +1,5 @@
-// The edge of every COM method and thread procedure: the body runs inside one function that turns any
-// exception into a code. Nothing else in a method catches, except the provider's own barrier.
+// The edge of COM methods and of every call into an agent: the body runs inside one function that turns any
+// exception into a code. CONTRIBUTING.md says what else catches.
 #pragma once
 
 #include <new>
