@@ -1,6 +1,8 @@
 // Clients that nobody here wrote: the system's scripting objects, driven by cscript.
 #include "tests/system/provider/SharedMachine.h"
 
+#include <algorithm>
+
 namespace
 {
 using Lines = std::vector<std::string>;
@@ -9,6 +11,30 @@ TEST_F(Served, ScriptRunsATest)
 {
     EXPECT_EQ(Lines{"TestState 2"}, RunScript(L"run.vbs", L"1@BETA BETA"));
     EXPECT_EQ(Lines{"TestState 3"}, RunScript(L"run.vbs", L"2@ALPHA ALPHA"));
+}
+
+TEST_F(Served, ScriptShowsEachTestWithItsName)
+{
+    const Lines names = RunScript(L"captions.vbs");
+    EXPECT_EQ(5u, names.size());
+    EXPECT_EQ(1, std::count(names.begin(), names.end(), "1@BETA: Link"));
+}
+
+// The built-in values would take several polls.
+TEST_F(Served, ScriptRunsATestWithItsSetting)
+{
+    const CWmiClient client;
+    ComPtr<IWbemClassObject> setting;
+    ASSERT_EQ(S_OK, client.Get(L"Tolva_DiagSetting.SettingID=\"9@ALPHA\"", setting));
+    ASSERT_EQ(S_OK, PutCoverage(client, setting.Get(), 2));
+    const Lines sender = RunScript(L"run-with-setting.vbs", L"9@ALPHA");
+    EXPECT_EQ(1, std::count(sender.begin(), sender.end(), "TestState 2"));
+    EXPECT_EQ(1, std::count(sender.begin(), sender.end(), "Sender|Packets received by the responder: 25"));
+
+    EXPECT_EQ(Lines{"TestState 2"}, RunScript(L"run-with-setting.vbs", L"1@BETA"));
+    const Lines failed = RunScript(L"run-with-setting.vbs", L"2@ALPHA");
+    EXPECT_EQ(3u, failed.size());
+    EXPECT_EQ(1, std::count(failed.begin(), failed.end(), "TestState 3"));
 }
 
 TEST_F(Served, ScriptClearsTheResultsOfOneTest)
