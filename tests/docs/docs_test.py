@@ -1,0 +1,212 @@
+"""Checks the documents: what they link to, what they name, and whether the commands in them are understood.
+usage: docs_test.py ZEBDIAG_EXE [unittest's arguments]
+
+Every block of a page says behind its fence what it is; pages.py has the list. Every line of commands that begins with
+"zebdiag" is given to that program in a Wine prefix without a management service: it must not answer that the command
+line cannot be understood. A block of VBScript has to be a script that a test runs.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+import pages
+from pages import ROOT
+
+PAGES = pages.all_pages()
+BY_NAME = {page.name: page for page in PAGES}
+NOT_UNDERSTOOD = 7
+
+# Blocks of VBScript that no test runs: their first difference from all scripts, and the reason.
+SCRIPTS_NOT_RUN = {"setting.Put_": "Wine's scripting objects do not put instances"}
+
+# Code in the prose that is in no source: an account of Windows, and beginnings of names.
+FOREIGN = {"NetworkService", "Tolva_", "Wom"}
+
+
+def read_sources():
+    texts = {}
+    for path in sorted(ROOT.rglob("*")):
+        parts = path.relative_to(ROOT).parts
+        if path.is_file() and not parts[0].startswith((".git", "build")) and path.suffix != ".md" and \
+                path != pathlib.Path(__file__).resolve():
+            try:
+                texts[str(path.relative_to(ROOT))] = path.read_text(encoding="utf-8")
+            except UnicodeDecodeError:
+                pass
+    return texts
+
+
+SOURCES = read_sources()
+ALL_SOURCES = "\n".join(SOURCES.values())
+WORDS = set(re.findall(r"\w+", ALL_SOURCES))
+
+
+class Links(unittest.TestCase):
+    def test_files_and_anchors_exist(self):
+        for page in PAGES:
+            for link in page.links:
+                if re.match(r"\w+:", link):
+                    continue
+                file, _, anchor = link.partition("#")
+                target = (page.path.parent / file).resolve() if file else page.path
+                with self.subTest(page=page.name, link=link):
+                    self.assertTrue(target.exists(), "there is no such file")
+                    if anchor:
+                        self.assertIn(anchor, pages.Page(target).anchors())
+
+    def test_every_document_is_linked_from_another(self):
+        linked = {(page.path.parent / link.partition("#")[0]).resolve()
+                  for page in PAGES for link in page.links if not link.startswith("#")}
+        for page in PAGES:
+            if page.name != "README.md":
+                self.assertIn(page.path, linked, page.name)
+
+
+class Blocks(unittest.TestCase):
+    def test_each_says_what_it_is(self):
+        for page in PAGES:
+            for block in page.blocks:
+                self.assertIn(block.language, pages.LANGUAGES, block.where)
+
+    def test_scripts_are_those_that_tests_run(self):
+        folder = ROOT / "tests/system/provider"
+        scripts = {path.read_text(encoding="utf-8"): path.name for path in folder.glob("scripts/*.vbs")}
+        tests = "".join(path.read_text(encoding="utf-8") for path in folder.glob("*.cpp"))
+        not_run = dict(SCRIPTS_NOT_RUN)
+        for page in PAGES:
+            for block in page.blocks:
+                if block.language != "vbscript":
+                    continue
+                if block.text in scripts:
+                    self.assertIn(f'RunScript(L"{scripts[block.text]}"', tests, block.where)
+                else:
+                    reason = next((mark for mark in not_run if mark in block.text), None)
+                    self.assertIsNotNone(reason, f"{block.where} is no script of {folder.name}/scripts")
+                    del not_run[reason]
+        self.assertEqual({}, not_run, "blocks that are no longer there")
+
+
+class Commands(unittest.TestCase):
+    # What stands for something else in a command that the prose shows.
+    PLACES = {"COMMAND": "list", "N": "50", "S": "60", "SECONDS": "60"}
+
+    def commands(self):
+        for page in PAGES:
+            for block in page.blocks:
+                for command in block.commands():
+                    yield block.where, command.strip()
+            for line in page.lines:
+                if line.startswith("    zebdiag "):
+                    yield page.name, line.strip()
+            for code in page.code:
+                yield page.name, code
+
+    def zebdiag_commands(self):
+        found = {}
+        for where, command in self.commands():
+            command = re.sub(r"\s+(>|\|).*$", "", command)
+            if command.startswith("zebdiag ") and "..." not in command:
+                words = [self.PLACES.get(word, word) for word in command.split(" ")]
+                found.setdefault(" ".join(words), where)
+        return found
+
+    def test_are_understood(self):
+        program = pathlib.Path(sys.argv[1]).resolve()
+        self.assertTrue(program.exists(), f"{program} has not been built")
+        commands = self.zebdiag_commands()
+        self.assertGreater(len(commands), 20)
+        lines = list(commands) + ["zebdiag no-such-command", "zebdiag run --no-such-option"]
+        build = program.parents[1]
+        file = build / "documented-commands.cmd"
+        windows_path = "Z:" + str(program).replace("/", "\\")
+        file.write_bytes("".join(
+            f'"{windows_path}"{line.removeprefix("zebdiag")} >nul 2>nul <nul\r\necho @{number} %errorlevel%\r\n'
+            for number, line in enumerate(lines)).encode())
+        ran = subprocess.run([ROOT / "scripts/wine-run", build / "prefix-tests", "cmd.exe", "/q", "/c", file.name],
+                             cwd=build, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False)
+        codes = {int(number): int(code) for number, code in re.findall(rb"@(\d+) (\d+)", ran.stdout)}
+        self.assertEqual(len(lines), len(codes), ran.stdout)
+        self.assertEqual([NOT_UNDERSTOOD] * 2, [codes[len(lines) - 2], codes[len(lines) - 1]])
+        for number, (command, where) in enumerate(commands.items()):
+            with self.subTest(where=where, command=command):
+                self.assertNotEqual(NOT_UNDERSTOOD, codes[number])
+                self.assertLess(codes[number], NOT_UNDERSTOOD)
+
+
+class Names(unittest.TestCase):
+    PATH = re.compile(r"[\w.*-]+(/[\w.*-]+)+/?")
+    FILE = re.compile(r"(?<![\w%\\*.-])[\w-]+\.(?:dll|exe|EXE|mof|cmd|vbs|bin|log|rc|inc|cpp|py|h)\b(?!\.)")
+    # Files that somebody else makes or brings.
+    FOREIGN_FILES = {"log.txt", "compiler.exe", "Program.exe", "cscript.exe"}
+
+    def exists(self, page, path):
+        path = path.rstrip("/")
+        if path.startswith("build"):
+            return True  # made when it is needed
+        places = [path + suffix for suffix in ("", ".h", ".cpp")]
+        if any(list(folder.glob(place)) for place in places for folder in (ROOT, page.path.parent)):
+            return True
+        return any(name.endswith("/" + place) for place in places for name in SOURCES) or \
+            any(f"/{path}/" in name for name in SOURCES)
+
+    def test_paths_exist(self):
+        missing = [(page.name, code) for page in PAGES for code in page.code
+                   if self.PATH.fullmatch(code) and not self.exists(page, code)]
+        self.assertEqual([], missing)
+
+    def test_files_are_named_in_the_sources(self):
+        named = {(name, page.name) for page in PAGES
+                 for text in page.code + [block.text for block in page.blocks if block.language != "output"]
+                 for name in self.FILE.findall(text) if name not in self.FOREIGN_FILES}
+        targets = set(re.findall(r"\bzeb_(?:test|string_library|agent_dll)\((\w+)", ALL_SOURCES))
+        self.assertEqual([], sorted(
+            (name, page) for name, page in named
+            if name not in ALL_SOURCES and name.rpartition(".")[0] not in targets and
+            not any(source.endswith("/" + name) for source in SOURCES)))
+
+    def test_words_are_in_the_sources(self):
+        named = {(code, page.name) for page in PAGES for code in page.code if re.fullmatch(r"[A-Za-z_]\w+", code)}
+        self.assertEqual([], sorted(one for one in named if one[0] not in WORDS | FOREIGN))
+        self.assertEqual(set(), FOREIGN - {code for code, _ in named}, "words that no page uses")
+
+    def test_classes_are_in_the_schema(self):
+        schema = SOURCES["resources/mof/zebdiag.mof"]
+        named = {name for page in PAGES for text in [page.prose] + [block.text for block in page.blocks]
+                 for name in re.findall(r"\bTolva_\w+", text)}
+        self.assertEqual([], sorted(name for name in named if not re.search(rf"\bclass {name}\b", schema)))
+
+
+class Operations(unittest.TestCase):
+    READ = re.compile(r'\b(?:ReadNumber|ReadText|ReadRegistryNumber|ReadRegistryString|ReadTerminatedString|'
+                      r'ReadNumberValue|ReadTextValue)\([^"\n;]*"(\w+)"|\{L"(\w+)", &CStampSettings::')
+
+    def test_every_value_that_is_read_is_described(self):
+        read = set()
+        for name, text in SOURCES.items():
+            if name.startswith(("CDM/", "Common/", "agent/host/")) and "/store/" not in name:
+                read |= {"".join(found) for found in self.READ.findall(text)}
+        self.assertEqual(read, set(BY_NAME["docs/operations.md"].first_cells("Registry values")))
+
+    def test_texts_of_the_trace_are_in_the_sources(self):
+        texts = [text for name, text in SOURCES.items() if name.startswith(("CDM/", "Common/"))]
+        sources = "\n".join(texts).replace('\\"', '"')
+        cells = BY_NAME["docs/operations.md"].first_cells("Troubleshooting")
+        self.assertGreater(len(cells), 20)
+        self.assertEqual([], [text for text in cells if text not in sources])
+
+
+class MadePages(unittest.TestCase):
+    def test_schema_is_what_the_schema_makes(self):
+        made = subprocess.run([ROOT / "scripts/schema-page", "--check"], stderr=subprocess.PIPE, check=False)
+        self.assertEqual(0, made.returncode, made.stderr)
+
+    def test_changelog_begins_with_this_version(self):
+        version = re.search(r"project\(ZebDiagnostics VERSION ([\d.]+)", SOURCES["CMakeLists.txt"])[1]
+        headings = [line for line in BY_NAME["CHANGELOG.md"].lines if line.startswith("## ")]
+        self.assertTrue(headings[0].startswith(f"## {version}"), headings[0])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=1)
