@@ -91,8 +91,9 @@ class Blocks(unittest.TestCase):
 class Commands(unittest.TestCase):
     # What stands for something else in a command that the prose shows.
     PLACES = {"COMMAND": "list", "N": "50", "S": "60", "SECONDS": "60"}
+    NAME = re.compile(r"zebdiag ([a-z]+)")
 
-    def commands(self):
+    def in_blocks(self):
         for page in PAGES:
             for block in page.blocks:
                 for command in block.commands():
@@ -100,39 +101,48 @@ class Commands(unittest.TestCase):
             for line in page.lines:
                 if line.startswith("    zebdiag "):
                     yield page.name, line.strip()
-            for code in page.code:
-                yield page.name, code
 
-    def zebdiag_commands(self):
+    def in_prose(self):
+        return [(page.name, code) for page in PAGES for code in page.code]
+
+    def whole_commands(self):
         found = {}
-        for where, command in self.commands():
-            command = re.sub(r"\s+(>|\|).*$", "", command)
+        whole = [one for one in self.in_prose() if not self.NAME.fullmatch(one[1])]
+        for where, command in [*self.in_blocks(), *whole]:
+            command = re.sub(r"\s+(>|\||\().*$", "", command)  # redirection, and words that a session has added
             if command.startswith("zebdiag ") and "..." not in command:
                 words = [self.PLACES.get(word, word) for word in command.split(" ")]
                 found.setdefault(" ".join(words), where)
         return found
 
-    def test_are_understood(self):
+    def run_in_wine(self, lines):
+        """The exit codes of commands, and what "zebdiag --help" prints."""
         program = pathlib.Path(sys.argv[1]).resolve()
         self.assertTrue(program.exists(), f"{program} has not been built")
-        commands = self.zebdiag_commands()
-        self.assertGreater(len(commands), 20)
-        lines = list(commands) + ["zebdiag no-such-command", "zebdiag run --no-such-option"]
         build = program.parents[1]
         file = build / "documented-commands.cmd"
-        windows_path = "Z:" + str(program).replace("/", "\\")
-        file.write_bytes("".join(
-            f'"{windows_path}"{line.removeprefix("zebdiag")} >nul 2>nul <nul\r\necho @{number} %errorlevel%\r\n'
-            for number, line in enumerate(lines)).encode())
+        zebdiag = '"Z:' + str(program).replace("/", "\\") + '"'
+        file.write_bytes((f"{zebdiag} --help\r\n" + "".join(
+            f"{zebdiag}{line.removeprefix('zebdiag')} >nul 2>nul <nul\r\necho @{number} %errorlevel%\r\n"
+            for number, line in enumerate(lines))).encode())
         ran = subprocess.run([ROOT / "scripts/wine-run", build / "prefix-tests", "cmd.exe", "/q", "/c", file.name],
                              cwd=build, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False)
-        codes = {int(number): int(code) for number, code in re.findall(rb"@(\d+) (\d+)", ran.stdout)}
-        self.assertEqual(len(lines), len(codes), ran.stdout)
-        self.assertEqual([NOT_UNDERSTOOD] * 2, [codes[len(lines) - 2], codes[len(lines) - 1]])
-        for number, (command, where) in enumerate(commands.items()):
-            with self.subTest(where=where, command=command):
-                self.assertNotEqual(NOT_UNDERSTOOD, codes[number])
-                self.assertLess(codes[number], NOT_UNDERSTOOD)
+        output = ran.stdout.decode(errors="replace")
+        codes = {int(number): int(code) for number, code in re.findall(r"@(\d+) (\d+)", output)}
+        self.assertEqual(len(lines), len(codes), output)
+        return [codes[number] for number in range(len(lines))], output.partition("@0")[0]
+
+    def test_are_understood(self):
+        commands = self.whole_commands()
+        self.assertGreater(len(commands), 15)
+        codes, help_text = self.run_in_wine(["zebdiag no-such-command", "zebdiag run --all --nonsense", *commands])
+        self.assertEqual([NOT_UNDERSTOOD] * 2, codes[:2])
+        refused = [(where, command, code) for (command, where), code in zip(commands.items(), codes[2:], strict=True)
+                   if code >= NOT_UNDERSTOOD]
+        self.assertEqual([], refused)
+        names = {name[1] for _, code in self.in_prose() if (name := self.NAME.fullmatch(code))}
+        self.assertGreater(len(names), 3)
+        self.assertEqual([], [name for name in names if not re.search(rf"^\s*{name}\s", help_text, re.M)])
 
 
 class Names(unittest.TestCase):
