@@ -95,7 +95,11 @@ class Page:
         return found
 
 
+def project_files():
+    for top in sorted(ROOT.iterdir()):
+        if not top.name.startswith((".", "build")):
+            yield from sorted(path for path in ([top] if top.is_file() else top.rglob("*")) if path.is_file())
+
+
 def all_pages():
-    paths = [path for path in ROOT.rglob("*.md")
-             if not any(part.startswith((".", "build")) for part in path.relative_to(ROOT).parts[:-1])]
-    return [Page(path) for path in sorted(paths)]
+    return [Page(path) for path in project_files() if path.suffix == ".md"]
