@@ -21,8 +21,8 @@ NOT_UNDERSTOOD = 7
 # Blocks of VBScript that no test runs: their first difference from all scripts, and the reason.
 SCRIPTS_NOT_RUN = {"setting.Put_": "Wine's scripting objects do not put instances"}
 
-# Code in the prose that is in no source: an account of Windows, and beginnings of names.
-FOREIGN = {"NetworkService", "Tolva_", "Wom"}
+# Code in the prose that is in no source: an account of Windows, and the beginning of names.
+FOREIGN = {"NetworkService", "Tolva_"}
 
 
 def read_sources():
@@ -177,9 +177,30 @@ class Names(unittest.TestCase):
             not any(source.endswith("/" + name) for source in SOURCES)))
 
     def test_words_are_in_the_sources(self):
-        named = {(code, page.name) for page in PAGES for code in page.code if re.fullmatch(r"[A-Za-z_]\w+", code)}
+        named = {(code, page.name) for page in PAGES for code in page.code if re.fullmatch(r"[A-Za-z_]\w{3,}", code)}
         self.assertEqual([], sorted(one for one in named if one[0] not in WORDS | FOREIGN))
         self.assertEqual(set(), FOREIGN - {code for code, _ in named}, "words that no page uses")
+
+    def test_targets_and_scripts_that_commands_name_exist(self):
+        texts = [code for page in PAGES for code in page.code] + \
+            [command.strip() for page in PAGES for block in page.blocks for command in block.commands()]
+        targets = {match[1] for text in texts if (match := re.match(r"make ([a-z]+)", text))}
+        self.assertIn("demo", targets)
+        self.assertEqual([], [name for name in targets if not re.search(rf"^{name}:", SOURCES["Makefile"], re.M)])
+        scripts = {match[0] for text in texts if (match := re.match(r"scripts/[\w-]+", text))}
+        self.assertEqual([], [name for name in scripts if not (ROOT / name).exists()])
+
+    def test_registry_keys_and_values_are_in_the_sources(self):
+        plain = ALL_SOURCES.replace("\\\\", "\\")
+        texts = [(page.name, text) for page in PAGES
+                 for text in page.code + [block.text for block in page.blocks]]
+        keys = {(name, key) for name, text in texts for key in re.findall(r"SOFTWARE\\Veltrane[\w\\]*\w", text)}
+        self.assertGreater(len(keys), 3)
+        self.assertEqual([], sorted((name, key) for name, key in keys if key not in plain))
+        values = {(name, value) for name, text in texts
+                  for value in re.findall(r"\breg (?:add|delete) .* /v (\w+)", text)}
+        self.assertGreater(len(values), 3)
+        self.assertEqual([], sorted((name, value) for name, value in values if value not in WORDS))
 
     def test_classes_are_in_the_schema(self):
         schema = SOURCES["resources/mof/zebdiag.mof"]

@@ -1,4 +1,4 @@
-"""The Markdown pages of the project, taken apart: prose, code in the prose, blocks, links and the anchors of headings."""
+"""The Markdown pages of the project, taken apart: prose, code in it, blocks, links and the anchors of headings."""
 import pathlib
 import re
 
