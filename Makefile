@@ -1,6 +1,6 @@
 # The only commands to remember. Everything is built in build/ and runs in Wine prefixes there. STEP is what a
 # script writes before it says what it does.
-.PHONY: demo test package bench soak build check machines format clean
+.PHONY: demo test test-deploy package bench soak build check machines format clean
 
 export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
@@ -22,6 +22,15 @@ test:
 	@STEP='[2/4] ' scripts/build all "everything and its tests"
 	@STEP='[3/4] ' scripts/wine-prefix build/prefix
 	@STEP='[4/4] ' scripts/test
+
+# The tests of deploy/ need large programs, so "make test" does without them.
+test-deploy:
+	@STEP='[1/6] ' scripts/install-packages
+	@STEP='[2/6] ' scripts/install-deploy-packages
+	@STEP='[3/6] ' scripts/build package_parts "what ships"
+	@STEP='[4/6] ' scripts/build demo_parts "the agents and the service's stand-in"
+	@STEP='[5/6] ' scripts/package
+	@STEP='[6/6] ' scripts/test-deploy
 
 # SIGN='-pkcs12 key.p12 -pass secret' signs everything with osslsigncode. SOURCE_DATE_EPOCH is the time that all bears.
 package:
