@@ -55,7 +55,8 @@ class Commands(unittest.TestCase):
 
     def test_what_the_command_processor_reads_is_quoted(self):
         for sign in "&|<>()^!;,":
-            self.assertEqual(f"cmd /c 'a \"x{sign}y\"'; exit $LASTEXITCODE", windows.windows_command([["a", f"x{sign}y"]]))
+            self.assertEqual(f"cmd /c 'a \"x{sign}y\"'; exit $LASTEXITCODE",
+                             windows.windows_command([["a", f"x{sign}y"]]))
 
     def test_an_empty_argument_stays(self):
         self.assertEqual("cmd /c 'start \"\" a'; exit $LASTEXITCODE", windows.windows_command([["start", "", "a"]]))

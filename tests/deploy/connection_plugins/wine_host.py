@@ -23,7 +23,7 @@ DOCUMENTATION = """
       description: A file whose text is the answer to every command.
       vars: [{name: recorded_answer}]
     hangs:
-      description: A file that gets the names of what is in C(watched) when the host is given up. No command is answered.
+      description: A file that gets the names of what is in C(watched) when this host, which never answers, is given up.
       vars: [{name: hangs}]
     watched:
       description: The folder that a host which hangs looks at when it is given up.
@@ -74,8 +74,9 @@ class Connection(ConnectionBase):
         (folder / "code.txt").unlink(missing_ok=True)
         # Files, because what goes on running would hold a pipe open.
         with open(folder / "stdout", "wb") as stdout, open(folder / "stderr", "wb") as stderr:
-            subprocess.run(["bash", "-c", '. "$1/scripts/wine-env.sh" "$2" && exec wine cmd /c "C:\\\\host\\\\command.cmd"',
-                            "-", ROOT, prefix], stdin=subprocess.DEVNULL, stdout=stdout, stderr=stderr, check=False)
+            subprocess.run(["bash", "-c", '. "$1/scripts/wine-env.sh" "$2" && exec wine cmd /c "$3"', "-",
+                            ROOT, prefix, r"C:\host\command.cmd"], stdin=subprocess.DEVNULL, stdout=stdout,
+                           stderr=stderr, check=False)
         code = int((folder / "code.txt").read_text(encoding="ascii"))
         return code & 0xFFFFFFFF, (folder / "stdout").read_bytes(), (folder / "stderr").read_bytes()
 
