@@ -168,7 +168,8 @@ class Report(Collection):
         self.assertEqual({f"#computer-{number}" for number in (1, 2, 3)}, set(page.addresses))
         self.assertIn([NASTY, NASTY, "failed", NASTY], page.rows)
         self.assertIn([script, "Link", "passed", script], page.rows)
-        self.assertEqual([["three", "no document", "0 of 0"], ["one", "failed", "0 of 1"], ["two", "passed", "1 of 1"]],
+        self.assertEqual([["three", "no answer of zebdiag", "0 of 0 passed"], ["one", "failed", "0 of 1 passed"],
+                          ["two", "passed", "1 of 1 passed"]],
                          page.rows[1:4])
 
     def test_a_failed_test_fails_the_play_for_those_who_ask(self):

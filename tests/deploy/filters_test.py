@@ -156,6 +156,7 @@ class Rows(unittest.TestCase):
                          [(one["host"], one["verdict"], one["passed"]) for one in reports])
         self.assertEqual(["c", "a", "b"], [one["host"] for one in report.by_gravity(reports)])
         self.assertEqual("3 hosts: 1 not tried, 1 failed, 1 passed.", report.counts_text(reports))
+        self.assertEqual("no answer of zebdiag", report.words("no_document"))
         self.assertEqual("1 host: 1 failed.", report.counts_text(reports[:1]))
 
 

@@ -70,7 +70,7 @@ class Connection(ConnectionBase):
         folder = prefix / "drive_c/host"
         folder.mkdir(exist_ok=True)
         (folder / "command.cmd").write_bytes(
-            f'@cmd /c "{line}"\r\n@echo %errorlevel%>C:\\host\\code.txt\r\n'.encode())
+            f'@cmd /c "{line}"\r\n@echo %errorlevel% >C:\\host\\code.txt\r\n'.encode())
         (folder / "code.txt").unlink(missing_ok=True)
         # Files, because what goes on running would hold a pipe open.
         with open(folder / "stdout", "wb") as stdout, open(folder / "stderr", "wb") as stderr:

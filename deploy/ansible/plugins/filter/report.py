@@ -8,6 +8,10 @@ TEXT_LIMIT = 500
 VERDICTS = ("unreachable", "timed_out", "no_document", "not_tried", "not_reachable", "failed", "could_not_run",
             "not_found", "busy", "stopped", "not_run", "passed")
 
+# What people would take for something else.
+WORDS = {"unreachable": "computer unreachable", "not_reachable": "provider unreachable",
+         "no_document": "no answer of zebdiag"}
+
 
 def _text(value):
     """One line without control characters, of a length that a table can hold."""
@@ -113,7 +117,7 @@ def counts_text(reports):
 
 def words(verdict):
     """A verdict for people."""
-    return verdict.replace("_", " ")
+    return WORDS.get(verdict, verdict.replace("_", " "))
 
 
 def csv_line(fields):
