@@ -27,7 +27,7 @@ test:
 test-deploy:
 	@STEP='[1/6] ' scripts/install-packages
 	@STEP='[2/6] ' scripts/install-deploy-packages
-	@STEP='[3/6] ' scripts/build package_parts "what ships"
+	@STEP='[3/6] ' scripts/build package_parts "what ships, with line numbers" shipped
 	@STEP='[4/6] ' scripts/build demo_parts "the agents and the service's stand-in"
 	@STEP='[5/6] ' scripts/package
 	@STEP='[6/6] ' scripts/test-deploy
