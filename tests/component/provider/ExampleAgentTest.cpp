@@ -60,6 +60,6 @@ TEST_F(ExampleAgentTest, ARunWithoutALinkFailsWithCauseAndNextStep)
     const Instance result = RunAndGetResult();
     ASSERT_TRUE(result);
     EXPECT_EQ(kFailed, Number(result, L"TestState"));
-    EXPECT_THAT(Texts(result, L"TestResults"), testing::Contains(testing::StartsWith(L"No link. ")));
+    EXPECT_THAT(Texts(result, L"TestResults"), testing::Contains(testing::HasSubstr(L"|No link. ")));
 }
 } // namespace

@@ -15,7 +15,8 @@ std::string TextOf(const nlohmann::json& list, const std::string& key, const cha
 // What a client of this language reads of the failed test.
 nlohmann::json FindingsIn(const std::wstring& locale)
 {
-    for (const auto& result : ZebdiagJson(L"results --locale " + locale).at("results"))
+    const nlohmann::json results = ZebdiagJson(L"results --locale " + locale);
+    for (const auto& result : results.at("results"))
         if (result.at("test").at("key") == "2@ALPHA")
             return result.at("findings");
     return {};
