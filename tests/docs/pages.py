@@ -7,7 +7,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # What a block is, by the word behind its fence. In "console" the commands are the lines that begin with "> ", and all
 # others are output; "output" has nothing else; "text" is neither.
 COMMANDS = ("cmd", "bat", "sh", "powershell")
-LANGUAGES = COMMANDS + ("console", "output", "text", "vbscript", "json", "cpp", "xml")
+LANGUAGES = COMMANDS + ("console", "output", "text", "vbscript", "json", "cpp", "xml", "ini", "yaml")
 
 FENCE = re.compile(r"^( *)```(.*)$")
 HEADING = re.compile(r"^(#+) (.*?)#*$")
