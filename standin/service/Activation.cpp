@@ -160,8 +160,9 @@ HRESULT CreateInstance(REFCLSID clsid, REFIID riid, void** out)
     return CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, riid, out);
 }
 
-HRESULT ActivateInProcessOfItsOwn(REFCLSID clsid, REFIID riid, CLocalServer& server)
+HRESULT ActivateInProcessOfItsOwn(REFCLSID clsid, REFIID riid, CLocalServer& server, const wchar_t*& step)
 {
+    step = L"activation";
     static unsigned count = 0;
     const std::wstring name = L"WMI-stand-in-activation-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
                               std::to_wstring(++count);
@@ -179,8 +180,10 @@ HRESULT ActivateInProcessOfItsOwn(REFCLSID clsid, REFIID riid, CLocalServer& ser
     if (WaitForSingleObject(process.Get(), kLongestActivation) != WAIT_OBJECT_0 ||
         !GetExitCodeProcess(process.Get(), &code))
         return E_FAIL;
-    return FAILED(static_cast<HRESULT>(code)) ? static_cast<HRESULT>(code)
-                                              : Read(*reference.Get(), riid, server);
+    if (FAILED(static_cast<HRESULT>(code)))
+        return static_cast<HRESULT>(code);
+    step = L"reading of the reference";
+    return Read(*reference.Get(), riid, server);
 }
 } // namespace
 
@@ -200,15 +203,15 @@ bool IsServerGone(HRESULT hr) noexcept
     return std::find(std::begin(codes), std::end(codes), hr) != std::end(codes);
 }
 
-HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server)
+HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server, const wchar_t*& step)
 {
     const DWORD service = ComServiceProcess();
-    const HRESULT hr = ActivateInProcessOfItsOwn(clsid, riid, server);
+    const HRESULT hr = ActivateInProcessOfItsOwn(clsid, riid, server, step);
     if (!IsServerGone(hr))
         return hr;
     Count(kDeadServersForgotten);
     RestartComService(service);
-    return ActivateInProcessOfItsOwn(clsid, riid, server);
+    return ActivateInProcessOfItsOwn(clsid, riid, server, step);
 }
 
 int ActivateForService(const std::vector<std::wstring>& arguments)

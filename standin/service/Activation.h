@@ -23,8 +23,8 @@ struct CLocalServer
 // The call failed because the process that serves the object has ended or is ending.
 bool IsServerGone(HRESULT hr) noexcept;
 
-// One activation at a time.
-HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server);
+// One activation at a time. Leaves in `step` what it did last.
+HRESULT ActivateLocalServer(REFCLSID clsid, REFIID riid, CLocalServer& server, const wchar_t*& step);
 
 // What that process of its own does. The arguments are class, interface and the name of a section for the
 // reference; gives the HRESULT as the exit code.

@@ -37,24 +37,32 @@ class CInitSink : public CComObject<IWbemProviderInitSink>
     std::atomic<HRESULT> m_status{WBEM_S_NO_ERROR};
 };
 
+// Leaves in `step` what it did last.
 HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemServices* nameSpaceServices,
-                 CProvider& provider)
+                 CProvider& provider, const wchar_t*& step)
 {
     CLocalServer server;
-    HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), server);
+    HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), server, step);
     if (FAILED(hr))
         return hr;
     ComPtr<IWbemProviderInit> init;
     ComPtr<IWbemServices> services;
+    step = L"query for IWbemProviderInit";
     hr = server.Object.As(init);
     if (SUCCEEDED(hr))
+    {
+        step = L"query for IWbemServices";
         hr = init.As(services);
+    }
     const ComPtr<CInitSink> sink = MakeCom<CInitSink>();
     std::wstring nameSpaceText = nameSpace;
     // No user and no locale: those are for providers that are initialised once for each.
     if (SUCCEEDED(hr))
+    {
+        step = L"Initialize";
         hr = init->Initialize(nullptr, 0, nameSpaceText.data(), nullptr, nameSpaceServices,
                               MakeContext().Get(), sink.Get());
+    }
     if (SUCCEEDED(hr))
         hr = sink->Await(server.Process);
     if (FAILED(hr))
@@ -71,16 +79,17 @@ HRESULT LoadProvider(const CProviderRegistration& registration, const std::wstri
     CLSID clsid = {};
     if (FAILED(CLSIDFromString(registration.Clsid.c_str(), &clsid)))
         return wmi::ProviderLoadFailure;
-    HRESULT hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
+    const wchar_t* step = L"";
+    HRESULT hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider, step);
     if (IsServerGone(hr))
     {
         // It was found while it was ending; the next one is another process.
         Count(kStartsRepeated);
-        hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider);
+        hr = LoadOnce(clsid, nameSpace, nameSpaceServices, provider, step);
     }
     if (SUCCEEDED(hr))
         return wmi::NoError;
-    NoteStartFailure(hr);
+    NoteStartFailure(hr, step);
     return wmi::ProviderLoadFailure;
 }
 } // namespace standin

@@ -60,8 +60,9 @@ DWORD ReadIdleTime()
     return ReadNumber(kIdleTime, kDefaultIdleTime);
 }
 
-void NoteStartFailure(HRESULT hr)
+void NoteStartFailure(HRESULT hr, const wchar_t* step)
 {
+    WriteValue(L"LastStartStep", REG_SZ, step, (wcslen(step) + 1) * sizeof(wchar_t));
     WriteValue(L"LastStartFailure", REG_DWORD, &hr, sizeof hr);
 }
 

@@ -20,6 +20,7 @@ DWORD ReadIdleTime();
 inline constexpr wchar_t kStartsRepeated[] = L"StartsRepeated";
 inline constexpr wchar_t kDeadServersForgotten[] = L"DeadServersForgotten";
 void Count(const wchar_t* name);
-// Why the last provider that did not start failed: the value "LastStartFailure".
-void NoteStartFailure(HRESULT hr);
+// Why the last provider that did not start failed, and in which step: the values "LastStartFailure" and
+// "LastStartStep".
+void NoteStartFailure(HRESULT hr, const wchar_t* step);
 } // namespace standin

@@ -77,6 +77,20 @@ void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const void
             ERROR_SUCCESS)
         throw std::runtime_error("a registry value of a test could not be set");
 }
+void ShowStartFailure()
+{
+    DWORD failure = 0;
+    DWORD size = sizeof failure;
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kServiceKey, kStartFailure, RRF_RT_REG_DWORD, nullptr, &failure,
+                     &size) != ERROR_SUCCESS)
+        return;
+    char step[100] = {};
+    size = sizeof step;
+    RegGetValueA(HKEY_LOCAL_MACHINE, "SOFTWARE\\WMI stand-in", "LastStartStep", RRF_RT_REG_SZ, nullptr, step,
+                 &size);
+    std::cout << "A provider of this test did not start: 0x" << std::hex << failure << std::dec << ", "
+              << step << "\n";
+}
 } // namespace
 
 CProviderMachine::CProviderMachine(Agent agent) : m_agent(agent), m_folder(MakeTestFolder())
@@ -116,11 +130,7 @@ void CProviderMachine::ShowTrace() const
     const std::string trace = ReadFileBytes(L"ZebDiagDbg.log");
     std::cout << "The end of the provider's trace:\n"
               << trace.substr(trace.size() > kMost ? trace.size() - kMost : 0) << "\n";
-    DWORD failure = 0;
-    DWORD size = sizeof failure;
-    if (RegGetValueW(HKEY_LOCAL_MACHINE, kServiceKey, kStartFailure, RRF_RT_REG_DWORD, nullptr, &failure,
-                     &size) == ERROR_SUCCESS)
-        std::cout << "A provider of this test did not start: 0x" << std::hex << failure << std::dec << "\n";
+    ShowStartFailure();
 }
 
 void CProviderMachine::ForgetValues() const
