@@ -42,16 +42,6 @@ WIRED = [("office", "OFFICE-LAN", "Link", "passed"),
          ("floor", "FLOOR LAN 2", "Link", "passed")]
 
 
-class Host(Machine):
-    """Whose server is up before the first program starts: two programs that both have to start one fall over each
-    other's temporary folder, and on a busy machine they do."""
-
-    def hold(self):
-        subprocess.run(["wineserver", "-p"], env=self.environment, check=True, stdin=subprocess.DEVNULL,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        super().hold()
-
-
 def environment():
     variables = {name: value for name, value in os.environ.items() if not name.startswith("ANSIBLE_")}
     return {**variables, "HOME": str(WORK / "home"), "LC_ALL": "C.UTF-8", "PYTHONDONTWRITEBYTECODE": "1",
@@ -195,7 +185,7 @@ class Hosts(Collection):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        cls.machines = {name: cls.enterClassContext(Host(ROOT / f"build/prefix-deploy-{name}"))
+        cls.machines = {name: cls.enterClassContext(Machine(ROOT / f"build/prefix-deploy-{name}"))
                         for name in (*ADAPTERS, "bare")}
         for name, adapters in ADAPTERS.items():
             machine = cls.machines[name]

@@ -51,9 +51,14 @@ class Machine:
         self.stop()
 
     def hold(self):
-        """Keeps the prefix's server up."""
+        """Keeps the prefix's server up: it first, then a program that stays, and then one that waits for Wine's own
+        services. Two programs that both have to start the server get in each other's way."""
+        subprocess.run(["wineserver", "-p"], env=self.environment, check=True, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.held = subprocess.Popen(["wine", "cmd.exe", "/q"], env=self.environment, stdin=subprocess.PIPE,
                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        subprocess.run(["wine", "cmd.exe", "/c", "exit"], env=self.environment, check=True, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def stop(self):
         if (self.prefix / "system.reg").exists():
