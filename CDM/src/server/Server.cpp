@@ -46,7 +46,11 @@ HRESULT Serve(CServerModule& module) noexcept
     const HRESULT hr =
         module.RegisterClassObjects(CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE | REGCLS_SUSPENDED);
     if (FAILED(hr))
-        return hr; // no client could reach the server, or end it
+    {
+        // No client could reach the server, or end it.
+        ZebDebug().Write("The server ends because its class could not be registered, hr = <%x>", hr);
+        return hr;
+    }
     CoResumeClassObjects();
 
     MSG message;

@@ -115,6 +115,18 @@ class ServerStartTest : public testing::Test
         SetDllDirectoryW(nullptr); // as a new process has it
     }
     int Run() { return RunServer(GetModuleHandleW(nullptr)); }
+    std::string TraceOfFailedStart()
+    {
+        const CTempFolder folder;
+        m_registry.SetString(kZebDiagKey, "DebugFileName", folder.File("start.log").c_str());
+        m_registry.SetNumber(kZebDiagKey, "DebugLevel", 2);
+        g_registration = E_ACCESSDENIED;
+        EXPECT_EQ(E_ACCESSDENIED, Run());
+        g_registration = S_OK;
+        ZebDebug().Close();
+        std::ifstream file(folder.File("start.log"));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
     static std::vector<std::string> Log()
     {
         const CLockScope lock(g_section);
@@ -183,26 +195,19 @@ TEST_F(ServerStartTest, ServesUntilNobodyIsLeftWhateverMessagesCome)
 
 TEST_F(ServerStartTest, ClassesThatCannotBeRegisteredEndTheProcess)
 {
-    g_registration = E_ACCESSDENIED;
-    EXPECT_EQ(E_ACCESSDENIED, Run());
-    g_registration = S_OK;
+    const std::string trace = TraceOfFailedStart();
     EXPECT_EQ((std::vector<std::string>{"apartment", "security", "begin module", "register", "end module"}),
               Log());
+    EXPECT_NE(trace.npos,
+              trace.find("The server ends because its class could not be registered, hr = <80070005>"))
+        << trace;
 }
 
 TEST_F(ServerStartTest, TheTraceIsOpenBeforeTheConfigurationIsRead)
 {
-    const CTempFolder folder;
-    m_registry.SetString(kZebDiagKey, "DebugFileName", folder.File("start.log").c_str());
-    m_registry.SetNumber(kZebDiagKey, "DebugLevel", 2);
-    g_registration = E_ACCESSDENIED; // the start is enough
-    Run();
-    g_registration = S_OK;
-    ZebDebug().Close();
-    std::ifstream file(folder.File("start.log"));
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_TRUE(text.starts_with("<center><h1>ZebDiag</h1></center>\n")) << text;
-    EXPECT_NE(text.npos, text.find("Query Value failed, <2>")) << "of the folder, which is not set";
+    const std::string trace = TraceOfFailedStart();
+    EXPECT_TRUE(trace.starts_with("<center><h1>ZebDiag</h1></center>\n")) << trace;
+    EXPECT_NE(trace.npos, trace.find("Query Value failed, <2>")) << "of the folder, which is not set";
 }
 
 class CCurrentDirectory
