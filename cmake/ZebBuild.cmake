@@ -83,6 +83,9 @@ function(zeb_test name)
   # The tests' own code is compiled for speed of compilation. That a fixture is known in its own source only, as it
   # is meant to be, is a warning where several sources are compiled as one.
   target_compile_options(${name} PRIVATE -O0 -Wno-subobject-linkage)
+  # What ships is linked by GNU ld, which takes most of the time that a test program takes to build.
+  target_link_options(${name} PRIVATE -wrapper "${CMAKE_SOURCE_DIR}/cmake/link-tests" -fno-use-linker-plugin)
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/link-tests")
   if(NOT ARG_LIMIT)
     set(ARG_LIMIT 240)
   endif()
