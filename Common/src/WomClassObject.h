@@ -83,7 +83,7 @@ class CWomClassObject
         long arrayCreate = 0;
         long arrayElement = 0;
     };
-    static constexpr Lines kLongArrayLines{938, 994, 0, 954, 973};
+    static const Lines kLongArrayLines;
 
     HRESULT Raise(DWORD statusCode, const wchar_t* parameterInfo, HRESULT requestResult, long line,
                   const char* messageText) const;

@@ -22,6 +22,9 @@ void* Element(const long& value) noexcept
 }
 } // namespace
 
+constexpr CWomClassObject::Lines CWomClassObject::kLongArrayLines{
+    .noObject = 938, .call = 994, .arrayCreate = 954, .arrayElement = 973};
+
 HRESULT CWomClassObject::Put(const wchar_t* name, const VARIANT& value, const Lines& lines)
 {
     if (const HRESULT hr = CheckObject(name, lines.noObject); hr != S_OK)
