@@ -134,8 +134,8 @@ class Report(Collection):
     @staticmethod
     def document(outcome, text, caption="Link"):
         adapter = {"key": "A", "name": text, "description": None}
-        return {"version": 1, "command": "run", "verdict": outcome, "exitCode": 0, "notRun": [], "runs": [
-            {"test": {"key": "1@A", "number": "1", "caption": caption, "adapter": adapter}, "outcome": outcome,
+        return {"version": 2, "command": "run", "verdict": outcome, "exitCode": 0, "notRun": [], "runs": [
+            {"test": {"key": "1@A", "number": 1, "caption": caption, "adapter": adapter}, "outcome": outcome,
              "seconds": 1, "message": None, "result": {"findings": [text]}}]}
 
     def test_the_linter_finds_nothing(self):

@@ -24,7 +24,7 @@ def run(adapter="Ethernet 2", test="Link", outcome="passed", message=None, findi
 
 
 def reference(adapter="Ethernet 2", test="Link"):
-    return {"key": "1@A", "number": "1", "caption": test, "adapter": {"key": "A", "name": adapter}}
+    return {"key": "1@A", "number": 1, "caption": test, "adapter": {"key": "A", "name": adapter}}
 
 
 def answer(*documents, code=0):
@@ -32,7 +32,7 @@ def answer(*documents, code=0):
 
 
 def document(*runs, not_run=(), verdict="passed"):
-    return {"version": 1, "command": "run", "verdict": verdict, "runs": list(runs), "notRun": list(not_run)}
+    return {"version": 2, "command": "run", "verdict": verdict, "runs": list(runs), "notRun": list(not_run)}
 
 
 class Commands(unittest.TestCase):
@@ -111,7 +111,7 @@ class Rows(unittest.TestCase):
         self.assertEqual(("Ethernet 2", "Link", "could_not_run", "Busy."), self.one(answer(document(without))))
 
     def test_an_error_is_the_row_of_the_host(self):
-        error = {"version": 1, "command": "run", "verdict": "not_reachable", "exitCode": 6,
+        error = {"version": 2, "command": "run", "verdict": "not_reachable", "exitCode": 6,
                  "error": {"cause": "No provider.", "nextStep": "Install it.", "status": None, "providerSays": None}}
         self.assertEqual(("", "", "not_reachable", "No provider. Install it."), self.one(answer(error)))
 

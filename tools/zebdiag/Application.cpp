@@ -2,7 +2,10 @@
 
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/CommandLine.h"
+#include "tools/zebdiag/Filled.h"
+#include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Doctor.h"
+#include "tools/zebdiag/doctor/StartFault.h"
 
 namespace zebdiag
 {
@@ -10,13 +13,13 @@ namespace
 {
 std::wstring InWords(const CFailure& failure)
 {
-    std::wstring text = L"zebdiag: " + failure.Cause + L"\n";
+    std::wstring text = L"zebdiag: " + failure.Cause;
     if (!failure.Detail.empty())
-        text += L"The provider says: " + failure.Detail + L"\n";
+        text += L"\n" + Filled(L"The provider says: {1}", {failure.Detail});
     if (!failure.NextStep.empty())
-        text += failure.NextStep + L"\n";
+        text += L"\n" + failure.NextStep;
     if (failure.Status != S_OK)
-        text += L"(Status " + StatusText(failure.Status) + L".)\n";
+        text += L"\n" + Filled(L"(Status {1}.)", {StatusText(failure.Status)});
     return text;
 }
 
@@ -25,11 +28,13 @@ void Report(const CFailure& failure, const COptions& options, IConsole& console)
     if (options.Json)
         console.Out(JsonFailure(options.Command, failure));
     if (!options.Json || console.ErrIsTerminal())
-        console.Err(InWords(failure));
+        console.Err(Paragraph(InWords(failure), console.ErrWidth()));
 }
 
 ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSeams& seams)
 {
+    if (options.Command == Command::Profiles)
+        return KeepProfiles(options, seams.Surroundings.ProfileFile, console);
     // Before a password is asked for.
     if (!options.Sender.Peer.empty() && !options.Target.IsLocal())
         throw CannotSet(options.Sender,
@@ -61,7 +66,7 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
 ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
                         const CApplicationSeams& seams)
 {
-    const CCommandLine line = ParseCommandLine(arguments);
+    const CCommandLine line = ParseCommandLine(arguments, console.Width(), console.ErrWidth());
     if (!line.Options)
     {
         line.Code == ExitCode::Passed ? console.Out(line.Text) : console.Err(line.Text);
@@ -73,7 +78,7 @@ ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& co
     }
     catch (const CFailure& failure)
     {
-        Report(failure, *line.Options, console);
+        Report(WithReason(failure, line.Options->Target, *seams.Machine), *line.Options, console);
         return failure.Code;
     }
     catch (const std::exception& error)

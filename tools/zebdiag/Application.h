@@ -18,7 +18,7 @@ struct CApplicationSeams
     std::function<CWmiSession(const CTarget&, const std::wstring& password)> Connect;
     CRunControl Control;
     CSurroundings Surroundings;
-    const IMachine* Machine = &ThisMachine(); // for the doctor
+    const IMachine* Machine = &ThisMachine(); // this computer
 };
 
 // `arguments` without the program's name. Data goes to standard output, failures in words to standard error.

@@ -17,6 +17,8 @@ struct CCommandLine
     ExitCode Code = ExitCode::Passed; // Passed for help, Usage for what cannot be read
 };
 
-// `arguments` without the program's name.
-CCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
+// `arguments` without the program's name. Help goes to a terminal of `width` columns, what cannot be read to
+// one of `errorWidth`; 0 is none.
+CCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments, unsigned width = 0,
+                              unsigned errorWidth = 0);
 } // namespace zebdiag

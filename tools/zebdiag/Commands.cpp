@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Owned.h"
 #include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Places.h"
 
 namespace zebdiag
@@ -10,7 +11,7 @@ namespace
 {
 using Handler = ExitCode (*)(const CCommandContext&);
 
-// In the order of Command. The doctor is none of them: it has no session to begin with.
+// In the order of Command. Those behind them begin without a session.
 constexpr Handler kHandlers[] = {ListTests,    RunTests,       StopTests,   ShowResults,
                                  ShowSettings, ChangeSettings, ClearResults};
 
@@ -49,6 +50,12 @@ std::vector<CTestChoice> CCommandContext::ChosenTests(const CInventory& inventor
 CJsonHead CCommandContext::JsonHead(const CInventory& inventory) const
 {
     return {Options.Command, inventory.Computer, Options.Target.Namespace};
+}
+
+void CCommandContext::Say(const std::wstring& text) const
+{
+    if (!text.empty())
+        Console.Out(Paragraph(text, Console.Width()));
 }
 
 ExitCode Execute(const CCommandContext& context)

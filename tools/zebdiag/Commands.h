@@ -6,6 +6,7 @@
 #include "tools/zebdiag/ExitCode.h"
 #include "tools/zebdiag/JsonReport.h"
 #include "tools/zebdiag/NameMatch.h"
+#include "tools/zebdiag/Profiles.h"
 #include "tools/zebdiag/SenderValues.h"
 #include "tools/zebdiag/ServingProcess.h"
 #include "tools/zebdiag/TestRun.h"
@@ -34,6 +35,7 @@ struct CSurroundings
     std::function<bool(const CWmiSession&)> StoreRefuses = [](const CWmiSession& session)
     { return StoreRefusesCaller(session); };
     IRegistryValues* Registry = &ThisRegistry(); // of the sender
+    std::wstring ProfileFile = zebdiag::ProfileFile();
 };
 
 struct CCommandContext
@@ -48,9 +50,11 @@ struct CCommandContext
     // The tests that the options name.
     std::vector<CTestChoice> ChosenTests(const CInventory& inventory) const;
     CJsonHead JsonHead(const CInventory& inventory) const;
+    // Writes a text to standard output, cut into lines for its terminal.
+    void Say(const std::wstring& text) const;
 };
 
-// The command that the options name, which is any but the doctor.
+// The command that the options name, which is any of those that have a session.
 ExitCode Execute(const CCommandContext& context);
 
 ExitCode ListTests(const CCommandContext& context);
@@ -60,4 +64,7 @@ ExitCode ShowResults(const CCommandContext& context);
 ExitCode ShowSettings(const CCommandContext& context);
 ExitCode ChangeSettings(const CCommandContext& context);
 ExitCode ClearResults(const CCommandContext& context);
+
+// Shows the profiles in the file, after it has kept or deleted the one that the options name.
+ExitCode KeepProfiles(const COptions& options, const std::wstring& file, IConsole& console);
 } // namespace zebdiag

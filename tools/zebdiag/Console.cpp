@@ -122,6 +122,7 @@ class CProcessConsole final : public IConsole
     bool OutIsTerminal() const override { return m_out.IsTerminal(); }
     bool ErrIsTerminal() const override { return m_err.IsTerminal(); }
     unsigned Width() const override { return m_out.Width(); }
+    unsigned ErrWidth() const override { return m_err.Width(); }
 
     std::wstring AskPassword(const std::wstring& prompt) override
     {

@@ -18,6 +18,8 @@ class IConsole
     virtual bool ErrIsTerminal() const = 0;
     // The width of the terminal in characters; 0 where output is not to be cut into lines.
     virtual unsigned Width() const = 0;
+    // The same of standard error.
+    virtual unsigned ErrWidth() const = 0;
     // Asks without showing what is typed.
     virtual std::wstring AskPassword(const std::wstring& prompt) = 0;
 };

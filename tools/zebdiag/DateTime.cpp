@@ -7,6 +7,7 @@ namespace zebdiag
 namespace
 {
 constexpr size_t kDigits = 14;
+constexpr size_t kDateDigits = 8;
 
 std::wstring Formatted(std::wstring_view time, wchar_t between)
 {
@@ -22,6 +23,14 @@ std::wstring Formatted(std::wstring_view time, wchar_t between)
 std::wstring ReadableTime(std::wstring_view cimTime)
 {
     return Formatted(cimTime, L' ');
+}
+
+std::wstring ReadableEnd(std::wstring_view cimTime, std::wstring_view begin)
+{
+    const std::wstring whole = ReadableTime(cimTime);
+    return whole.empty() || cimTime.substr(0, kDateDigits) != begin.substr(0, kDateDigits)
+               ? whole
+               : whole.substr(whole.find(L' ') + 1);
 }
 
 std::wstring IsoTime(std::wstring_view cimTime)

@@ -29,13 +29,11 @@ struct CFailureRow
     ExitCode Exit;
     const wchar_t* Cause;
     const wchar_t* NextStep;
+    bool NoProvider = false;
 };
 
 constexpr wchar_t kNoProvider[] = L"The diagnostics provider could not be started on {computer}.";
-constexpr wchar_t kRegisterProvider[] =
-    L"Register it there as an administrator: \"Drevok.EXE /RegServer\". "
-    L"If it is registered, check that the computer has a wired adapter; its "
-    L"trace log tells why it does not start.";
+constexpr wchar_t kAskDoctor[] = L"Run \"zebdiag doctor\" on that computer: it names what is missing.";
 constexpr wchar_t kNoSchema[] = L"The class {class} is not known in {namespace} on {computer}.";
 constexpr wchar_t kCompileSchema[] = L"Install the provider's schema there as an administrator: \"mofcomp "
                                      L"zebdiag.mof\". If it is installed in "
@@ -52,9 +50,9 @@ constexpr wchar_t kTryAgain[] = L"Try again. If it happens again, look at the ev
 constexpr wchar_t kNoService[] = L"The management service on {computer} could not be started.";
 constexpr wchar_t kStartService[] = L"Start the service \"Windows Management Instrumentation\" (Winmgmt) "
                                     L"there, and see that it is not disabled.";
-constexpr wchar_t kReadTrace[] = L"The provider's trace log tells more: set \"DebugLevel\" to 2 and "
-                                 L"\"DebugFileName\" in its registry key and "
-                                 L"try again.";
+constexpr wchar_t kReadTrace[] =
+    L"The provider's trace tells more. \"zebdiag doctor\" on that computer says whether it is "
+    L"on, where it is, and how it is switched on.";
 
 // Ends the table: what no other row of the step says.
 constexpr HRESULT kAnyStatus = S_OK;
@@ -99,15 +97,12 @@ constexpr CFailureRow kRows[] = {
      L"The provider is registered wrongly in {namespace} on {computer}.", kCompileSchema},
     {Code(WBEM_E_PROVIDER_NOT_CAPABLE), kUse, ExitCode::NotReachable,
      L"The provider is registered wrongly in {namespace} on {computer}.", kCompileSchema},
-    {wmi::ProviderLoadFailure, kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
-    {REGDB_E_CLASSNOTREG, kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
-    {Code(CO_E_SERVER_EXEC_FAILURE), kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
-    {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), kUse, ExitCode::NotReachable, kNoProvider, kRegisterProvider},
+    {wmi::ProviderLoadFailure, kUse, ExitCode::NotReachable, kNoProvider, kAskDoctor, true},
+    {REGDB_E_CLASSNOTREG, kUse, ExitCode::NotReachable, kNoProvider, kAskDoctor, true},
+    {Code(CO_E_SERVER_EXEC_FAILURE), kUse, ExitCode::NotReachable, kNoProvider, kAskDoctor, true},
+    {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), kUse, ExitCode::NotReachable, kNoProvider, kAskDoctor, true},
     {Code(WBEM_E_INITIALIZATION_FAILURE), kUse, ExitCode::NotReachable,
-     L"The diagnostics provider on {computer} has started but cannot work, most likely because the adapter "
-     L"agent is "
-     L"not registered.",
-     kReadTrace},
+     L"The diagnostics provider on {computer} has started but cannot work.", kAskDoctor, true},
 
     {WBEM_S_TIMEDOUT, kUse, ExitCode::NotReachable,
      L"The diagnostics provider on {computer} has not answered in time.", kReadTrace},
@@ -182,7 +177,10 @@ CFailure FailureOf(HRESULT status, Step step, const CTarget& target, const std::
                    std::wstring detail)
 {
     const CFailureRow& row = RowOf(status, static_cast<unsigned>(step));
-    return CFailure(row.Exit, Fill(row.Cause, target, subject), Fill(row.NextStep, target, subject), status,
-                    std::move(detail));
+    CFailure failure(row.Exit, Fill(row.Cause, target, subject), Fill(row.NextStep, target, subject), status,
+                     std::move(detail));
+    failure.NoProvider = row.NoProvider;
+    failure.TraceTells = row.NextStep == kReadTrace;
+    return failure;
 }
 } // namespace zebdiag

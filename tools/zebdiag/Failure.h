@@ -21,9 +21,11 @@ class CFailure : public std::exception
 
     ExitCode Code;
     std::wstring Cause;
-    std::wstring NextStep; // may be empty
-    HRESULT Status;        // S_OK where no call failed
-    std::wstring Detail;   // what the provider itself said; may be empty
+    std::wstring NextStep;   // may be empty
+    HRESULT Status;          // S_OK where no call failed
+    std::wstring Detail;     // what the provider itself said; may be empty
+    bool NoProvider = false; // the service could not start it
+    bool TraceTells = false; // the provider's trace says more
 };
 
 // What was being done when a status came back; the same status means different things in each.

@@ -21,7 +21,7 @@ CTest ReadTest(const WmiObject& object)
     CTest test;
     test.Key = Text(object, L"Name");
     const size_t at = test.Key.find(L'@');
-    test.Number = test.Key.substr(0, at);
+    test.Number = std::wcstoul(test.Key.substr(0, at).c_str(), nullptr, 16);
     test.AdapterKey = at == std::wstring::npos ? L"" : test.Key.substr(at + 1);
     test.Caption = Text(object, L"Caption");
     test.Description = Text(object, L"Description");
@@ -79,9 +79,7 @@ CAdapter& AdapterOf(CInventory& inventory, const std::wstring& key, const Adapte
 
 bool ByNumber(const CTest& a, const CTest& b)
 {
-    const unsigned long left = std::wcstoul(a.Number.c_str(), nullptr, 16);
-    const unsigned long right = std::wcstoul(b.Number.c_str(), nullptr, 16);
-    return left != right ? left < right : a.Key < b.Key;
+    return a.Number != b.Number ? a.Number < b.Number : a.Key < b.Key;
 }
 
 bool ByName(const CAdapter& a, const CAdapter& b)

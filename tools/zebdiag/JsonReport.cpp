@@ -68,7 +68,7 @@ Json AdapterOf(const CAdapter& adapter)
 Json TestOf(const CTestChoice& choice)
 {
     return {{"key", Utf8Text(choice.Test->Key)},
-            {"number", Utf8Text(choice.Test->Number)},
+            {"number", choice.Test->Number},
             {"caption", Utf8Text(choice.Test->Caption)},
             {"adapter", AdapterOf(*choice.Adapter)}};
 }
@@ -82,16 +82,13 @@ Json SettingOf(const CSettingValues& values)
 
 Json ResultOf(const CResult& result)
 {
-    Json findings = Json::array();
-    for (const std::wstring& line : result.Lines)
-        findings.push_back(Utf8Text(Finding(line)));
     return {{"state", StateName(result.State)},
             {"percentComplete", ValueOrNull(result.Percent)},
             {"started", TextOrNull(IsoTime(result.Started))},
             {"ended", TextOrNull(IsoTime(result.Completed))},
             {"written", TextOrNull(IsoTime(result.Written))},
             {"setting", SettingOf(result.Setting)},
-            {"findings", std::move(findings)},
+            {"findings", Texts(Findings(result))},
             {"lines", Texts(result.Lines)}};
 }
 } // namespace
@@ -108,7 +105,7 @@ std::wstring JsonList(const CJsonHead& head, const std::vector<const CAdapter*>&
         one["tests"] = Json::array();
         for (const CTest& test : adapter->Tests)
             one["tests"].push_back({{"key", Utf8Text(test.Key)},
-                                    {"number", Utf8Text(test.Number)},
+                                    {"number", test.Number},
                                     {"caption", Utf8Text(test.Caption)},
                                     {"description", Utf8Text(test.Description)},
                                     {"running", test.InUse},
@@ -180,6 +177,19 @@ std::wstring JsonEffects(const CJsonHead& head, ExitCode verdict, const std::vec
         document["tests"].push_back({{"test", TestOf(effect.Choice)},
                                      {"outcome", ExitCodeName(effect.Code)},
                                      {"message", TextOrNull(effect.Message)}});
+    return Printed(document);
+}
+
+std::wstring JsonProfiles(const Profiles& profiles)
+{
+    Json document = Begin(Command::Profiles);
+    document["profiles"] = Json::array();
+    for (const auto& [name, values] : profiles)
+    {
+        Json one = {{"name", Utf8Text(name)}};
+        one.update(SettingOf(values));
+        document["profiles"].push_back(std::move(one));
+    }
     return Printed(document);
 }
 

@@ -5,6 +5,7 @@
 #include "tools/zebdiag/Model.h"
 #include "tools/zebdiag/NameMatch.h"
 #include "tools/zebdiag/Options.h"
+#include "tools/zebdiag/Profiles.h"
 #include "tools/zebdiag/TestRun.h"
 
 #include <map>
@@ -14,7 +15,7 @@
 namespace zebdiag
 {
 // Raised with every change that a reader of the documents could stumble over; additions leave it as it is.
-inline constexpr int kJsonVersion = 1;
+inline constexpr int kJsonVersion = 2;
 
 // What all documents begin with.
 struct CJsonHead
@@ -49,5 +50,6 @@ std::wstring JsonSettings(const CJsonHead& head, const std::vector<CTestChoice>&
                           const std::map<std::wstring, CSetting>& settings);
 // For the stop and the clear command.
 std::wstring JsonEffects(const CJsonHead& head, ExitCode verdict, const std::vector<CTestEffect>& effects);
+std::wstring JsonProfiles(const Profiles& profiles);
 std::wstring JsonFailure(Command command, const CFailure& failure);
 } // namespace zebdiag

@@ -9,7 +9,7 @@ namespace
 // The code in a test's Characteristics that says that it honours the percentage of coverage.
 constexpr long kSupportsCoverage = 7;
 
-constexpr wchar_t kSenderNumber[] = L"9";
+constexpr unsigned long kSenderNumber = 9;
 } // namespace
 
 bool CTest::SendsPackets() const

@@ -24,8 +24,8 @@ enum class TestState : long
 
 struct CTest
 {
-    std::wstring Key;    // the test's Name: number, "@", key of the adapter
-    std::wstring Number; // hexadecimal
+    std::wstring Key;         // the test's Name: number, "@", key of the adapter
+    unsigned long Number = 0; // shown in decimal; in the key it is hexadecimal
     std::wstring AdapterKey;
     std::wstring Caption;
     std::wstring Description;

@@ -28,14 +28,14 @@ struct CKind
 
 std::vector<CKind> KindsOf(const std::vector<const CAdapter*>& adapters)
 {
-    std::map<std::wstring, CKind> kinds;
+    std::map<unsigned long, CKind> kinds;
     for (const CAdapter* adapter : adapters)
         for (const CTest& test : adapter->Tests)
         {
             CKind& kind = kinds[test.Number];
             kind.Names.Names.push_back(test.Caption);
-            kind.Names.Codes.push_back(test.Number);
-            kind.Shown = test.Caption + L" (number " + test.Number + L")";
+            kind.Names.Codes.push_back(std::to_wstring(test.Number));
+            kind.Shown = test.Caption + L" (number " + std::to_wstring(test.Number) + L")";
             kind.Tests.push_back({adapter, &test});
         }
     std::vector<CKind> list;

@@ -15,7 +15,8 @@ enum class Command
     Settings,
     Set,
     Clear,
-    Doctor
+    Doctor,
+    Profiles
 };
 
 // The word that names the command, such as "list".
@@ -58,5 +59,8 @@ struct COptions
     CSenderOptions Sender;
     std::optional<bool> Quick;
     std::optional<bool> Report;
+    std::wstring Profile; // to run with; empty: none
+    std::wstring Save;    // the profile to keep
+    std::wstring Delete;  // the profile to delete
 };
 } // namespace zebdiag

@@ -26,6 +26,7 @@ class CProgress
     void Finish();
 
   private:
+    void Draw(const std::wstring& line);
     void DrawBar(std::optional<long> percent, unsigned long long elapsedSeconds);
     void WriteLine(std::optional<long> percent, unsigned long long elapsedSeconds);
 
@@ -33,7 +34,7 @@ class CProgress
     std::wstring m_label;
     bool m_terminal;
     unsigned m_width;
-    size_t m_drawn = 0;                // characters that the bar occupies
+    size_t m_drawn = 0;                // columns that the bar occupies
     std::optional<long> m_saidPercent; // of the last plain line
     unsigned long long m_saidSeconds = 0;
     bool m_finished = false;

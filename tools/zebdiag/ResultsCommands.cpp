@@ -35,7 +35,7 @@ CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory
         effect.Message =
             effect.Code == ExitCode::Busy
                 ? L"The result cannot be cleared while the test runs. Wait for its end, or stop it."
-                : L"The provider did not clear the result. Its trace log tells why.";
+                : std::wstring(L"The provider did not clear the result. ") + kTraceTells;
     }
     catch (const CFailure& failure)
     {
@@ -79,11 +79,11 @@ ExitCode ClearResults(const CCommandContext& context)
         context.Console.Out(JsonEffects(context.JsonHead(inventory), verdict, effects));
         return verdict;
     }
-    for (const CTestEffect& effect : effects)
-        if (effect.Code != ExitCode::Passed)
-            context.Console.Out(TestTitle(effect.Choice) + L": " + effect.Message + L"\n");
-    context.Console.Out(effects.empty() ? std::wstring(L"There was no result to clear.\n")
-                                        : L"Cleared " + Count(cleared, L"result") + L".\n");
+    const bool any = !effects.empty();
+    std::erase_if(effects, [](const CTestEffect& effect) { return effect.Code == ExitCode::Passed; });
+    context.Say(EffectsInWords(effects));
+    context.Say(any ? L"Cleared " + Count(cleared, L"result") + L"."
+                    : std::wstring(L"There was no result to clear."));
     return verdict;
 }
 } // namespace zebdiag

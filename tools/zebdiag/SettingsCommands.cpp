@@ -34,7 +34,15 @@ ExitCode ChangeSettings(const CCommandContext& context)
                            L"See which tests have any with \"zebdiag settings\".");
     const CSettingValues values = {context.Options.Quick, context.Options.Report, context.Options.Coverage};
     for (const CTestChoice& choice : tests)
-        StoreSetting(context.Session, *choice.Test, values);
+        try
+        {
+            StoreSetting(context.Session, *choice.Test, values);
+        }
+        catch (CFailure& failure)
+        {
+            failure.Cause = TestTitle(choice) + L": " + failure.Cause;
+            throw;
+        }
     return Show(context, inventory, tests);
 }
 } // namespace zebdiag

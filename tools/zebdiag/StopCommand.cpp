@@ -1,4 +1,5 @@
 #include "tools/zebdiag/Commands.h"
+#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
@@ -41,7 +42,7 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
     {
         const bool taken = RequestStop(context.Session, inventory.Computer, *choice.Test);
         if (!taken && StillRuns(context.Session, *choice.Test))
-            effect.Message = L"The provider did not stop the test. Its trace log tells why.";
+            effect.Message = std::wstring(L"The provider did not stop the test. ") + kTraceTells;
         else if (!taken)
             effect = {choice, ExitCode::Passed, L"It had ended already."};
         else if (WaitForEnd(context, *choice.Test))
@@ -56,6 +57,17 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
     }
     return effect;
 }
+
+// That nothing had to be stopped is no failure, whether a test was named or not.
+std::wstring NothingRuns(const CCommandContext& context, const std::vector<CTestChoice>& chosen)
+{
+    if (context.Options.Test.empty())
+        return L"No test is running.";
+    std::wstring text;
+    for (const CTestChoice& choice : chosen)
+        text += (text.empty() ? L"" : L"\n") + Filled(L"{1} is not running.", {TestTitle(choice)});
+    return text;
+}
 } // namespace
 
 ExitCode StopTests(const CCommandContext& context)
@@ -64,26 +76,22 @@ ExitCode StopTests(const CCommandContext& context)
     const CInventory inventory = context.Inventory();
     ExitCode verdict = ExitCode::Passed;
     std::vector<CTestEffect> effects;
-    for (const CTestChoice& choice : context.ChosenTests(inventory))
+    const auto chosen = context.ChosenTests(inventory);
+    for (const CTestChoice& choice : chosen)
     {
         if (!choice.Test->InUse)
             continue;
         effects.push_back(StopOne(context, inventory, choice));
         verdict = Graver(verdict, effects.back().Code);
     }
-    // Stopping "all that runs" is done where nothing runs; stopping a named test is not.
-    if (effects.empty() && !context.Options.Test.empty())
-        throw CFailure(ExitCode::CouldNotRun, L"The test is not running.", L"");
-
     if (context.Options.Json)
     {
         context.Console.Out(JsonEffects(context.JsonHead(inventory), verdict, effects));
         return verdict;
     }
-    for (const CTestEffect& effect : effects)
-        context.Console.Out(TestTitle(effect.Choice) + L": " + effect.Message + L"\n");
+    context.Say(EffectsInWords(effects));
     if (effects.empty())
-        context.Console.Out(L"No test is running.\n");
+        context.Say(NothingRuns(context, chosen));
     return verdict;
 }
 } // namespace zebdiag

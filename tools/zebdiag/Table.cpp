@@ -1,47 +1,44 @@
 #include "tools/zebdiag/Table.h"
 
+#include "tools/zebdiag/TextWidth.h"
+#include "tools/zebdiag/Wrap.h"
+
 #include <algorithm>
+#include <numeric>
 
 namespace zebdiag
 {
 namespace
 {
-constexpr size_t kIndent = 2;
-constexpr size_t kGap = 2;
-// Narrower than this a column of text is harder to read than a line that the terminal breaks.
-constexpr unsigned kLeastWrap = 20;
+constexpr size_t kTableIndent = 2;
+constexpr size_t kTableGap = 2;
+constexpr unsigned kBelowIndent = 6;
+// A text that needs more is not squeezed into less.
+constexpr size_t kLeastText = 20;
 
-void WrapLine(const std::wstring& line, unsigned width, std::vector<std::wstring>& out)
+void EndLine(std::wstring& line)
 {
-    std::wstring rest = line;
-    while (width != 0 && rest.size() > width)
-    {
-        size_t cut = rest.rfind(L' ', width);
-        if (cut == std::wstring::npos || cut == 0)
-            cut = rest.find(L' ', width);
-        if (cut == std::wstring::npos)
-            break;
-        out.push_back(rest.substr(0, cut));
-        rest.erase(0, cut + 1);
-    }
-    out.push_back(std::move(rest));
+    line.erase(line.find_last_not_of(L' ') + 1);
+    line += L"\n";
+}
+
+// The cells of a row but for the last, each as wide as its column.
+std::wstring Lead(const std::vector<std::wstring>& row, const std::vector<size_t>& widths)
+{
+    std::wstring line(kTableIndent, L' ');
+    for (size_t column = 0; column < widths.size(); ++column)
+        line += row[column] + std::wstring(widths[column] - ColumnsOf(row[column]) + kTableGap, L' ');
+    return line;
+}
+
+size_t LongestLine(const std::wstring& text)
+{
+    size_t longest = 0;
+    for (const std::wstring& line : WrapText(text, 0))
+        longest = std::max(longest, ColumnsOf(line));
+    return longest;
 }
 } // namespace
-
-std::vector<std::wstring> WrapText(const std::wstring& text, unsigned width)
-{
-    std::vector<std::wstring> lines;
-    size_t begin = 0;
-    for (size_t end = 0; end != std::wstring::npos; begin = end + 1)
-    {
-        end = text.find(L'\n', begin);
-        std::wstring line = text.substr(begin, end == std::wstring::npos ? end : end - begin);
-        if (!line.empty() && line.back() == L'\r')
-            line.pop_back();
-        WrapLine(line, width, lines);
-    }
-    return lines;
-}
 
 CTable::CTable(std::vector<std::wstring> headings)
 {
@@ -55,31 +52,64 @@ void CTable::Add(std::vector<std::wstring> cells)
 
 std::wstring CTable::Render(unsigned width) const
 {
-    const size_t last = m_rows.front().size() - 1;
-    std::vector<size_t> widths(last, 0);
+    std::vector<size_t> widths(m_rows.front().size() - 1, 0);
+    size_t longest = 0;
     for (const auto& row : m_rows)
-        for (size_t column = 0; column < last; ++column)
-            widths[column] = std::max(widths[column], row[column].size());
-    size_t lead = kIndent;
-    for (const size_t one : widths)
-        lead += one + kGap;
+    {
+        for (size_t column = 0; column < widths.size(); ++column)
+            widths[column] = std::max(widths[column], ColumnsOf(row[column]));
+        longest = std::max(longest, LongestLine(row.back()));
+    }
+    if (width == 0)
+        return RenderColumns(widths, 0);
+    const size_t lead =
+        std::accumulate(widths.begin(), widths.end(), kTableIndent + kTableGap * widths.size());
     // A terminal wraps a line that fills it to the last column.
-    const unsigned room = width > lead + kLeastWrap ? static_cast<unsigned>(width - lead - 1) : 0;
+    if (lead + std::min(longest, kLeastText) < width)
+        return RenderColumns(widths, static_cast<unsigned>(width - lead - 1));
+    return lead - kTableGap < width ? RenderLastBelow(widths, width) : RenderRecords(width);
+}
 
+std::wstring CTable::RenderColumns(const std::vector<size_t>& widths, unsigned room) const
+{
     std::wstring text;
     for (const auto& row : m_rows)
     {
-        std::wstring line(kIndent, L' ');
-        for (size_t column = 0; column < last; ++column)
-            line += row[column] + std::wstring(widths[column] - row[column].size() + kGap, L' ');
-        for (const std::wstring& part : WrapText(row[last], room))
+        std::wstring line = Lead(row, widths);
+        const size_t lead = ColumnsOf(line);
+        for (const std::wstring& part : WrapText(row.back(), room))
         {
             line += part;
-            line.erase(line.find_last_not_of(L' ') + 1);
-            text += line + L"\n";
+            EndLine(line);
+            text += line;
             line.assign(lead, L' ');
         }
     }
+    return text;
+}
+
+std::wstring CTable::RenderLastBelow(const std::vector<size_t>& widths, unsigned width) const
+{
+    std::wstring text;
+    for (const auto& row : m_rows)
+    {
+        std::wstring line = Lead(row, widths);
+        EndLine(line);
+        text += line;
+        if (!row.back().empty())
+            text += Paragraph(row.back(), width, kBelowIndent);
+    }
+    return text;
+}
+
+std::wstring CTable::RenderRecords(unsigned width) const
+{
+    std::wstring text;
+    for (size_t row = 1; row < m_rows.size(); ++row)
+        for (size_t column = 0; column < m_rows[row].size(); ++column)
+            if (const std::wstring& cell = m_rows[row][column]; !cell.empty())
+                text += Paragraph(m_rows.front()[column] + L": " + cell, width,
+                                  column == 0 ? kTableIndent : kTableIndent + kTableGap);
     return text;
 }
 } // namespace zebdiag

@@ -3,9 +3,9 @@
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/MethodThread.h"
 #include "tools/zebdiag/ObjectPath.h"
+#include "tools/zebdiag/TemporarySetting.h"
 #include "tools/zebdiag/WmiValue.h"
-
-#include <utility>
+#include "tools/zebdiag/Words.h"
 
 namespace zebdiag
 {
@@ -13,80 +13,6 @@ namespace
 {
 // How long a run may take to end after it was told to stop: longer than the provider itself keeps trying.
 constexpr unsigned long long kStopPatience = 30000;
-
-enum class Restored
-{
-    All,
-    NotAll, // another client has changed some meanwhile, and keeps them
-    Failed  // the provider did not take them back
-};
-
-// One value: what there is to put back. Nothing where it is not as this run has left it.
-template <class T>
-std::optional<T> BackTo(const std::optional<T>& before, const std::optional<T>& given,
-                        const std::optional<T>& now, bool& changedMeanwhile)
-{
-    if (!given || !now)
-        return std::nullopt;
-    if (*now == *given)
-        return before;
-    changedMeanwhile = true;
-    return std::nullopt;
-}
-
-// Values of a setting that hold until they are restored, at the latest at the end of the scope.
-class CTemporarySetting
-{
-  public:
-    CTemporarySetting(const CWmiSession& session, const CTest& test, const CSettingValues& values)
-        : m_session(session), m_test(test)
-    {
-        if (!values.Quick && !values.Report && !values.Coverage)
-            return;
-        const std::optional<CSetting> current = LoadSetting(session, test);
-        if (!current)
-            throw FailureOf(WBEM_E_NOT_FOUND, Step::Read, session.Target(), kSettingClass);
-        StoreSetting(session, test, values);
-        m_given = values;
-        m_before = current->Values;
-    }
-    CTemporarySetting(const CTemporarySetting&) = delete;
-    CTemporarySetting& operator=(const CTemporarySetting&) = delete;
-    ~CTemporarySetting() { Restore(); }
-
-    // Puts back what is still as this run has left it.
-    Restored Restore() noexcept
-    {
-        const auto before = std::exchange(m_before, std::nullopt);
-        if (!before)
-            return Restored::All;
-        try
-        {
-            const std::optional<CSetting> now = LoadSetting(m_session, m_test);
-            if (!now)
-                return Restored::Failed;
-            bool changedMeanwhile = false;
-            CSettingValues back;
-            back.Quick = BackTo(before->Quick, m_given.Quick, now->Values.Quick, changedMeanwhile);
-            back.Report = BackTo(before->Report, m_given.Report, now->Values.Report, changedMeanwhile);
-            back.Coverage =
-                BackTo(before->Coverage, m_given.Coverage, now->Values.Coverage, changedMeanwhile);
-            if (back.Quick || back.Report || back.Coverage)
-                StoreSetting(m_session, m_test, back);
-            return changedMeanwhile ? Restored::NotAll : Restored::All;
-        }
-        catch (...)
-        {
-            return Restored::Failed;
-        }
-    }
-
-  private:
-    const CWmiSession& m_session;
-    const CTest& m_test;
-    CSettingValues m_given;
-    std::optional<CSettingValues> m_before;
-};
 
 class CTestRun
 {
@@ -211,7 +137,7 @@ class CTestRun
         outcome.Message =
             code == ExitCode::Busy
                 ? L"The test is running already. Wait for its end, or stop it with \"zebdiag stop\"."
-                : L"The provider did not run the test. Its trace log tells why.";
+                : std::wstring(L"The provider did not run the test. ") + kTraceTells;
         return outcome;
     }
 
@@ -254,7 +180,7 @@ class CTestRun
                 outcome.Message = L"Another program stopped the test.";
             break;
         default:
-            outcome.Message = L"The provider did not finish the run. Its trace log tells why.";
+            outcome.Message = std::wstring(L"The provider did not finish the run. ") + kTraceTells;
             break;
         }
         if (outcome.Code == ExitCode::Stopped && m_stopReason == StopReason::Timeout)

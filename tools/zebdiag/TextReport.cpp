@@ -4,6 +4,7 @@
 #include "tools/zebdiag/ServingProcess.h"
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/Wrap.h"
 
 #include <functional>
 
@@ -11,7 +12,12 @@ namespace zebdiag
 {
 namespace
 {
-constexpr size_t kFindingIndent = 4;
+constexpr unsigned kFindingIndent = 4;
+constexpr unsigned kKeyIndent = 2;
+
+constexpr wchar_t kSettingsExplained[] =
+    L"Coverage: how much of the configured time a run takes. Quick: whether it ends as soon as enough packets came. "
+    L"Report: whether it shows packet counters. Changes hold until the provider ends.";
 
 std::wstring ServedBy(const std::vector<unsigned long>& processes)
 {
@@ -34,14 +40,19 @@ std::wstring StateCell(const CResult& result)
 std::wstring FindingsCell(const CResult& result)
 {
     std::wstring text;
-    for (const std::wstring& line : result.Lines)
-        text += (text.empty() ? L"" : L"\n") + Finding(line);
+    for (const std::wstring& finding : Findings(result))
+        text += (text.empty() ? L"" : L"\n") + finding;
     return text;
 }
 
 std::wstring OnOff(const std::optional<bool>& value)
 {
     return !value ? L"-" : *value ? L"on" : L"off";
+}
+
+std::wstring Percent(const std::optional<long>& value)
+{
+    return value ? std::to_wstring(*value) + L" %" : L"-";
 }
 
 // A table for each adapter that has a row, under the adapter's title. `addRow` says whether it added one.
@@ -57,7 +68,7 @@ std::wstring TablesByAdapter(const std::vector<CTestChoice>& tests, const std::v
         for (; i < tests.size() && tests[i].Adapter == adapter; ++i)
             any = addRow(table, *tests[i].Test) || any;
         if (any)
-            text += AdapterTitle(*adapter) + L"\n" + table.Render(width) + L"\n";
+            text += Paragraph(AdapterTitle(*adapter), width) + table.Render(width) + L"\n";
     }
     return text;
 }
@@ -82,22 +93,24 @@ std::wstring RenderList(const CInventory& inventory, const std::vector<const CAd
     size_t count = 0;
     for (const CAdapter* adapter : adapters)
     {
-        text += AdapterTitle(*adapter) + L"\n";
+        text += Paragraph(AdapterTitle(*adapter), width);
         if (adapter->Name != adapter->Key)
-            text += L"  " + adapter->Key + L"\n";
+            text += Paragraph(adapter->Key, width, kKeyIndent);
         CTable table({L"Number", L"Test", L"Description"});
         for (const CTest& test : adapter->Tests)
         {
-            table.Add(
-                {test.Number, test.InUse ? test.Caption + L" (running)" : test.Caption, test.Description});
+            table.Add({std::to_wstring(test.Number), test.InUse ? test.Caption + L" (running)" : test.Caption,
+                       test.Description});
             ++count;
         }
         text += table.Render(width) + L"\n";
     }
     if (count == 0)
-        return L"There is no wired adapter with tests" + ServedBy(processes) + L".\n";
-    return text + Count(count, L"test") + L" on " + Count(adapters.size(), L"adapter") +
-           (inventory.Computer.empty() ? L"" : L" of " + inventory.Computer) + ServedBy(processes) + L".\n";
+        return Paragraph(L"There is no wired adapter with tests" + ServedBy(processes) + L".", width);
+    return text + Paragraph(Count(count, L"test") + L" on " + Count(adapters.size(), L"adapter") +
+                                (inventory.Computer.empty() ? L"" : L" of " + inventory.Computer) +
+                                ServedBy(processes) + L".",
+                            width);
 }
 
 std::wstring RenderResults(const std::vector<CTestChoice>& tests,
@@ -114,23 +127,23 @@ std::wstring RenderResults(const std::vector<CTestChoice>& tests,
                                 return false;
                             const CResult& result = found->second;
                             table.Add({test.Caption, StateCell(result), ReadableTime(result.Started),
-                                       ReadableTime(result.Completed), FindingsCell(result)});
+                                       ReadableEnd(result.Completed, result.Started), FindingsCell(result)});
                             ++counts[result.State];
                             ++count;
                             return true;
                         });
     if (count == 0)
         return L"There are no results.\n";
-    text += Count(count, L"result");
+    std::wstring summary = Count(count, L"result");
     const wchar_t* separator = L": ";
     for (const auto& [state, number] : counts)
     {
         std::wstring word = StateInWords(state);
         word.front() = static_cast<wchar_t>(towlower(word.front()));
-        text += separator + std::to_wstring(number) + L" " + word;
+        summary += separator + std::to_wstring(number) + L" " + word;
         separator = L", ";
     }
-    return text + L".\n";
+    return text + Paragraph(summary + L".", width);
 }
 
 std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
@@ -144,24 +157,43 @@ std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
             if (!test.SendsPackets() || found == settings.end())
                 return false;
             const CSettingValues& values = found->second.Values;
-            table.Add({test.Caption, values.Coverage ? std::to_wstring(*values.Coverage) + L" %" : L"-",
-                       OnOff(values.Quick), OnOff(values.Report)});
+            table.Add({test.Caption, Percent(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
             return true;
         });
     if (text.empty())
         return L"None of these tests has settings.\n";
-    return text + L"Coverage: how much of the configured time a run takes. Quick: whether it ends as soon as "
-                  L"enough\n"
-                  L"packets came. Report: whether it shows packet counters.\n";
+    return text + Paragraph(kSettingsExplained, width);
+}
+
+std::wstring RenderProfiles(const Profiles& profiles, unsigned width)
+{
+    if (profiles.empty())
+        return Paragraph(
+            L"There are no profiles. Keep one with \"zebdiag profiles --save NAME\" and the settings to "
+            L"run with.",
+            width);
+    CTable table({L"Profile", L"Coverage", L"Quick", L"Report"});
+    for (const auto& [name, values] : profiles)
+        table.Add({name, Percent(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
+    return table.Render(width) + L"\n" +
+           Paragraph(
+               L"Run with one: \"zebdiag run --test sender --profile NAME\". A dash leaves a setting as it is.",
+               width);
+}
+
+std::wstring EffectsInWords(const std::vector<CTestEffect>& effects)
+{
+    std::wstring text;
+    for (const CTestEffect& effect : effects)
+        text += (text.empty() ? L"" : L"\n") + TestTitle(effect.Choice) + L": " + effect.Message;
+    return text;
 }
 
 std::wstring RenderFindings(const CResult& result, unsigned width)
 {
     std::wstring text;
-    const unsigned room = width > kFindingIndent ? static_cast<unsigned>(width - kFindingIndent - 1) : 0;
-    for (const std::wstring& line : result.Lines)
-        for (const std::wstring& part : WrapText(Finding(line), room))
-            text += std::wstring(kFindingIndent, L' ') + part + L"\n";
+    for (const std::wstring& finding : Findings(result))
+        text += Paragraph(finding, width, kFindingIndent);
     return text;
 }
 } // namespace zebdiag

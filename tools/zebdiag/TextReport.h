@@ -1,8 +1,10 @@
 // What the commands show, as text. `width` is that of the terminal; 0 leaves lines whole.
 #pragma once
 
+#include "tools/zebdiag/JsonReport.h"
 #include "tools/zebdiag/Model.h"
 #include "tools/zebdiag/NameMatch.h"
+#include "tools/zebdiag/Profiles.h"
 
 #include <map>
 #include <string>
@@ -26,6 +28,11 @@ std::wstring RenderResults(const std::vector<CTestChoice>& tests,
 // The settings of these tests, of those that have any.
 std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
                             const std::map<std::wstring, CSetting>& settings, unsigned width);
+
+std::wstring RenderProfiles(const Profiles& profiles, unsigned width);
+
+// A line for each test and what became of it.
+std::wstring EffectsInWords(const std::vector<CTestEffect>& effects);
 
 // The findings of a result, indented; empty where it has none.
 std::wstring RenderFindings(const CResult& result, unsigned width);

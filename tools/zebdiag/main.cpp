@@ -2,14 +2,18 @@
 #include "tools/zebdiag/Application.h"
 #include "tools/zebdiag/Connection.h"
 #include "tools/zebdiag/Interrupt.h"
+#include "tools/zebdiag/doctor/AgentAnswer.h"
 
 #include <cstdlib>
+#include <cwchar>
 #include <objbase.h>
 
 int wmain(int count, wchar_t** values)
 {
     using namespace zebdiag;
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    if (count == 2 && wcscmp(values[1], kAskAgentArgument) == 0)
+        std::_Exit(static_cast<int>(AskAgentHere()));
     InitializeClientSecurity();
     const CInterruptEvents interrupts = InterruptEvents();
     CApplicationSeams seams;

@@ -5,7 +5,9 @@
 #include "Common/src/com/Text.h"
 #include "FakeConsole.h"
 #include "FakeDiagnostics.h"
+#include "FakeMachine.h"
 #include "FakeRegistry.h"
+#include "tests/support/TempFolder.h"
 #include "tools/zebdiag/Application.h"
 
 #include <atomic>
@@ -38,6 +40,8 @@ class CommandsTest : public testing::Test
 
         m_seams.Surroundings.StoreRefuses = [](const CWmiSession&) { return false; };
         m_seams.Surroundings.Registry = &m_registry;
+        m_seams.Surroundings.ProfileFile = (m_folder.Path() / "Maker" / "profiles.json").wstring();
+        m_seams.Machine = &m_machine;
 
         m_world->Add(L"1@{AAAA}", L"Link");
         m_world->Add(L"1@{BBBB}", L"Link");
@@ -67,6 +71,8 @@ class CommandsTest : public testing::Test
     ComPtr<CFakeDiagnostics> m_world = MakeCom<CFakeDiagnostics>();
     CFakeConsole m_console;
     CFakeRegistry m_registry;
+    CFakeMachine m_machine;
+    CTempFolder m_folder;
     CHandle m_stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CHandle m_abandon{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::atomic<unsigned long long> m_now = 0;

@@ -1,7 +1,6 @@
 // The doctor before a good installation, and before one that is broken at each point.
 #include "CommandsFixture.h"
 #include "Common/src/com/WmiStatus.h"
-#include "FakeMachine.h"
 #include "tests/support/CaseName.h"
 #include "tools/zebdiag/doctor/InterfaceKind.h"
 #include "tools/zebdiag/doctor/Places.h"
@@ -15,16 +14,15 @@ namespace
 using testing::HasSubstr;
 using Names = std::vector<std::string>;
 
-const Names kAllPoints = {"service", "namespace", "base_classes", "schema",      "registration",
-                          "files",   "identity",  "agent",        "data_folder", "trace",
-                          "answer",  "texts",     "adapters"};
+const Names kAllPoints = {"service", "namespace", "base_classes",  "schema",  "registration",
+                          "files",   "identity",  "configuration", "agent",   "data_folder",
+                          "trace",   "answer",    "texts",         "adapters"};
 
 class DoctorBase : public CommandsTest
 {
   public:
     DoctorBase()
     {
-        m_seams.Machine = &m_machine;
         m_seams.Connect = [this](const CTarget& target, const std::wstring&)
         {
             if (FAILED(m_refusal))
@@ -82,7 +80,6 @@ class DoctorBase : public CommandsTest
     CFakeDiagnostics& World() { return *m_world.Get(); }
 
   protected:
-    CFakeMachine m_machine;
     HRESULT m_refusal = S_OK;
     Step m_refusedStep = Step::Connect;
     nlohmann::json m_document;
@@ -94,7 +91,7 @@ TEST_F(DoctorTest, GoodInstallationHasNoFault)
 {
     EXPECT_EQ(Examine(), ExitCode::Passed);
     EXPECT_EQ(PointsThatAre("good"), kAllPoints) << m_document.dump(1);
-    EXPECT_EQ(m_document.at("version"), 1);
+    EXPECT_EQ(m_document.at("version"), 2);
     EXPECT_EQ(m_document.at("command"), "doctor");
     EXPECT_EQ(m_document.at("computer"), "WS42");
     EXPECT_EQ(m_document.at("namespace"), "root\\cimv2");
@@ -132,7 +129,7 @@ TEST_F(DoctorTest, TableNamesEachPointAndItsNextStep)
     EXPECT_THAT(text,
                 HasSubstr("  Data folder         WRONG  C:\\ProgramData\\ZEB\\ is not there, so no result is "
                           "kept.\n                             -> Make that folder, or another one."));
-    EXPECT_THAT(text, HasSubstr("\n12 good, 1 wrong, 0 unknown.\n"));
+    EXPECT_THAT(text, HasSubstr("\n13 good, 1 wrong, 0 unknown.\n"));
     EXPECT_EQ(m_console.Errors, L"");
 }
 
@@ -140,7 +137,7 @@ TEST_F(DoctorTest, OtherComputersTellOnlyWhatTheServiceTells)
 {
     EXPECT_EQ(Examine({L"--computer", L"another-computer"}), ExitCode::Passed);
     EXPECT_EQ(PointsThatAre("unknown"),
-              (Names{"registration", "files", "identity", "agent", "data_folder", "trace"}));
+              (Names{"registration", "files", "identity", "configuration", "agent", "data_folder", "trace"}));
     EXPECT_EQ(FindingOf("files"), "This can be seen only on another-computer itself.");
     EXPECT_THAT(FindingOf("adapters"),
                 HasSubstr("Why others are left out can be seen only on another-computer"));
@@ -395,6 +392,28 @@ const FaultCase kFaults[] = {
      "an agent in a process of its own",
      "Delete the value TestVorl",
      ExitCode::Failed},
+    {"RegistryValueIsRefused",
+     [](DoctorBase& d)
+     {
+         d.Number(kZebDiagKey, L"Enable") = 2;
+         d.Fail(wmi::ProviderLoadFailure);
+     },
+     {"configuration"},
+     kHiddenAnswer,
+     "The registry value Enable is 2.",
+     "to 0 or 1",
+     ExitCode::NotReachable},
+    {"AgentFails",
+     [](DoctorBase& d)
+     {
+         d.Machine().AgentSaid = {AgentSays::Failed, static_cast<HRESULT>(0x80040399)};
+         d.Fail(wmi::ProviderLoadFailure);
+     },
+     {"answer"},
+     {"texts", "adapters"},
+     "The adapter agent fails with status 0x80040399.",
+     "Mend what the agent names",
+     ExitCode::NotReachable},
     {"NoDataFolder",
      [](DoctorBase& d) { d.Machine().Files.erase(L"C:\\ProgramData\\ZEB"); },
      {"data_folder"},

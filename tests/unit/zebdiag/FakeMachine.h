@@ -29,6 +29,8 @@ class CFakeMachine final : public IMachine
     std::set<std::wstring> Accounts;
     std::map<std::wstring, Right> Writers; // by account; Yes for the others
     std::vector<CInterface> All;
+    std::map<std::wstring, std::wstring> Strings; // by Place of library and number
+    CAgentAnswer AgentSaid;
 
     std::optional<std::wstring> Text(const std::wstring& key, const wchar_t* name) const override
     {
@@ -61,6 +63,11 @@ class CFakeMachine final : public IMachine
         return Find(Writers, account).value_or(Right::Yes);
     }
     std::vector<CInterface> Interfaces() const override { return All; }
+    std::wstring StringIn(const std::wstring& library, UINT id) const override
+    {
+        return Find(Strings, Place(library, std::to_wstring(id).c_str())).value_or(L"");
+    }
+    CAgentAnswer Agent() const override { return AgentSaid; }
 
   private:
     template <class Value>

@@ -25,7 +25,7 @@ CJsonHead Head(Command command)
 }
 
 const json kLinkTest = json::parse(R"({
-    "key": "1@{AAAA-1111}", "number": "1", "caption": "Link",
+    "key": "1@{AAAA-1111}", "number": 1, "caption": "Link",
     "adapter": {"key": "{AAAA-1111}", "name": "Ethernet", "description": "Contoso Gigabit"}})");
 
 class JsonReportTest : public testing::Test
@@ -41,10 +41,10 @@ TEST_F(JsonReportTest, List)
     m_inventory.Adapters[0].Description.clear();
     EXPECT_EQ(Read(JsonList(Head(Command::List), ChooseAdapters(m_inventory, L"{aaaa-1111}"), {312})),
               json::parse(R"({
-        "version": 1, "command": "list", "computer": "WS42", "namespace": "root\\cimv2",
+        "version": 2, "command": "list", "computer": "WS42", "namespace": "root\\cimv2",
         "provider": {"image": "Drevok.EXE", "processIds": [312]},
         "adapters": [{"key": "{AAAA-1111}", "name": "Ethernet", "description": null,
-          "tests": [{"key": "1@{AAAA-1111}", "number": "1", "caption": "Link",
+          "tests": [{"key": "1@{AAAA-1111}", "number": 1, "caption": "Link",
                      "description": "What Link looks at.", "running": false, "sendsPackets": false,
                      "characteristics": [2]}]}]})"));
 }
@@ -52,14 +52,14 @@ TEST_F(JsonReportTest, List)
 TEST_F(JsonReportTest, ListWithoutAnything)
 {
     EXPECT_EQ(Read(JsonList({Command::List, L"", L"root\\cimv2"}, {}, {})), json::parse(R"({
-        "version": 1, "command": "list", "computer": null, "namespace": "root\\cimv2",
+        "version": 2, "command": "list", "computer": null, "namespace": "root\\cimv2",
         "provider": {"image": "Drevok.EXE", "processIds": []}, "adapters": []})"));
 }
 
 TEST_F(JsonReportTest, FieldsComeInTheOrderOfTheDescription)
 {
     EXPECT_TRUE(
-        JsonList(Head(Command::List), {}, {}).starts_with(L"{\n  \"version\": 1,\n  \"command\": \"list\","));
+        JsonList(Head(Command::List), {}, {}).starts_with(L"{\n  \"version\": 2,\n  \"command\": \"list\","));
 }
 
 TEST_F(JsonReportTest, Run)
@@ -78,7 +78,7 @@ TEST_F(JsonReportTest, Run)
     refused.Outcome.Message = L"It runs.";
 
     json expected = json::parse(R"({
-        "version": 1, "command": "run", "computer": "WS42", "namespace": "root\\cimv2",
+        "version": 2, "command": "run", "computer": "WS42", "namespace": "root\\cimv2",
         "verdict": "failed", "exitCode": 1,
         "runs": [{"outcome": "failed", "seconds": 3, "message": null,
                   "result": {"state": "failed", "percentComplete": 0, "started": "2024-05-01T13:45:10",
@@ -100,7 +100,7 @@ TEST_F(JsonReportTest, Results)
     result.Percent = 100;
     result.Setting = {true, false, 50};
     json expected = json::parse(R"({
-        "version": 1, "command": "results", "computer": "WS42", "namespace": "root\\cimv2",
+        "version": 2, "command": "results", "computer": "WS42", "namespace": "root\\cimv2",
         "results": [{"state": "passed", "percentComplete": 100, "started": null, "ended": null, "written": null,
                      "setting": {"coverage": 50, "quick": true, "report": false}, "findings": [], "lines": []}]})");
     expected["results"][0]["test"] = kLinkTest;
@@ -129,7 +129,7 @@ TEST_F(JsonReportTest, Settings)
 TEST_F(JsonReportTest, Effects)
 {
     json expected = json::parse(R"({
-        "version": 1, "command": "clear", "computer": "WS42", "namespace": "root\\cimv2",
+        "version": 2, "command": "clear", "computer": "WS42", "namespace": "root\\cimv2",
         "verdict": "busy", "exitCode": 5,
         "tests": [{"outcome": "busy", "message": "It runs."}, {"outcome": "passed", "message": null}]})");
     expected["tests"][0]["test"] = kLinkTest;
@@ -145,7 +145,7 @@ TEST_F(JsonReportTest, Failure)
     const CFailure failure(ExitCode::NotReachable, L"Cause", L"Next", static_cast<HRESULT>(0x8004100E),
                            L"Said");
     EXPECT_EQ(Read(JsonFailure(Command::Stop, failure)), json::parse(R"({
-        "version": 1, "command": "stop", "verdict": "not_reachable", "exitCode": 6,
+        "version": 2, "command": "stop", "verdict": "not_reachable", "exitCode": 6,
         "error": {"cause": "Cause", "nextStep": "Next", "status": "0x8004100E", "providerSays": "Said"}})"));
     EXPECT_EQ(Read(JsonFailure(Command::Stop, CFailure(ExitCode::NotFound, L"Cause", L"")))["error"],
               json::parse(R"({

@@ -121,6 +121,21 @@ TEST(ChooseTestsTest, TakesTheNumber)
     EXPECT_EQ(chosen[0].Test->Caption, L"Sender");
 }
 
+// The key has them in hexadecimal; nothing that people see or type does.
+TEST(ChooseTestsTest, NumbersAreDecimalAndSortAsNumbers)
+{
+    CInventory inventory = SampleInventory();
+    for (const wchar_t* number : {L"A", L"10", L"F"})
+        inventory.Adapters[0].Tests.push_back(
+            SampleTest(number, L"{AAAA-1111}", (L"Probe " + std::wstring(number)).c_str()));
+    const auto adapters = ChooseAdapters(inventory, L"contoso");
+    EXPECT_EQ(ChooseTests(adapters, L"10").front().Test->Caption, L"Probe A");
+    EXPECT_EQ(ChooseTests(adapters, L"16").front().Test->Caption, L"Probe 10");
+    EXPECT_EQ(FailureIn([&] { ChooseTests(adapters, L"9"); }).Cause,
+              L"No test is called \"9\". There is:\n  Link (number 1)\n  Probe A (number 10)\n"
+              L"  Probe F (number 15)\n  Probe 10 (number 16)");
+}
+
 TEST(ChooseTestsTest, AmbiguityListsKindsNotAdapters)
 {
     const CInventory inventory = SampleInventory();

@@ -46,7 +46,7 @@ TEST_F(ProgressTest, BarLeavesOutWhatTheTerminalHasNoRoomFor)
 {
     CProgress progress = Make(true, 20);
     progress.Show(50, 20);
-    EXPECT_EQ(Written(), L"\r  Sender  50 %, 20 s");
+    EXPECT_EQ(Written(), L"\r  Sender 50 %, 20 s");
 }
 
 TEST_F(ProgressTest, PlainLinesComeAtTheFirstReadingAndAtEveryTenPercent)

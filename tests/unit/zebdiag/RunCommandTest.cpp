@@ -149,15 +149,15 @@ INSTANTIATE_TEST_SUITE_P(
                      {},
                      std::nullopt,
                      {false, true, 50},
-                     L"Takes up to about 50 s, where that computer is not configured otherwise."}),
+                     L"Takes up to about 50 s, unless that computer is configured otherwise."}),
     NameOf<AnnounceCase>);
 
 TEST_F(RunCommandTest, OrdinaryTestTakesNoNoticeOfPacketOptions)
 {
     EXPECT_EQ(Run({L"run", L"--test", L"speed", L"--coverage", L"50", L"--no-quick"}), ExitCode::Passed);
-    EXPECT_NE(
-        m_console.Output.find(L"This test has no settings: --coverage and --no-quick make no difference."),
-        std::wstring::npos);
+    EXPECT_NE(m_console.Output.find(
+                  L"This test has no settings: --coverage, --no-quick and --profile make no difference."),
+              std::wstring::npos);
     EXPECT_TRUE(m_world->Puts.empty());
 }
 

@@ -3,13 +3,15 @@
 
 #include "tools/zebdiag/Model.h"
 
+#include <cwchar>
+
 namespace zebdiag
 {
 inline CTest SampleTest(const wchar_t* number, const wchar_t* adapter, const wchar_t* caption)
 {
     CTest test;
     test.Key = std::wstring(number) + L"@" + adapter;
-    test.Number = number;
+    test.Number = std::wcstoul(number, nullptr, 16);
     test.AdapterKey = adapter;
     test.Caption = caption;
     test.Description = std::wstring(L"What ") + caption + L" looks at.";

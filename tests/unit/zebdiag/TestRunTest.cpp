@@ -143,7 +143,9 @@ TEST_F(TestRunTest, EmptyReferenceOfAFreeTestMeansThatItCouldNotRun)
     AddTest().Run = nullptr;
     const CRunOutcome outcome = Run();
     EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
-    EXPECT_EQ(outcome.Message, L"The provider did not run the test. Its trace log tells why.");
+    EXPECT_EQ(
+        outcome.Message,
+        L"The provider did not run the test. Its trace tells why; \"zebdiag doctor\" says where it is.");
 }
 
 TEST_F(TestRunTest, FailedCallTellsWhatTheProviderSaid)
@@ -195,7 +197,9 @@ TEST_F(TestRunTest, RunThatTheProviderLeftUnfinishedCouldNotRun)
     AddTest().Run = [] { return TestState::InProgress; };
     const CRunOutcome outcome = Run();
     EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
-    EXPECT_EQ(outcome.Message, L"The provider did not finish the run. Its trace log tells why.");
+    EXPECT_EQ(
+        outcome.Message,
+        L"The provider did not finish the run. Its trace tells why; \"zebdiag doctor\" says where it is.");
 }
 
 TEST_F(TestRunTest, ProgressIsReadWhileTheRunLasts)

@@ -84,9 +84,9 @@ TEST(RenderResultsTest, ShowsStatesTimesAndFindings)
                                                      {L"9@{BBBB-2222}", SampleResult(TestState::InProgress)}};
     EXPECT_EQ(RenderResults(ChooseTests(ChooseAdapters(inventory, L""), L""), results, 0),
               L"Ethernet 2 (Fabrikam 10G)\n"
-              L"  Test    State              Started              Ended                Findings\n"
-              L"  Link    Failed             2024-05-01 13:45:10  2024-05-01 13:45:11  No cable.\n"
-              L"                                                                       Plug it in.\n"
+              L"  Test    State              Started              Ended     Findings\n"
+              L"  Link    Failed             2024-05-01 13:45:10  13:45:11  No cable.\n"
+              L"                                                            Plug it in.\n"
               L"  Sender  In progress, 45 %  2024-05-01 13:45:10\n"
               L"\n"
               L"2 results: 1 failed, 1 in progress.\n");

@@ -53,6 +53,14 @@ TEST(ThisMachineTest, LooksAtFilesAndFolders)
     EXPECT_EQ(ThisMachine().Look(L"C:\\no-such-folder\\file"), FileState::Missing);
 }
 
+TEST(ThisMachineTest, ReadsStringsOfLibraries)
+{
+    const std::wstring library = OwnFolder() + L"ENU_8023.dll";
+    EXPECT_TRUE(ThisMachine().StringIn(library, 0x8308).starts_with(L"The system did not give the list"));
+    EXPECT_EQ(ThisMachine().StringIn(library, 1), L"");
+    EXPECT_EQ(ThisMachine().StringIn(OwnFolder() + L"no-such.dll", 0x8308), L"");
+}
+
 // What ships carries the product's version; a test program has none.
 TEST(ThisMachineTest, ReadsVersions)
 {

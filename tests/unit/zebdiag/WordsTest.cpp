@@ -2,6 +2,7 @@
 
 #include "tests/support/CaseName.h"
 #include "tools/zebdiag/DateTime.h"
+#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/LocaleName.h"
 #include "tools/zebdiag/ObjectPath.h"
 
@@ -39,6 +40,38 @@ INSTANTIATE_TEST_SUITE_P(Times, TimeTest,
                                          TimeCase{"NotDigits", L"2024-05-01 13:45", L"", L""},
                                          TimeCase{"Wildcards", L"********134510.000000+000", L"", L""}),
                          NameOf<TimeCase>);
+
+TEST(ReadableEndTest, LeavesOutTheDateOfTheSameDay)
+{
+    EXPECT_EQ(ReadableEnd(L"20240501134511.000000+0", L"20240501134510.000000+0"), L"13:45:11");
+    EXPECT_EQ(ReadableEnd(L"20240502000001.000000+0", L"20240501235959.000000+0"), L"2024-05-02 00:00:01");
+    EXPECT_EQ(ReadableEnd(L"20240501134511.000000+0", L""), L"2024-05-01 13:45:11");
+    EXPECT_EQ(ReadableEnd(L"", L"20240501134510.000000+0"), L"");
+}
+
+struct FilledCase
+{
+    const char* name;
+    const wchar_t* text;
+    const wchar_t* filled;
+};
+
+class FilledTest : public testing::TestWithParam<FilledCase>
+{
+};
+
+TEST_P(FilledTest, PutsValuesIn)
+{
+    EXPECT_EQ(Filled(GetParam().text, {L"a{2}", L"b"}), GetParam().filled);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, FilledTest,
+                         testing::Values(FilledCase{"InOrder", L"{1} and {2}.", L"a{2} and b."},
+                                         FilledCase{"InAnotherOrder", L"{2}, {1}, {2}", L"b, a{2}, b"},
+                                         FilledCase{"NoValueOfThatNumber", L"{3} {0} {x}", L"{3} {0} {x}"},
+                                         FilledCase{"NoPlace", L"{} { 1} {1", L"{} { 1} {1"},
+                                         FilledCase{"Empty", L"", L""}),
+                         NameOf<FilledCase>);
 
 struct DurationCase
 {
@@ -92,30 +125,43 @@ INSTANTIATE_TEST_SUITE_P(States, StateTest,
                                          StateCase{"Negative", -1, L"Unknown", "unknown"}),
                          NameOf<StateCase>);
 
-struct FindingCase
+struct FindingsCase
 {
     const char* name;
-    const wchar_t* line;
-    const wchar_t* finding;
+    std::vector<std::wstring> lines;
+    std::vector<std::wstring> findings;
 };
 
-class FindingTest : public testing::TestWithParam<FindingCase>
+class FindingsTest : public testing::TestWithParam<FindingsCase>
 {
 };
 
-TEST_P(FindingTest, IsWhatFollowsTimeAndName)
+TEST_P(FindingsTest, AreWhatFollowsTimeAndName)
 {
-    EXPECT_EQ(Finding(GetParam().line), GetParam().finding);
+    CResult result;
+    result.Lines = GetParam().lines;
+    EXPECT_EQ(Findings(result), GetParam().findings);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, FindingTest,
-                         testing::Values(FindingCase{"Whole", L"20240501|Link|no cable", L"no cable"},
-                                         FindingCase{"BarsInTheFinding", L"t|Link|a|b", L"a|b"},
-                                         FindingCase{"EmptyFinding", L"t|Link|", L""},
-                                         FindingCase{"OneBarOnly", L"t|rest", L"t|rest"},
-                                         FindingCase{"NoBar", L"text", L"text"},
-                                         FindingCase{"Empty", L"", L""}),
-                         NameOf<FindingCase>);
+INSTANTIATE_TEST_SUITE_P(
+    Lines, FindingsTest,
+    testing::Values(
+        FindingsCase{"None", {}, {}}, FindingsCase{"Whole", {L"20240501|Link|no cable"}, {L"no cable"}},
+        FindingsCase{"BarsInTheFinding", {L"t|Link|a|b"}, {L"a|b"}},
+        FindingsCase{"EmptyFinding", {L"t|Link|"}, {L""}},
+        FindingsCase{"OneBarOnly", {L"t|rest"}, {L"t|rest"}}, FindingsCase{"NoBar", {L"text"}, {L"text"}},
+        FindingsCase{"Empty", {L""}, {L""}},
+        FindingsCase{"CountersFrom2To31",
+                     {L"t|S|Sent: 2147483647", L"t|S|Received: -2147483648", L"t|S|Lost: -1"},
+                     {L"Sent: 2147483647", L"Received: 2147483648", L"Lost: 4294967295"}},
+        FindingsCase{"TooNegativeForACounter",
+                     {L"t|S|Sent: 1", L"t|S|Received: 2", L"t|S|Lost: -2147483649"},
+                     {L"Sent: 1", L"Received: 2", L"Lost: -2147483649"}},
+        FindingsCase{"TooFewForCounters", {L"t|S|Status: 1", L"t|S|Level: -5"}, {L"Status: 1", L"Level: -5"}},
+        FindingsCase{"WordsAmongThem",
+                     {L"t|S|Level: -5", L"t|S|no cable", L"t|S|Lost: 1"},
+                     {L"Level: -5", L"no cable", L"Lost: 1"}}),
+    NameOf<FindingsCase>);
 
 TEST(CountTest, OneIsSingular)
 {

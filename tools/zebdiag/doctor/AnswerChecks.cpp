@@ -4,6 +4,7 @@
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/doctor/StartFault.h"
 
 #include <algorithm>
 
@@ -57,13 +58,6 @@ std::wstring LanguageInWords(LCID locale)
     GetLocaleInfoW(locale, LOCALE_SENGLISHLANGUAGENAME, name, 128);
     return name;
 }
-
-std::wstring TextLibrary(LCID locale)
-{
-    wchar_t name[16] = {};
-    GetLocaleInfoW(locale, LOCALE_SABBREVLANGNAME, name, 16);
-    return name + std::wstring(L"_8023.dll");
-}
 } // namespace
 
 CFinding CheckAnswer(CExamination& exam)
@@ -81,7 +75,7 @@ CFinding CheckAnswer(CExamination& exam)
             return AfterFault(L"It does not answer, as is to be expected. " + failure.Cause);
         if (HasNoWiredAdapter(exam))
             return Unknown(L"It does not answer. " + failure.Cause, L"See under \"Wired adapters\".");
-        return Wrong(failure);
+        return Wrong(exam.Machine ? WithReason(failure, exam.Target, *exam.Machine) : failure);
     }
     return Good(L"It named " + Count(exam.Inventory->TestCount(), L"test") + L" within " +
                 Seconds(exam.Now() - begin) + L".");

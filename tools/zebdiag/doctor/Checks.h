@@ -15,6 +15,7 @@ CFinding CheckSchema(CExamination& exam);
 CFinding CheckRegistration(CExamination& exam);
 CFinding CheckFiles(CExamination& exam);
 CFinding CheckIdentity(CExamination& exam);
+CFinding CheckConfiguration(CExamination& exam);
 CFinding CheckAgent(CExamination& exam);
 
 CFinding CheckDataFolder(CExamination& exam);
@@ -23,4 +24,10 @@ CFinding CheckTrace(CExamination& exam);
 CFinding CheckAnswer(CExamination& exam);
 CFinding CheckTexts(CExamination& exam);
 CFinding CheckAdapters(CExamination& exam);
+
+// Why the agent's answer lets no provider start; nothing if it does. Takes some seconds at the most.
+std::optional<CFinding> FaultOfAgentsAnswer(const CExamination& exam);
+
+// What somebody does to read the provider's trace.
+std::wstring HowToReadTrace(const IMachine& machine);
 } // namespace zebdiag

@@ -25,6 +25,7 @@ constexpr CPointRow kPoints[] = {
     {"registration", L"Provider", CheckRegistration, true},
     {"files", L"Files", CheckFiles, true},
     {"identity", L"COM application", CheckIdentity, true},
+    {"configuration", L"Configuration", CheckConfiguration, true},
     {"agent", L"Adapter agent", CheckAgent, true},
     {"data_folder", L"Data folder", CheckDataFolder, false},
     {"trace", L"Trace", CheckTrace, false},

@@ -1,6 +1,8 @@
 #include "Common/src/com/Text.h"
+#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/JsonReport.h"
 #include "tools/zebdiag/Table.h"
+#include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Doctor.h"
 
 #include <nlohmann/json.hpp>
@@ -35,8 +37,10 @@ std::wstring RenderPoints(const std::vector<CPoint>& points, unsigned width)
         ++counts[static_cast<int>(finding.State)];
     }
     const auto count = [&](PointState state) { return std::to_wstring(counts[static_cast<int>(state)]); };
-    return table.Render(width) + L"\n" + count(PointState::Good) + L" good, " + count(PointState::Wrong) +
-           L" wrong, " + count(PointState::Unknown) + L" unknown.\n";
+    return table.Render(width) + L"\n" +
+           Paragraph(Filled(L"{1} good, {2} wrong, {3} unknown.",
+                            {count(PointState::Good), count(PointState::Wrong), count(PointState::Unknown)}),
+                     width);
 }
 
 std::wstring JsonPoints(const CExamination& exam, const std::vector<CPoint>& points)

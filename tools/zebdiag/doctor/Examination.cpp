@@ -2,6 +2,9 @@
 
 #include "tools/zebdiag/doctor/Places.h"
 
+#include <algorithm>
+#include <cwctype>
+
 namespace zebdiag
 {
 const wchar_t* const kOwnVersion = L"" ZEB_VERSION;
@@ -63,6 +66,23 @@ std::wstring AppIdKey(const wchar_t* id)
 std::wstring DataFolder(const IMachine& machine)
 {
     return machine.Text(kZebDiagKey, L"InstalledDir").value_or(L"C:\\Program Files\\Veltrane\\ZEB\\");
+}
+
+std::wstring ProgramOf(const std::wstring& commandLine)
+{
+    if (commandLine.starts_with(L'"'))
+        return commandLine.substr(1, commandLine.find(L'"', 1) - 1);
+    std::wstring lower = commandLine;
+    std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return static_cast<wchar_t>(towlower(c)); });
+    const size_t end = lower.find(L".exe");
+    return end == std::wstring::npos ? commandLine : commandLine.substr(0, end + 4);
+}
+
+std::wstring TextLibrary(unsigned long locale)
+{
+    wchar_t name[16] = {};
+    GetLocaleInfoW(locale, LOCALE_SABBREVLANGNAME, name, 16);
+    return name + std::wstring(L"_8023.dll");
 }
 
 std::wstring FolderOf(const std::wstring& path)

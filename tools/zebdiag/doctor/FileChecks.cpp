@@ -136,27 +136,4 @@ CFinding CheckDataFolder(CExamination& exam)
                             : L" Results are stored when the provider ends.";
     return finding;
 }
-
-CFinding CheckTrace(CExamination& exam)
-{
-    if (!exam.Machine)
-        return OnlyThere(exam);
-    const DWORD level = exam.Machine->Number(kZebDiagKey, L"DebugLevel").value_or(0);
-    std::wstring file = exam.Machine->Text(kZebDiagKey, L"DebugFileName").value_or(L"ZebDiagDbg.log");
-    if (exam.Machine->Number(kZebKey, L"LogFilePerProcess").value_or(0) != 0)
-        file = L"NUMBER-" + file + L" (NUMBER is that of the process)";
-    if (const auto image = exam.Machine->Text(kZebKey, L"ImagePath"))
-        file = *image + L"\\DebugLog\\" + file;
-    if (level == 0)
-        return Good(L"Off. DebugLevel 1 or 2 would switch it on, to " + file + L".");
-    const std::wstring on = L"On, level " + std::to_wstring(level) + L", to " + file + L".";
-    const std::wstring folder = FolderOf(file);
-    if (folder.size() < 2 || (folder[1] != L':' && !folder.starts_with(L"\\\\")))
-        return Unknown(on + L" That is in the folder in which the provider was started.",
-                       L"Give DebugFileName a full path.");
-    if (exam.Machine->Look(folder.substr(0, folder.size() - 1)) == FileState::Missing)
-        return Wrong(on + L" That folder is not there, so nothing is written.",
-                     L"Make the folder, or name another one in DebugFileName.");
-    return Good(on);
-}
 } // namespace zebdiag

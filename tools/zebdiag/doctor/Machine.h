@@ -2,6 +2,8 @@
 // Nothing here changes anything.
 #pragma once
 
+#include "tools/zebdiag/doctor/AgentAnswer.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +56,10 @@ class IMachine
     virtual Right MayWrite(const std::wstring& folder, const std::wstring& account) const = 0;
 
     virtual std::vector<CInterface> Interfaces() const = 0;
+
+    // A string of a library's resources; empty for one that is not there.
+    virtual std::wstring StringIn(const std::wstring& library, UINT id) const = 0;
+    virtual CAgentAnswer Agent() const = 0;
 };
 
 // The real one.

@@ -26,6 +26,12 @@ std::wstring AppIdKey(const wchar_t* id);
 // The value InstalledDir, or what the provider takes without it.
 std::wstring DataFolder(const IMachine& machine);
 
+// The program that a command line starts. Without quotes a blank may be part of the path.
+std::wstring ProgramOf(const std::wstring& commandLine);
+
+// The library that has the agent's texts in a language, such as "ENU_8023.dll".
+std::wstring TextLibrary(unsigned long locale);
+
 // The folder of a path, with its backslash; empty for a bare name.
 std::wstring FolderOf(const std::wstring& path);
 } // namespace zebdiag

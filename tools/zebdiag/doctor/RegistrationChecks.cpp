@@ -1,4 +1,4 @@
-// The provider and the agent as COM knows them.
+// The provider as the schema and COM know it.
 #include "tools/zebdiag/WmiValue.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
@@ -6,9 +6,6 @@
 #include <sddl.h>
 
 #include "Common/src/com/Owned.h"
-
-#include <algorithm>
-#include <cwctype>
 
 namespace zebdiag
 {
@@ -23,17 +20,6 @@ struct LocalWideTextTraits
     static Type Empty() noexcept { return nullptr; }
     static void Close(Type text) noexcept { LocalFree(text); }
 };
-
-// The program that a command line starts. Without quotes a blank may be part of the path.
-std::wstring ProgramOf(const std::wstring& commandLine)
-{
-    if (commandLine.starts_with(L'"'))
-        return commandLine.substr(1, commandLine.find(L'"', 1) - 1);
-    std::wstring lower = commandLine;
-    std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return static_cast<wchar_t>(towlower(c)); });
-    const size_t end = lower.find(L".exe");
-    return end == std::wstring::npos ? commandLine : commandLine.substr(0, end + 4);
-}
 
 // The registration in the schema; null if it is as it must be.
 std::optional<CFinding> FaultOfSchemaRegistration(const CExamination& exam)
@@ -68,42 +54,6 @@ bool PermissionsInWords(const IMachine& machine, const wchar_t* value, std::wstr
         return false;
     words = text.Get();
     return true;
-}
-
-struct CAgentKind
-{
-    DWORD Selector;
-    const wchar_t* Words;
-    const wchar_t* Class;
-    const wchar_t* Servers[2]; // the second may be null
-    const wchar_t* Register;
-};
-
-// The last one is that of every other selector.
-constexpr CAgentKind kAgents[] = {
-    {1,
-     L"the test agent (TestVorl is 1; it plays adapters from a file)",
-     kTestAgentClass,
-     {L"InprocServer32", L"LocalServer32"},
-     L"Delete the value TestVorl, or register the test agent: \"regsvr32 VorlTest.dll\"."},
-    {2,
-     L"an agent in a process of its own (TestVorl is 2)",
-     kAgentClass,
-     {L"LocalServer32", nullptr},
-     L"Delete the value TestVorl, or register that agent: \"VorlProxy.exe /RegServer\"."},
-    {0,
-     L"the adapter agent",
-     kAgentClass,
-     {L"InprocServer32", L"LocalServer32"},
-     L"Register the agent as an administrator: \"regsvr32 Vorl.dll\"."},
-};
-
-const CAgentKind& AgentOf(DWORD selector)
-{
-    for (const CAgentKind& agent : kAgents)
-        if (agent.Selector == selector)
-            return agent;
-    return *std::prev(std::end(kAgents));
 }
 } // namespace
 
@@ -160,24 +110,5 @@ CFinding CheckIdentity(CExamination& exam)
         return Wrong(L"The provider is to run as " + exam.RunAs + L", and there is no such account.",
                      L"Correct the value RunAs of HKLM\\" + AppIdKey(kAppId) + L".");
     return Good(L"The provider runs as " + exam.RunAs + L"." + permissions);
-}
-
-CFinding CheckAgent(CExamination& exam)
-{
-    if (!exam.Machine)
-        return OnlyThere(exam);
-    const CAgentKind& agent = AgentOf(exam.Machine->Number(kProvidersKey, L"TestVorl").value_or(0));
-    for (const wchar_t* server : agent.Servers)
-    {
-        const auto command =
-            server ? exam.Machine->Text(ClassKey(agent.Class) + L"\\" + server, L"") : std::nullopt;
-        if (!command || command->empty())
-            continue;
-        const std::wstring file = ProgramOf(*command);
-        if (exam.Machine->Look(file) == FileState::Missing)
-            return Wrong(L"It is registered as " + file + L", which is not there.", agent.Register);
-        return Good(file + L", " + agent.Words);
-    }
-    return Wrong(std::wstring(L"COM does not know ") + agent.Words + L".", agent.Register);
 }
 } // namespace zebdiag

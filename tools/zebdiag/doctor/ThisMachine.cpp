@@ -170,6 +170,15 @@ class CThisMachine final : public IMachine
         }
         return interfaces;
     }
+    std::wstring StringIn(const std::wstring& library, UINT id) const override
+    {
+        const CModule module(LoadLibraryExW(library.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+        // Without a buffer it gives the place of the string, which ends with the library.
+        const wchar_t* text = nullptr;
+        const int length = module ? LoadStringW(module.Get(), id, reinterpret_cast<wchar_t*>(&text), 0) : 0;
+        return std::wstring(text ? text : L"", static_cast<size_t>(length));
+    }
+    CAgentAnswer Agent() const override { return AskAgent(); }
 };
 } // namespace
 
