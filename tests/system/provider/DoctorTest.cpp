@@ -86,7 +86,7 @@ TEST_F(Served, DoctorFindsNoFaultInAGoodInstallation)
     EXPECT_EQ(Names{}, PointsThatAre(document, "wrong")) << document.dump(1);
     // A development machine has no account for the provider.
     EXPECT_EQ(Names{"identity"}, PointsThatAre(document, "unknown")) << document.dump(1);
-    EXPECT_EQ(12u, PointsThatAre(document, "good").size());
+    EXPECT_EQ(13u, PointsThatAre(document, "good").size());
     EXPECT_TRUE(Has(FindingOf(document, "answer"), "It named 5 tests within "))
         << FindingOf(document, "answer");
     EXPECT_TRUE(Has(FindingOf(document, "adapters"), "With tests: ALPHA, BETA."));

@@ -112,7 +112,7 @@ void LeaveEveryResult(const CProviderMachine& machine, const CWmiClient& client)
     RunWithoutCoverage(client);
     RunUntilStopped(machine);
     RunAndStop(machine, client, L"run --adapter ALPHA --test 3", "3@ALPHA", kStopped);
-    RunAndStop(machine, client, L"run --adapter ALPHA --test A", "A@ALPHA", kResponderStopped);
+    RunAndStop(machine, client, L"run --adapter ALPHA --test 10", "A@ALPHA", kResponderStopped);
     RunUntilTerminated(machine, client);
 }
 } // namespace

@@ -51,22 +51,52 @@ TEST_F(Served, TwoClientsAtOnceByOneProcess)
     EXPECT_EQ(1u, ProcessesOf(L"Drevok.EXE").size());
 }
 
-// A provider without anything to serve refuses to start; the client says what to look at.
-void ExpectNothingToList()
+// A provider that does not start: the client says why.
+void ExpectNothingToList(const char* reason)
 {
     const CRunResult list = Zebdiag(L"list");
     EXPECT_EQ(6u, list.ExitCode) << list.Output;
     EXPECT_NE(std::string::npos, list.Output.find("The diagnostics provider could not be started on "))
         << list.Output;
-    EXPECT_NE(std::string::npos, list.Output.find("check that the computer has a wired adapter"))
-        << list.Output;
+    EXPECT_NE(std::string::npos, list.Output.find(reason)) << list.Output;
 }
 
-TEST(List, WithoutAdaptersTheClientIsToldWhatToLookAt)
+TEST(List, WithoutAdaptersTheClientSaysSo)
 {
     const CProviderMachine machine;
     SetAdapters(machine, "[]");
-    ExpectNothingToList();
+    ExpectNothingToList("The adapter agent finds no wired adapter");
+}
+
+TEST(List, WithoutTestsTheClientSaysSo)
+{
+    const CProviderMachine machine;
+    SetAdapters(machine, R"([ { "Key": "ALPHA", "Tests": [] } ])");
+    ExpectNothingToList("The adapter agent has no test for any adapter");
+}
+
+TEST(List, AgentThatFailsIsQuoted)
+{
+    const CProviderMachine machine;
+    machine.SetScript(R"({ "Faults": { "Initialize": { "Result": "0x80040308" } }, "Adapters": [] })");
+    ExpectNothingToList(
+        "The adapter agent fails with status 0x80040308: The system did not give the list of its "
+        "network interfaces.");
+}
+
+TEST(List, AgentThatThrowsIsNamed)
+{
+    const CProviderMachine machine;
+    machine.SetScript(R"({ "Faults": { "EnumAdapters": { "Throw": true } }, "Adapters": [] })");
+    ExpectNothingToList("The adapter agent ");
+}
+
+TEST(List, RegistryValueThatIsRefusedIsNamed)
+{
+    const CProviderMachine machine;
+    SetAdapters(machine, kTwoAdapters);
+    machine.SetNumber(L"ZebDiag", L"Enable", 2);
+    ExpectNothingToList("The registry value Enable is 2.");
 }
 
 TEST(List, ProxyAgentIsReachedAcrossProcesses)
@@ -92,7 +122,7 @@ TEST(List, RealAgentListsTheWiredAdaptersOfThisMachine)
     const CProviderMachine machine(CProviderMachine::Agent::Real);
     if (adapters.Count() == 0)
     {
-        ExpectNothingToList();
+        ExpectNothingToList("The adapter agent finds no wired adapter");
         return;
     }
     const nlohmann::json list = ZebdiagJson(L"list");

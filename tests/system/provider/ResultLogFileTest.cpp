@@ -132,7 +132,7 @@ TEST(ResultLogFile, HoldsARecordOfEveryPassedAndStoppedRunAndOfNoFailedOne)
     {
         const wchar_t* command;
         const char* test;
-    } stopped[] = {{L"run --test 3", "3@ALPHA"}, {L"run --test A", "A@ALPHA"}};
+    } stopped[] = {{L"run --test 3", "3@ALPHA"}, {L"run --test 10", "A@ALPHA"}};
     for (const auto& row : stopped)
     {
         CRunningProgram run(ZebdiagCommand(row.command));
