@@ -6,6 +6,7 @@
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Doctor.h"
 #include "tools/zebdiag/doctor/StartFault.h"
+#include "tools/zebdiag/metrics/MetricsCommand.h"
 
 namespace zebdiag
 {
@@ -35,6 +36,8 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
 {
     if (options.Command == Command::Profiles)
         return KeepProfiles(options, seams.Surroundings.ProfileFile, console);
+    if (options.Command == Command::Metrics)
+        return WriteMetrics(options, {seams.Connect, seams.Surroundings.Names, seams.Control.Now}, console);
     // Before a password is asked for.
     if (!options.Sender.Peer.empty() && !options.Target.IsLocal())
         throw CannotSet(options.Sender,

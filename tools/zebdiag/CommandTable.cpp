@@ -33,6 +33,9 @@ constexpr CCommandRow kCommands[] = {
      L"zebdiag profiles",
      L"A profile belongs to you and stays until you delete it. \"zebdiag run --profile NAME\" gives its settings to the "
      L"run and puts the former ones back afterwards. A setting that the profile leaves out stays as it is."},
+    {Command::Metrics, L"Write this computer's results as metrics for Prometheus.", L"zebdiag metrics",
+     L"The format is OpenMetrics. A file is replaced in one step, so it can be read at any moment. If the provider does "
+     L"not answer, the metrics say so, and the exit code is that of the failure."},
 };
 } // namespace
 

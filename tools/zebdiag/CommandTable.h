@@ -35,5 +35,6 @@ constexpr CommandSet kSet = Only(Command::Set);
 constexpr CommandSet kClear = Only(Command::Clear);
 constexpr CommandSet kDoctor = Only(Command::Doctor);
 constexpr CommandSet kProfiles = Only(Command::Profiles);
+constexpr CommandSet kMetrics = Only(Command::Metrics);
 constexpr CommandSet kRemote = kList | kRun | kStop | kResults | kSettings | kSet | kClear | kDoctor;
 } // namespace zebdiag

@@ -119,10 +119,10 @@ std::optional<CTest> LoadTest(const CWmiSession& session, const CTest& test)
     return object ? std::optional<CTest>(ReadTest(object)) : std::nullopt;
 }
 
-std::map<std::wstring, CResult> LoadResults(const CWmiSession& session)
+std::map<std::wstring, CResult> LoadResults(const CWmiSession& session, LONG patienceMilliseconds)
 {
     std::map<std::wstring, CResult> results;
-    for (const WmiObject& object : session.InstancesOf(kResultClass))
+    for (const WmiObject& object : session.InstancesOf(kResultClass, patienceMilliseconds))
     {
         CResult result = ReadResult(object);
         std::wstring key = result.TestKey;

@@ -18,7 +18,8 @@ CInventory LoadInventory(const CWmiSession& session, const AdapterNames& names,
 std::optional<CTest> LoadTest(const CWmiSession& session, const CTest& test);
 
 // By the key of the test.
-std::map<std::wstring, CResult> LoadResults(const CWmiSession& session);
+std::map<std::wstring, CResult> LoadResults(const CWmiSession& session,
+                                            LONG patienceMilliseconds = WBEM_INFINITE);
 std::map<std::wstring, CSetting> LoadSettings(const CWmiSession& session);
 
 std::optional<CResult> LoadResult(const CWmiSession& session, const CTest& test);

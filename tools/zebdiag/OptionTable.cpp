@@ -57,6 +57,8 @@ constexpr COptionRow kOptions[] = {
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Save); }},
     {"--delete", L"NAME", kProfiles, L"Delete this profile.", L"{1} --delete short",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Delete); }},
+    {"--out", L"FILE", kMetrics, L"Write to this file; without it, to standard output.",
+     L"{1} --out zebdiag.prom", [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Out); }},
     {"--coverage", L"N", kRun | kSet, kCoverageSummary, L"{1} --coverage 50", AddCoverage},
     {"--coverage", L"N", kProfiles, kCoverageSummary, L"{1} --save half --coverage 50", AddCoverage},
     {"--quick", L"on|off", kSet, kQuickSummary, L"{1} --quick off", AddQuick},
@@ -91,10 +93,11 @@ constexpr COptionRow kOptions[] = {
     {"--user", L"NAME", kRemote, L"The user to connect to another computer as; the password is asked for.",
      L"{1} --computer WS42 --user EXAMPLE\\admin",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Target.User); }},
-    {"--namespace", L"NAME", kRemote, L"The provider's namespace; without it, root\\cimv2.",
+    {"--namespace", L"NAME", kRemote | kMetrics, L"The provider's namespace; without it, root\\cimv2.",
      L"{1} --namespace root\\cimv2",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Target.Namespace); }},
-    {"--locale", L"NAME", kRemote | kProfiles, L"The language of names and texts.", L"{1} --locale de-DE",
+    {"--locale", L"NAME", kRemote | kProfiles | kMetrics, L"The language of names and texts.",
+     L"{1} --locale de-DE",
      [](App& a, const char* n, COptions& o) { return AddLocale(a, n, o.Target.Locale); }},
 };
 } // namespace

@@ -6,8 +6,8 @@ namespace zebdiag
 {
 namespace
 {
-constexpr const char* kCommandNames[] = {"list", "run",   "stop",   "results", "settings",
-                                         "set",  "clear", "doctor", "profiles"};
+constexpr const char* kCommandNames[] = {"list", "run",   "stop",   "results",  "settings",
+                                         "set",  "clear", "doctor", "profiles", "metrics"};
 
 std::wstring NameOfThisComputer()
 {

@@ -16,7 +16,8 @@ enum class Command
     Set,
     Clear,
     Doctor,
-    Profiles
+    Profiles,
+    Metrics
 };
 
 // The word that names the command, such as "list".
@@ -62,5 +63,6 @@ struct COptions
     std::wstring Profile; // to run with; empty: none
     std::wstring Save;    // the profile to keep
     std::wstring Delete;  // the profile to delete
+    std::wstring Out;     // the file to write; empty: to standard output
 };
 } // namespace zebdiag
