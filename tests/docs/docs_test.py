@@ -231,6 +231,20 @@ class Operations(unittest.TestCase):
         self.assertEqual([], [text for text in cells if text not in sources])
 
 
+class Metrics(unittest.TestCase):
+    ROW = re.compile(r'^    \{"(zeb_\w+)",', re.M)
+
+    def test_those_that_are_written_are_described(self):
+        written = self.ROW.findall(SOURCES["tools/zebdiag/metrics/MetricsDocument.cpp"])
+        self.assertGreater(len(written), 15)
+        self.assertEqual(sorted(written), sorted(BY_NAME["docs/metrics.md"].first_cells("Metrics of zebdiag")))
+
+    def test_every_alert_is_described(self):
+        alerts = re.findall(r"- alert: (\w+)", SOURCES["deploy/prometheus/zeb-rules.yml"])
+        self.assertGreater(len(alerts), 3)
+        self.assertEqual(alerts, BY_NAME["docs/fleet.md"].first_cells("Prometheus"))
+
+
 class MadePages(unittest.TestCase):
     def test_schema_is_what_the_schema_makes(self):
         made = subprocess.run([ROOT / "scripts/schema-page", "--check"], stderr=subprocess.PIPE, check=False)
