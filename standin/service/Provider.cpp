@@ -6,6 +6,7 @@
 #include "standin/service/Activation.h"
 #include "standin/service/Settings.h"
 
+#include <mutex>
 #include <wbemprov.h>
 
 namespace standin
@@ -37,6 +38,21 @@ class CInitSink : public CComObject<IWbemProviderInitSink>
     std::atomic<HRESULT> m_status{WBEM_S_NO_ERROR};
 };
 
+// A call that breaks because its process ends leaves Wine's connection to that process open for good, and
+// Wine finds connections by the number of the process: a later provider of the same number would refuse every
+// call. As long as a handle of a process is open, its number does not come again.
+void KeepNumber(const CHandle& process)
+{
+    static std::mutex mutex;
+    static std::vector<CHandle> kept;
+    CHandle copy;
+    if (!DuplicateHandle(GetCurrentProcess(), process.Get(), GetCurrentProcess(), copy.Put(), 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+        return;
+    const std::lock_guard lock(mutex);
+    kept.push_back(std::move(copy));
+}
+
 // Leaves in `step` what it did last.
 HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemServices* nameSpaceServices,
                  CProvider& provider, const wchar_t*& step)
@@ -45,6 +61,7 @@ HRESULT LoadOnce(const CLSID& clsid, const std::wstring& nameSpace, IWbemService
     HRESULT hr = ActivateLocalServer(clsid, __uuidof(IWbemProviderInit), server, step);
     if (FAILED(hr))
         return hr;
+    KeepNumber(server.Process);
     ComPtr<IWbemProviderInit> init;
     ComPtr<IWbemServices> services;
     step = L"query for IWbemProviderInit";

@@ -150,6 +150,45 @@ TEST_F(CStandinFailure, OfAProviderBetweenRequestsGoesUnnoticed)
     EXPECT_NE(before, after);
 }
 
+// The number that a new thread gets. Processes and threads get theirs from one supply.
+DWORD NextNumber()
+{
+    DWORD id = 0;
+    const CHandle thread(CreateThread(
+        nullptr, 0, [](void*) -> DWORD { return 0; }, nullptr, 0, &id));
+    EXPECT_TRUE(thread);
+    WaitForSingleObject(thread.Get(), INFINITE);
+    return id;
+}
+
+// Whether the number is free. Free ones are given in turn, and some 400 of them are kept back.
+bool ComesAgain(DWORD number)
+{
+    for (unsigned i = 0; i < 1500; ++i)
+        if (NextNumber() == number)
+            return true;
+    return false;
+}
+
+TEST_F(CStandinFailure, OfAProviderInACallKeepsItsNumberFromComingAgain)
+{
+    const CHandle blocked = NamedEvent(kBlockedEvent);
+    const CHandle go = NamedEvent(kGoEvent);
+    const ComPtr<IWbemCallResult> result = CallBlock(blocked);
+    const std::vector<DWORD> providers = ProcessesOf(kProviderImage);
+    ASSERT_EQ(1u, providers.size());
+    KillProviders();
+    LONG status = 0;
+    EXPECT_EQ(WBEM_S_NO_ERROR, result->GetCallStatus(WBEM_INFINITE, &status));
+    EXPECT_EQ(wmi::ProviderFailure, status);
+    ComPtr<IWbemClassObject> item;
+    EXPECT_EQ(WBEM_S_NO_ERROR, Get(L"StandinTest_Item.Name=\"n1\"", item)); // has let go of the dead one
+    EXPECT_FALSE(ComesAgain(providers[0]));
+
+    const DWORD other = NextNumber();
+    EXPECT_TRUE(ComesAgain(other)) << "though its thread is gone";
+}
+
 TEST_F(CStandinFailure, OfTheServiceIsSeenByAWaitingClient)
 {
     const CHandle blocked = NamedEvent(kBlockedEvent);
