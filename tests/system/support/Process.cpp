@@ -3,6 +3,7 @@
 #include "Common/src/com/ComPtr.h"
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
+#include "tests/system/support/Documents.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -85,7 +86,7 @@ CPipe MakeOutputPipe()
 }
 } // namespace
 
-CRunningProgram::CRunningProgram(const std::wstring& commandLine, Errors errors)
+CRunningProgram::CRunningProgram(const std::wstring& commandLine, Errors errors) : m_commandLine(commandLine)
 {
     CPipe pipe = MakeOutputPipe();
     STARTUPINFOW start = {};
@@ -152,6 +153,7 @@ CRunResult CRunningProgram::Finish()
     CRunResult result;
     GetExitCodeProcess(m_process.Get(), &result.ExitCode);
     result.Output = std::move(m_text);
+    KeepPrintedDocument(m_commandLine, result);
     return result;
 }
 

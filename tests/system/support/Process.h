@@ -34,7 +34,8 @@ class CRunningProgram
     CRunningProgram& operator=(const CRunningProgram&) = delete;
 
     DWORD Id() const noexcept { return m_id; }
-    // Waits for the end and gives exit code and output; for one call.
+    // Waits for the end and gives exit code and output; for one call. A JSON document is kept, see
+    // Documents.h.
     CRunResult Finish();
     // Reads output until a line contains the text; false where the program ended without it.
     bool WaitForOutput(const std::string& text);
@@ -42,6 +43,7 @@ class CRunningProgram
   private:
     bool ReadMore(ULONGLONG deadline);
 
+    const std::wstring m_commandLine;
     CHandle m_process;
     CHandle m_output;
     DWORD m_id = 0;
