@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Text.h"
 
+#include <algorithm>
 #include <windows.h>
 
 namespace zebdiag
@@ -35,7 +36,73 @@ class CStream
         return static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left + 1);
     }
 
+    unsigned Height() const
+    {
+        CONSOLE_SCREEN_BUFFER_INFO info = {};
+        if (!m_terminal || !GetConsoleScreenBufferInfo(m_handle, &info))
+            return 0;
+        return static_cast<unsigned>(info.srWindow.Bottom - info.srWindow.Top + 1);
+    }
+
+    void Redraw(const std::vector<CScreenLine>& lines)
+    {
+        CONSOLE_SCREEN_BUFFER_INFO info = {};
+        if (!m_terminal || !GetConsoleScreenBufferInfo(m_handle, &info))
+            return;
+        const auto drawn = static_cast<SHORT>(m_drawn);
+        const COORD begin = {0, static_cast<SHORT>(std::max(info.dwCursorPosition.Y - drawn, 0))};
+        SetConsoleCursorPosition(m_handle, begin);
+        for (const CScreenLine& line : lines)
+        {
+            for (const CPiece& piece : line)
+                WriteInColour(piece, info.wAttributes);
+            ClearLine(info);
+            WriteToTerminal(L"\r\n");
+        }
+        ClearLinesBelow(info, m_drawn > lines.size() ? m_drawn - lines.size() : 0);
+        m_drawn = lines.size();
+    }
+
   private:
+    // The background stays as it is.
+    void WriteInColour(const CPiece& piece, WORD usual) const
+    {
+        constexpr WORD kForeground =
+            FOREGROUND_RED | FOREGROUND_GREEN | FOREGROUND_BLUE | FOREGROUND_INTENSITY;
+        // In the order of Colour.
+        constexpr WORD kColours[] = {0, FOREGROUND_GREEN, FOREGROUND_RED | FOREGROUND_GREEN, FOREGROUND_RED};
+        const bool plain = piece.InColour == Colour::Plain;
+        if (!plain)
+            SetConsoleTextAttribute(m_handle, static_cast<WORD>((usual & ~kForeground) |
+                                                                kColours[static_cast<int>(piece.InColour)]));
+        WriteToTerminal(piece.Text);
+        if (!plain)
+            SetConsoleTextAttribute(m_handle, usual);
+    }
+
+    // From the cursor on.
+    void ClearLine(const CONSOLE_SCREEN_BUFFER_INFO& usual) const
+    {
+        CONSOLE_SCREEN_BUFFER_INFO now = {};
+        if (!GetConsoleScreenBufferInfo(m_handle, &now))
+            return;
+        const auto rest = static_cast<DWORD>(now.dwSize.X - now.dwCursorPosition.X);
+        DWORD done = 0;
+        FillConsoleOutputCharacterW(m_handle, L' ', rest, now.dwCursorPosition, &done);
+        FillConsoleOutputAttribute(m_handle, usual.wAttributes, rest, now.dwCursorPosition, &done);
+    }
+
+    void ClearLinesBelow(const CONSOLE_SCREEN_BUFFER_INFO& usual, size_t count) const
+    {
+        CONSOLE_SCREEN_BUFFER_INFO now = {};
+        if (count == 0 || !GetConsoleScreenBufferInfo(m_handle, &now))
+            return;
+        const DWORD cells = static_cast<DWORD>(now.dwSize.X) * static_cast<DWORD>(count);
+        DWORD done = 0;
+        FillConsoleOutputCharacterW(m_handle, L' ', cells, now.dwCursorPosition, &done);
+        FillConsoleOutputAttribute(m_handle, usual.wAttributes, cells, now.dwCursorPosition, &done);
+    }
+
     void WriteToTerminal(std::wstring_view text) const
     {
         while (!text.empty())
@@ -63,6 +130,7 @@ class CStream
 
     HANDLE m_handle;
     bool m_terminal = false;
+    size_t m_drawn = 0; // lines above the cursor
 };
 
 // Switches the echo of typed characters off for as long as it lives.
@@ -123,6 +191,16 @@ class CProcessConsole final : public IConsole
     bool ErrIsTerminal() const override { return m_err.IsTerminal(); }
     unsigned Width() const override { return m_out.Width(); }
     unsigned ErrWidth() const override { return m_err.Width(); }
+    unsigned Height(Stream stream) const override { return Of(stream).Height(); }
+    bool Colours() const override
+    {
+        // Set to nothing, it counts as not set.
+        return GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) <= 1;
+    }
+    void Redraw(Stream stream, const std::vector<CScreenLine>& lines) override
+    {
+        (stream == Stream::Out ? m_out : m_err).Redraw(lines);
+    }
 
     std::wstring AskPassword(const std::wstring& prompt) override
     {
@@ -137,6 +215,8 @@ class CProcessConsole final : public IConsole
     }
 
   private:
+    const CStream& Of(Stream stream) const { return stream == Stream::Out ? m_out : m_err; }
+
     CStream m_out{STD_OUTPUT_HANDLE};
     CStream m_err{STD_ERROR_HANDLE};
 };

@@ -1,11 +1,20 @@
 // Where the program writes and asks. Standard output takes the data, standard error the rest.
 #pragma once
 
+#include "tools/zebdiag/ScreenLine.h"
+
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zebdiag
 {
+enum class Stream
+{
+    Out,
+    Err
+};
+
 class IConsole
 {
   public:
@@ -20,6 +29,13 @@ class IConsole
     virtual unsigned Width() const = 0;
     // The same of standard error.
     virtual unsigned ErrWidth() const = 0;
+    // The height of the stream's terminal in lines; 0 if it is none.
+    virtual unsigned Height(Stream stream) const = 0;
+    // False if whoever runs the program wants none (the variable NO_COLOR).
+    virtual bool Colours() const = 0;
+    // Puts lines in place of those of the call before, on a terminal. Nothing else may have been written
+    // since, unless the call before gave no lines.
+    virtual void Redraw(Stream stream, const std::vector<CScreenLine>& lines) = 0;
     // Asks without showing what is typed.
     virtual std::wstring AskPassword(const std::wstring& prompt) = 0;
 };

@@ -70,6 +70,8 @@ constexpr COptionRow kOptions[] = {
      [](App& a, const char* n, COptions& o) { return AddFlag(a, n, o.NoQuick); }},
     {"--profile", L"NAME", kRun, L"Run with the settings of this profile; see \"zebdiag help profiles\".",
      L"{1} --profile short", [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Profile); }},
+    {"--serial", L"", kRun, L"One test after the other, whatever the adapter.", L"{2} --all --serial",
+     [](App& a, const char* n, COptions& o) { return AddFlag(a, n, o.Serial); }},
     {"--timeout", L"SECONDS", kRun, L"Stop the run after this many seconds.", L"{1} --timeout 120",
      [](App& a, const char* n, COptions& o)
      { return AddNumber(a, n, o.TimeoutSeconds, 1, kLongestTimeout); }},

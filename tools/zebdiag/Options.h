@@ -54,6 +54,7 @@ struct COptions
     std::wstring Adapter; // empty: all
     std::wstring Test;    // empty: none named
     bool All = false;
+    bool Serial = false;              // one test after the other over all adapters
     std::optional<unsigned> Coverage; // percent
     bool NoQuick = false;
     std::optional<unsigned> TimeoutSeconds;

@@ -1,17 +1,19 @@
 #include "tools/zebdiag/Commands.h"
 #include "tools/zebdiag/Inventory.h"
-#include "tools/zebdiag/Progress.h"
+#include "tools/zebdiag/RunLines.h"
 #include "tools/zebdiag/RunReport.h"
+#include "tools/zebdiag/RunScreen.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace zebdiag
 {
 namespace
 {
-// The tests to run one after the other, and what is told about them.
+// The tests to run, and what is told about them.
 class CSeries
 {
   public:
@@ -30,6 +32,8 @@ class CSeries
                                               { return choice.Test->IsSender(); }))
             throw CFailure(ExitCode::Usage, L"--peer is for the sender, which is not the test to run.",
                            L"Name it with --test sender.");
+        if (context.Options.Serial)
+            m_plan.InOrder = Order::OneByOne;
         ChooseSetting();
     }
 
@@ -39,21 +43,18 @@ class CSeries
         CSenderValues values(*m_context.Surroundings.Registry);
         if (HasPeer())
             values.Set(m_context.Options.Sender);
-        m_report.Announce();
-        bool ended = false;
-        for (const CTestChoice& choice : m_plan.Tests)
-        {
-            if (ended)
-            {
-                m_notRun.push_back(choice);
-                continue;
-            }
-            CRunOutcome outcome = RunOne(choice);
-            ended = outcome.Interrupted || WaitForSingleObject(m_context.Control.Stop, 0) == WAIT_OBJECT_0;
-            m_runs.push_back({choice, std::move(outcome)});
-            if (!m_json)
-                m_report.ShowOutcome(m_runs.back());
-        }
+        const std::unique_ptr<IRunView> view = MakeView(m_report.Announce());
+        const auto outcomes = RunSeries(
+            m_plan.Tests, m_plan.InOrder, m_context.Control.Stop,
+            [this](const CTestChoice& choice, const CRunObserver& observer)
+            { return RunOne(choice, observer); },
+            *view);
+        view->Finish();
+        for (size_t i = 0; i < outcomes.size(); ++i)
+            if (outcomes[i])
+                m_runs.push_back({m_plan.Tests[i], *outcomes[i]});
+            else
+                m_notRun.push_back(m_plan.Tests[i]);
         m_report.TellWhatStays(values.Restore());
         const ExitCode verdict = Verdict();
         m_context.Console.Out(m_json ? JsonRun(m_context.JsonHead(m_inventory), verdict, m_runs, m_notRun)
@@ -77,21 +78,23 @@ class CSeries
             m_plan.Setting.Quick = false;
     }
 
-    CRunOutcome RunOne(const CTestChoice& choice)
+    std::unique_ptr<IRunView> MakeView(const CRunReport::Lengths& lengths) const
     {
-        m_report.AnnounceOne(choice);
+        const Stream stream = m_json ? Stream::Err : Stream::Out;
+        const CScreenSize size = {m_report.Width(), m_context.Console.Height(stream)};
+        if (m_report.IsWatched() && HasRoomForRuns(size))
+            return std::make_unique<CRunScreen>(m_report, m_plan, m_context.Console, stream, lengths);
+        return std::make_unique<CRunLines>(m_report, m_plan);
+    }
+
+    // On the thread of the test's adapter.
+    CRunOutcome RunOne(const CTestChoice& choice, const CRunObserver& observer) const
+    {
         CRunOptions options = m_options;
         if (choice.Test->SendsPackets())
             options.Setting = m_plan.Setting;
-        CProgress progress([this](std::wstring_view text) { m_report.TellRaw(text); }, TestTitle(choice),
-                           m_report.IsWatched(), m_report.Width());
-        const CRunObserver observer = {[&progress](std::optional<long> percent, unsigned long long seconds)
-                                       { progress.Show(percent, seconds); },
-                                       [&progress](const std::wstring& text) { progress.Say(text); }};
-        CRunOutcome outcome = RunOneTest(m_context.Session, m_inventory.Computer, *choice.Test, options,
-                                         m_context.Control, observer);
-        progress.Finish();
-        return outcome;
+        return RunOneTest(m_context.Session, m_inventory.Computer, *choice.Test, options, m_context.Control,
+                          observer);
     }
 
     // Who interrupts a series wants to hear that it was stopped, whatever its first tests found.

@@ -2,10 +2,14 @@
 
 #include "tools/zebdiag/DateTime.h"
 #include "tools/zebdiag/Filled.h"
+#include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Places.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace zebdiag
 {
@@ -13,24 +17,6 @@ namespace
 {
 constexpr unsigned kRunIndent = 2;
 constexpr unsigned kMoreIndent = 4;
-
-// How an outcome is called in a verdict.
-const wchar_t* OutcomeInWords(ExitCode code)
-{
-    switch (code)
-    {
-    case ExitCode::Passed:
-        return L"passed";
-    case ExitCode::Failed:
-        return L"failed";
-    case ExitCode::Stopped:
-        return L"stopped";
-    case ExitCode::Busy:
-        return L"busy";
-    default:
-        return L"could not run";
-    }
-}
 
 std::wstring UpperCase(std::wstring text)
 {
@@ -72,9 +58,37 @@ void CRunReport::Tell(const std::wstring& text, unsigned indent) const
     TellRaw(Paragraph(text, Width(), indent));
 }
 
-void CRunReport::Announce() const
+CRunReport::Lengths CRunReport::Announce() const
 {
-    // Several that send packets are announced one by one.
+    AnnounceSeries();
+    Lengths lengths;
+    // Tests of which the same is to be said are announced together.
+    std::vector<std::pair<std::wstring, std::vector<std::wstring>>> announced;
+    for (const CTestChoice& choice : m_plan.Tests)
+    {
+        const CAnnouncement one = AnnouncementOf(choice);
+        lengths.push_back(one.MostSeconds);
+        if (one.Texts.empty())
+            continue;
+        const auto same = std::ranges::find(announced, one.Texts,
+                                            &std::pair<std::wstring, std::vector<std::wstring>>::second);
+        if (same == announced.end())
+            announced.emplace_back(TestTitle(choice), one.Texts);
+        else
+            same->first += L", " + TestTitle(choice);
+    }
+    for (const auto& [titles, texts] : announced)
+    {
+        Tell(titles);
+        for (const std::wstring& text : texts)
+            Tell(text, kMoreIndent);
+    }
+    return lengths;
+}
+
+void CRunReport::AnnounceSeries() const
+{
+    // Those that send packets are announced by themselves.
     if (m_plan.IsSingle() || m_plan.Tests.front().Test->SendsPackets())
         return;
     Tell(Filled(L"{1}, usually some seconds each.", {Count(m_plan.Tests.size(), L"test")}));
@@ -88,24 +102,24 @@ void CRunReport::Announce() const
 }
 
 // What somebody wants to know before a run that lasts or that others notice.
-void CRunReport::AnnounceOne(const CTestChoice& choice) const
+CRunReport::CAnnouncement CRunReport::AnnouncementOf(const CTestChoice& choice) const
 {
     if (!m_plan.IsSingle() && !choice.Test->SendsPackets())
-        return;
-    Tell(TestTitle(choice));
-    Tell(choice.Test->Description, kMoreIndent);
+        return {};
     if (!choice.Test->SendsPackets())
     {
-        Tell(L"Usually takes some seconds.", kMoreIndent);
+        CAnnouncement one = {{choice.Test->Description, L"Usually takes some seconds."}, {}};
         if (m_plan.Setting.Coverage || m_plan.Setting.Quick || m_plan.Setting.Report)
-            Tell(L"This test has no settings: --coverage, --no-quick and --profile make no difference.",
-                 kMoreIndent);
-        return;
+            one.Texts.push_back(
+                L"This test has no settings: --coverage, --no-quick and --profile make no difference.");
+        return one;
     }
-    Tell(LengthInWords(*choice.Test), kMoreIndent);
-    Tell(L"Other traffic on the adapter can become slower while it runs.", kMoreIndent);
+    CAnnouncement one = LengthOf(*choice.Test);
+    one.Texts.insert(one.Texts.begin(), choice.Test->Description);
+    one.Texts.push_back(L"Other traffic on the adapter can become slower while it runs.");
     if (!m_context.Options.Sender.Peer.empty() && choice.Test->IsSender())
-        Tell(Filled(L"Sends to {1}.", {m_context.Options.Sender.Peer}), kMoreIndent);
+        one.Texts.push_back(Filled(L"Sends to {1}.", {m_context.Options.Sender.Peer}));
+    return one;
 }
 
 // Whether a switch is on in a run, by what is changed for it and what is stored.
@@ -117,7 +131,7 @@ bool CRunReport::Holds(std::optional<bool> CSettingValues::*which,
     return stored && stored->Values.*which && *(stored->Values.*which);
 }
 
-std::wstring CRunReport::LengthInWords(const CTest& test) const
+CRunReport::CAnnouncement CRunReport::LengthOf(const CTest& test) const
 {
     const std::optional<CSetting> stored = LoadSetting(m_context.Session, test);
     unsigned long long coverage = 100;
@@ -127,17 +141,21 @@ std::wstring CRunReport::LengthInWords(const CTest& test) const
         coverage = static_cast<unsigned long long>(*stored->Values.Coverage);
     const bool mayEndSooner = Holds(&CSettingValues::Quick, stored) && Holds(&CSettingValues::Report, stored);
     const std::optional<unsigned> full = m_context.Surroundings.FullRunSeconds(m_context.Session);
-    return Filled(
+    const unsigned long long most = full ? coverage * *full / 100 : coverage;
+    const std::wstring text = Filled(
         full ? mayEndSooner ? L"Takes up to {1}; less if enough packets come sooner." : L"Takes up to {1}."
         : mayEndSooner
             ? L"Takes up to about {1}, unless that computer is configured otherwise; less if enough packets "
               L"come sooner."
             : L"Takes up to about {1}, unless that computer is configured otherwise.",
-        {Duration(full ? coverage * *full / 100 : coverage)});
+        {Duration(most)});
+    return {{text}, most};
 }
 
 void CRunReport::ShowOutcome(const CTestOutcome& run) const
 {
+    if (m_json)
+        return;
     const CRunOutcome& outcome = run.Outcome;
     Tell(TestTitle(run.Choice) + L": " + OutcomeInWords(outcome.Code) +
              (outcome.Result ? L", " + Duration(outcome.Seconds) : L""),
@@ -146,6 +164,30 @@ void CRunReport::ShowOutcome(const CTestOutcome& run) const
         Tell(outcome.Message, kMoreIndent);
     if (outcome.Result)
         TellRaw(RenderFindings(*outcome.Result, Width()));
+}
+
+void CRunReport::ShowFindings(const CTestOutcome& run) const
+{
+    if (!run.Outcome.Message.empty() || (run.Outcome.Result && !run.Outcome.Result->Lines.empty()))
+        ShowOutcome(run);
+}
+
+void CRunReport::TellOf(const CTestChoice& choice, const std::wstring& text) const
+{
+    Tell(m_plan.IsSingle() ? text : TestTitle(choice) + L": " + text, kRunIndent);
+}
+
+void CRunReport::TellStopping(StopReason reason) const
+{
+    const bool several = LanesOf(m_plan.Tests, m_plan.InOrder).size() > 1;
+    if (reason == StopReason::Timeout)
+        Tell(several ? L"The time given with --timeout is over: stopping the tests."
+                     : L"The time given with --timeout is over: stopping the test.",
+             kRunIndent);
+    else
+        Tell(several ? L"Stopping the tests. Press Ctrl+C again to leave them running."
+                     : L"Stopping the test. Press Ctrl+C again to leave it running.",
+             kRunIndent);
 }
 
 std::wstring CRunReport::VerdictLine(ExitCode verdict, const std::vector<CTestOutcome>& runs,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/zebdiag/Commands.h"
+#include "tools/zebdiag/Series.h"
 
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@ struct CRunPlan
     std::vector<CTestChoice> Tests;
     std::vector<CTestChoice> LeftOut; // by --all
     CSettingValues Setting;           // to change for the runs of tests that have one
+    Order InOrder = Order::SideBySide;
 
     bool IsSingle() const { return Tests.size() == 1; }
 };
@@ -26,9 +28,16 @@ class CRunReport
   public:
     CRunReport(const CCommandContext& context, const CRunPlan& plan) : m_context(context), m_plan(plan) {}
 
-    void Announce() const;
-    void AnnounceOne(const CTestChoice& choice) const;
+    // How many seconds each test takes at most, as far as that is known.
+    using Lengths = std::vector<std::optional<unsigned long long>>;
+
+    Lengths Announce() const;
+    // Nothing if it is in the document.
     void ShowOutcome(const CTestOutcome& run) const;
+    // The same for whoever knows the outcome already: nothing if there is nothing to add.
+    void ShowFindings(const CTestOutcome& run) const;
+    void TellOf(const CTestChoice& choice, const std::wstring& text) const;
+    void TellStopping(StopReason reason) const;
     void TellWhatStays(PutBack back) const;
     std::wstring VerdictLine(ExitCode verdict, const std::vector<CTestOutcome>& runs, size_t notRun) const;
 
@@ -38,9 +47,18 @@ class CRunReport
     bool IsWatched() const;
 
   private:
+    struct CAnnouncement
+    {
+        std::vector<std::wstring>
+            Texts; // below the title of the test; if there are none, it is not announced
+        std::optional<unsigned long long> MostSeconds;
+    };
+
     void Tell(const std::wstring& text, unsigned indent = 0) const;
     bool Holds(std::optional<bool> CSettingValues::*which, const std::optional<CSetting>& stored) const;
-    std::wstring LengthInWords(const CTest& test) const;
+    void AnnounceSeries() const;
+    CAnnouncement AnnouncementOf(const CTestChoice& choice) const;
+    CAnnouncement LengthOf(const CTest& test) const;
 
     const CCommandContext& m_context;
     const CRunPlan& m_plan;

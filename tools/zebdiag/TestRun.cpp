@@ -47,13 +47,6 @@ class CTestRun
     }
 
   private:
-    enum class StopReason
-    {
-        None,
-        Request,
-        Timeout
-    };
-
     unsigned long long Elapsed() const { return m_control.Now() - m_started; }
 
     bool IsInUse() const
@@ -94,9 +87,7 @@ class CTestRun
     {
         m_stopReason = reason;
         m_stopSince = m_control.Now();
-        m_observer.Say(reason == StopReason::Timeout
-                           ? L"The time given with --timeout is over: stopping the test."
-                           : L"Stopping the test. Press Ctrl+C again to leave it running.");
+        m_observer.Stopping(reason);
     }
 
     // A stop that comes before the run has really begun is refused, so it is tried again at every look.

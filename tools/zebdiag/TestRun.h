@@ -24,11 +24,20 @@ struct CRunControl
     std::function<unsigned long long()> Now = [] { return GetTickCount64(); }; // milliseconds
 };
 
+enum class StopReason
+{
+    None,
+    Request,
+    Timeout
+};
+
 // What a run tells while it lasts. Called on the thread that runs it.
 struct CRunObserver
 {
     std::function<void(std::optional<long> percent, unsigned long long seconds)> Progress;
     std::function<void(const std::wstring& text)> Say;
+    // The run is told to stop.
+    std::function<void(StopReason reason)> Stopping;
 };
 
 struct CRunOptions

@@ -77,4 +77,21 @@ std::wstring Count(size_t count, const wchar_t* word)
 {
     return std::to_wstring(count) + L" " + word + (count == 1 ? L"" : L"s");
 }
+
+const wchar_t* OutcomeInWords(ExitCode code) noexcept
+{
+    switch (code)
+    {
+    case ExitCode::Passed:
+        return L"passed";
+    case ExitCode::Failed:
+        return L"failed";
+    case ExitCode::Stopped:
+        return L"stopped";
+    case ExitCode::Busy:
+        return L"busy";
+    default:
+        return L"could not run";
+    }
+}
 } // namespace zebdiag

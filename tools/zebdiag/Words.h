@@ -11,6 +11,8 @@ namespace zebdiag
 {
 // "Passed", "In progress" and so on; "Unknown" for a number that has no meaning.
 const wchar_t* StateInWords(TestState state) noexcept;
+// How a run ended: "passed", "could not run".
+const wchar_t* OutcomeInWords(ExitCode code) noexcept;
 // For JSON documents: "passed", "in_progress".
 const char* StateName(TestState state) noexcept;
 

@@ -178,7 +178,7 @@ TEST_F(RunCommandTest, InterruptEndsTheSeries)
         SetEvent(m_stop.Get());
         return TestState::Failed;
     };
-    EXPECT_EQ(Run({L"run", L"--all", L"--json"}), ExitCode::Stopped);
+    EXPECT_EQ(Run({L"run", L"--all", L"--serial", L"--json"}), ExitCode::Stopped);
     const json document = Document();
     EXPECT_EQ(document["verdict"], "stopped");
     EXPECT_EQ(document["runs"].size(), 2u);
@@ -196,7 +196,7 @@ TEST_F(RunCommandTest, TimeoutIsThatOfTheWholeSeries)
         return TestState::Stopped;
     };
     m_world->Tests[L"1@{BBBB}"].Stop = [&] { return SetEvent(mayEnd.Get()) != FALSE; };
-    EXPECT_EQ(Run({L"run", L"--all", L"--timeout", L"10"}), ExitCode::Stopped);
+    EXPECT_EQ(Run({L"run", L"--all", L"--serial", L"--timeout", L"10"}), ExitCode::Stopped);
     EXPECT_NE(m_console.Output.find(L"The time given with --timeout was over."), std::wstring::npos);
     EXPECT_TRUE(m_console.Output.ends_with(L"STOPPED: 1 passed, 1 stopped, 1 not run.\n"))
         << Utf8Text(m_console.Output);

@@ -36,6 +36,7 @@ class TestRunTest : public testing::Test
             m_onProgress();
         };
         m_observer.Say = [this](const std::wstring& text) { m_said += text + L"\n"; };
+        m_observer.Stopping = [this](StopReason reason) { m_stoppings.push_back(reason); };
     }
 
     CFakeDiagnostics::CFakeTest& AddTest(bool sendsPackets = true)
@@ -80,6 +81,7 @@ class TestRunTest : public testing::Test
     std::function<void()> m_onProgress = [] {};
     std::vector<std::optional<long>> m_percents;
     std::wstring m_said;
+    std::vector<StopReason> m_stoppings;
 };
 
 TEST_F(TestRunTest, PassedRunHasItsResult)
@@ -269,7 +271,7 @@ TEST_F(TestRunTest, InterruptStopsTheTest)
     EXPECT_EQ(outcome.Code, ExitCode::Stopped);
     EXPECT_TRUE(outcome.Interrupted);
     EXPECT_EQ(outcome.Result->State, TestState::Stopped);
-    EXPECT_EQ(m_said, L"Stopping the test. Press Ctrl+C again to leave it running.\n");
+    EXPECT_EQ(m_stoppings, std::vector{StopReason::Request});
     ASSERT_EQ(m_world->Calls.size(), 2u);
     EXPECT_EQ(m_world->Calls[1].Method, L"DiscontinueTest");
     EXPECT_NE(m_world->Calls[1].Arguments[L"SystemElement"].find(L"DeviceID=\"{AAAA}\""), std::wstring::npos);
@@ -396,6 +398,7 @@ TEST_F(TestRunTest, DeadlineStopsTheTest)
     EXPECT_TRUE(outcome.Interrupted);
     EXPECT_EQ(outcome.Seconds, 5u);
     EXPECT_EQ(outcome.Message, L"The time given with --timeout was over.");
+    EXPECT_EQ(m_stoppings, std::vector{StopReason::Timeout});
     EXPECT_GE(m_percents.size(), 3u);
 }
 

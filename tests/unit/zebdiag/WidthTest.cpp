@@ -15,7 +15,7 @@ std::vector<std::wstring> LinesOf(const std::wstring& text)
     std::vector<std::wstring> lines;
     std::wistringstream stream(text);
     for (std::wstring line; std::getline(stream, line);)
-        lines.push_back(line.substr(line.rfind(L'\r') + 1)); // what a bar has drawn over
+        lines.push_back(line);
     return lines;
 }
 
