@@ -136,7 +136,8 @@ class Host:
             self.run("wine", "reg", "delete", SETTINGS, "/f")
 
     def zebdiag(self, *arguments):
-        return ("wine", self.build / "bin/zebdiag.exe", *arguments)
+        # English, whatever the language of whoever looks at it.
+        return ("wine", self.build / "bin/zebdiag.exe", *arguments, "--locale", "en-US")
 
     def wait_for_port(self, port):
         """Until a program of this host receives at the UDP port."""

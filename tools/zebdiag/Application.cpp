@@ -2,25 +2,28 @@
 
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/CommandLine.h"
-#include "tools/zebdiag/Filled.h"
+#include "tools/zebdiag/LocaleName.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Doctor.h"
 #include "tools/zebdiag/doctor/StartFault.h"
+#include "tools/zebdiag/languages/Said.h"
 #include "tools/zebdiag/metrics/MetricsCommand.h"
 
 namespace zebdiag
 {
 namespace
 {
+constexpr unsigned long kEnglish = 0x409;
+
 std::wstring InWords(const CFailure& failure)
 {
     std::wstring text = L"zebdiag: " + failure.Cause;
     if (!failure.Detail.empty())
-        text += L"\n" + Filled(L"The provider says: {1}", {failure.Detail});
+        text += L"\n" + Said(L"The provider says: {1}", {failure.Detail});
     if (!failure.NextStep.empty())
         text += L"\n" + failure.NextStep;
     if (failure.Status != S_OK)
-        text += L"\n" + Filled(L"(Status {1}.)", {StatusText(failure.Status)});
+        text += L"\n" + Said(L"(Status {1}.)", {StatusText(failure.Status)});
     return text;
 }
 
@@ -40,12 +43,13 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
         return WriteMetrics(options, {seams.Connect, seams.Surroundings.Names, seams.Control.Now}, console);
     // Before a password is asked for.
     if (!options.Sender.Peer.empty() && !options.Target.IsLocal())
-        throw CannotSet(options.Sender,
-                        L"The registry of " + options.Target.Computer +
-                            L" is out of reach from here, so --peer cannot set the peer there.");
+        throw CannotSet(
+            options.Sender,
+            Said(L"The registry of {1} is out of reach from here, so --peer cannot set the peer there.",
+                 {options.Target.Computer}));
     std::wstring password;
     if (!options.Target.User.empty())
-        password = console.AskPassword(L"Password of " + options.Target.User + L": ");
+        password = console.AskPassword(Said(L"Password of {1}: ", {options.Target.User}));
     const auto connect = [&]
     {
         CWmiSession session = seams.Connect(options.Target, password);
@@ -69,6 +73,12 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
 ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
                         const CApplicationSeams& seams)
 {
+    // Programs that read documents look for the same words everywhere.
+    const CFirstLook look = FirstLookAt(arguments);
+    SpeakLanguageOf(look.Json
+                        ? kEnglish
+                        : NumberOfLocale(CallerLocale(look.Locale.empty() ? seams.Locale : look.Locale)));
+
     const CCommandLine line = ParseCommandLine(arguments, console.Width(), console.ErrWidth());
     if (!line.Options)
     {
@@ -87,8 +97,8 @@ ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& co
     catch (const std::exception& error)
     {
         const CFailure failure(ExitCode::CouldNotRun,
-                               L"The program cannot go on: " + WidenText(error.what()) + L".",
-                               L"Close other programs and try again.");
+                               Said(L"The program cannot go on: {1}.", {WidenText(error.what())}),
+                               Said(L"Close other programs and try again."));
         Report(failure, *line.Options, console);
         return failure.Code;
     }

@@ -16,6 +16,7 @@ namespace zebdiag
 struct CApplicationSeams
 {
     std::function<CWmiSession(const CTarget&, const std::wstring& password)> Connect;
+    std::wstring Locale; // of the user, in the form MS_409; empty: as the system says
     CRunControl Control;
     CSurroundings Surroundings;
     const IMachine* Machine = &ThisMachine(); // this computer

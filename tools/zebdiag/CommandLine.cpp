@@ -2,11 +2,12 @@
 
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/CommandTable.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/Help.h"
 #include "tools/zebdiag/OptionRules.h"
 #include "tools/zebdiag/OptionTable.h"
+#include "tools/zebdiag/OptionValues.h"
 #include "tools/zebdiag/Wrap.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <CLI/CLI.hpp>
 #include <sstream>
@@ -17,9 +18,18 @@ namespace
 {
 constexpr char kHelpNames[] = "-h,-?,--help"; // "/?" as well: a slash begins an option as a dash does
 
+// CLI11 takes the arguments from the back.
+std::vector<std::string> Reversed(const std::vector<std::wstring>& arguments)
+{
+    std::vector<std::string> reversed;
+    for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
+        reversed.push_back(Utf8Text(*argument));
+    return reversed;
+}
+
 std::wstring NoSuchCommand(const std::string& word)
 {
-    return Filled(L"There is no command \"{1}\".", {WidenUtf8(word)});
+    return Said(L"There is no command \"{1}\".", {WidenUtf8(word)});
 }
 
 // The parser says what is wrong with an option's values in its own words, but begins with the option's name,
@@ -30,12 +40,12 @@ std::wstring FaultOfValues(const CLI::App& command, const std::string& message)
     {
         const std::string name = option->get_name();
         if (message.starts_with(name.substr(2) + " "))
-            return Filled(L"{1} takes no value.", {WidenUtf8(name)});
+            return Said(L"{1} takes no value.", {WidenUtf8(name)});
         if (!message.starts_with(name + ":"))
             continue;
         if (option->count() > 1)
-            return Filled(L"{1} is given twice.", {WidenUtf8(name)});
-        return Filled(L"{1} needs a value: {1} {2}.", {WidenUtf8(name), WidenUtf8(option->get_type_name())});
+            return Said(L"{1} is given twice.", {WidenUtf8(name)});
+        return Said(L"{1} needs a value: {1} {2}.", {WidenUtf8(name), WidenUtf8(option->get_type_name())});
     }
     return WidenUtf8(message);
 }
@@ -45,7 +55,7 @@ std::wstring InOurWords(const CLI::App& app, const CLI::App* command, const CLI:
     if (!command)
     {
         const std::vector<std::string> words = app.remaining();
-        return words.empty() || words.front().starts_with("-") ? L"Give a command first."
+        return words.empty() || words.front().starts_with("-") ? Said(L"Give a command first.")
                                                                : NoSuchCommand(words.front());
     }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
@@ -53,9 +63,9 @@ std::wstring InOurWords(const CLI::App& app, const CLI::App* command, const CLI:
     const std::vector<std::string> rest = command->remaining();
     if (!dynamic_cast<const CLI::ExtrasError*>(&error) || rest.empty())
         return WidenUtf8(error.what());
-    return rest.front().starts_with("-") ? Filled(L"\"zebdiag {1}\" has no option {2}.",
-                                                  {WidenUtf8(command->get_name()), WidenUtf8(rest.front())})
-                                         : Filled(L"\"{1}\" is no option.", {WidenUtf8(rest.front())});
+    return rest.front().starts_with("-") ? Said(L"\"zebdiag {1}\" has no option {2}.",
+                                                {WidenUtf8(command->get_name()), WidenUtf8(rest.front())})
+                                         : Said(L"\"{1}\" is no option.", {WidenUtf8(rest.front())});
 }
 
 std::string Refusal(const CLI::App& app, const CLI::Error& error, unsigned width)
@@ -65,7 +75,7 @@ std::string Refusal(const CLI::App& app, const CLI::Error& error, unsigned width
     // "help" itself has no group.
     const std::string name = command && !command->get_group().empty() ? " " + command->get_name() : "";
     return Utf8Text(Paragraph(L"zebdiag: " + InOurWords(app, command, error) + L"\n" +
-                                  Filled(L"Try: {1}", {WidenUtf8("zebdiag" + name + " --help")}),
+                                  Said(L"Try: {1}", {WidenUtf8("zebdiag" + name + " --help")}),
                               width));
 }
 
@@ -82,6 +92,7 @@ class CParser
             AddCommand(row, width);
         m_help = m_app.add_subcommand("help")->group("");
         m_help->add_option("COMMAND", m_topic);
+        AddLocale(*m_help, "--locale", m_options.Target.Locale);
         m_app.set_version_flag("--version", "zebdiag " ZEB_VERSION);
         m_app.require_subcommand(1);
         m_app.footer(Utf8Text(HelpFooter(width)));
@@ -109,22 +120,19 @@ class CParser
     void AddCommand(const CCommandRow& row, unsigned width)
     {
         const std::string name = CommandName(row.Id);
-        CLI::App* command = m_app.add_subcommand(name, Utf8Text(row.Summary));
-        command->footer(row.Text ? Utf8Text(Paragraph(row.Text, width)) : "");
+        CLI::App* command = m_app.add_subcommand(name, Utf8Text(Said(row.Summary)));
+        command->footer(row.Text ? Utf8Text(Paragraph(Said(row.Text), width)) : "");
         command->parse_complete_callback([this, &row] { m_options.Command = row.Id; });
         AddOptions(*command, row.Id, m_options);
-        command->set_help_flag(kHelpNames, "Show this help.\nzebdiag " + name + " --help");
+        command->set_help_flag(kHelpNames,
+                               Utf8Text(Said(L"Show this help.")) + "\nzebdiag " + name + " --help");
     }
 
     COptions Read(const std::vector<std::wstring>& arguments)
     {
         if (arguments.empty())
             throw CLI::CallForHelp();
-        // CLI11 takes the arguments from the back.
-        std::vector<std::string> reversed;
-        for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-            reversed.push_back(Utf8Text(*argument));
-        m_app.parse(std::move(reversed));
+        m_app.parse(Reversed(arguments));
         if (m_help->parsed())
             ShowTopic();
         if (const std::wstring fault = FaultOf(m_options); !fault.empty())
@@ -145,8 +153,9 @@ class CParser
 
     COptions m_options;
     std::string m_topic; // the command to show the help of
-    CLI::App m_app{"Diagnostics of wired Ethernet adapters: list, run and stop tests, read results.",
-                   "zebdiag"};
+    CLI::App m_app{
+        Utf8Text(Said(L"Diagnostics of wired Ethernet adapters: list, run and stop tests, read results.")),
+        "zebdiag"};
     CLI::App* m_help = nullptr; // the command
 };
 } // namespace
@@ -154,5 +163,24 @@ class CParser
 CCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments, unsigned width, unsigned errorWidth)
 {
     return CParser(width, errorWidth).Parse(arguments);
+}
+
+CFirstLook FirstLookAt(const std::vector<std::wstring>& arguments)
+{
+    CFirstLook look;
+    CLI::App app;
+    app.allow_extras();
+    app.set_help_flag();
+    AddFlag(app, "--json", look.Json);
+    AddLocale(app, "--locale", look.Locale);
+    try
+    {
+        app.parse(Reversed(arguments));
+    }
+    catch (const CLI::ParseError&)
+    {
+        return look; // reading the whole line says what is wrong with it
+    }
+    return look;
 }
 } // namespace zebdiag

@@ -21,4 +21,12 @@ struct CCommandLine
 // one of `errorWidth`; 0 is none.
 CCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments, unsigned width = 0,
                               unsigned errorWidth = 0);
+
+// What has to be known before the line is read, even of a line that cannot be read.
+struct CFirstLook
+{
+    bool Json = false;
+    std::wstring Locale; // in the form MS_409; empty: none is asked for
+};
+CFirstLook FirstLookAt(const std::vector<std::wstring>& arguments);
 } // namespace zebdiag

@@ -1,9 +1,9 @@
 #include "tools/zebdiag/Help.h"
 
 #include "Common/src/com/Text.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/Wrap.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -15,18 +15,19 @@ constexpr const wchar_t* kExamples[] = {L"zebdiag doctor", L"zebdiag list", L"ze
                                         L"zebdiag run --adapter \"Ethernet 2\" --test link --json"};
 
 // By the number of the code.
-constexpr const wchar_t* kExitCodes[] = {L"done; what ran has passed",
-                                         L"a test failed",
-                                         L"a test was stopped",
-                                         L"could not be run or done",
-                                         L"no such adapter, test or profile, or the name fits several",
-                                         L"the test is running already",
-                                         L"the management service or the provider is not reachable",
-                                         L"the command line cannot be understood"};
+constexpr const wchar_t* kExitCodes[] = {
+    Marked(L"done; what ran has passed"),
+    Marked(L"a test failed"),
+    Marked(L"a test was stopped"),
+    Marked(L"could not be run or done"),
+    Marked(L"no such adapter, test or profile, or the name fits several"),
+    Marked(L"the test is running already"),
+    Marked(L"the management service or the provider is not reachable"),
+    Marked(L"the command line cannot be understood")};
 
 CTable Commands(const CLI::App& app)
 {
-    CTable table({L"Command", L"What it does"});
+    CTable table({Said(L"Command"), Said(L"What it does")});
     for (const CLI::App* command :
          app.get_subcommands([](const CLI::App* c) { return !c->get_group().empty(); }))
         table.Add({WidenUtf8(command->get_name()), WidenUtf8(command->get_description())});
@@ -43,7 +44,7 @@ std::wstring Spelled(const CLI::Option& option)
 
 CTable Options(const CLI::App& command)
 {
-    CTable table({L"Option", L"Meaning, with an example"});
+    CTable table({Said(L"Option"), Said(L"Meaning, with an example")});
     for (const CLI::Option* option : command.get_options())
         table.Add({Spelled(*option), WidenUtf8(option->get_description())});
     return table;
@@ -57,9 +58,10 @@ std::string CHelpFormatter::make_help(const CLI::App* app, std::string name, CLI
     if (app->get_group().empty())
         return make_help(app->get_parent(), app->get_parent()->get_name(), mode);
     const bool isProgram = app->get_parent() == nullptr;
-    const wchar_t* usage = isProgram ? L"Usage: {1} COMMAND [OPTIONS]" : L"Usage: {1} [OPTIONS]";
+    const wchar_t* usage =
+        isProgram ? Marked(L"Usage: {1} COMMAND [OPTIONS]") : Marked(L"Usage: {1} [OPTIONS]");
     const std::wstring text = Paragraph(WidenUtf8(app->get_description()), m_width) + L"\n" +
-                              Paragraph(Filled(usage, {WidenUtf8(name)}), m_width) + L"\n" +
+                              Paragraph(Said(usage, {WidenUtf8(name)}), m_width) + L"\n" +
                               (isProgram ? Commands(*app) : Options(*app)).Render(m_width);
     const std::string footer = app->get_footer();
     return Utf8Text(text) + (footer.empty() ? "" : "\n" + footer);
@@ -67,19 +69,21 @@ std::string CHelpFormatter::make_help(const CLI::App* app, std::string name, CLI
 
 std::wstring HelpFooter(unsigned width)
 {
-    CTable codes({L"Exit code", L"Meaning"});
+    CTable codes({Said(L"Exit code"), Said(L"Meaning")});
     for (size_t code = 0; code < std::size(kExitCodes); ++code)
-        codes.Add({std::to_wstring(code), kExitCodes[code]});
+        codes.Add({std::to_wstring(code), Said(kExitCodes[code])});
     std::wstring text =
-        Paragraph(L"\"zebdiag help COMMAND\" shows the options of a command, each with an example; \"zebdiag "
-                  L"--version\" shows the version.",
-                  width) +
+        Paragraph(
+            Said(L"\"zebdiag help COMMAND\" shows the options of a command, each with an example; \"zebdiag "
+                 L"--version\" shows the version."),
+            width) +
         L"\n" +
         Paragraph(
-            L"An adapter or a test may be given by any part of its name that only it has, in any case; a test "
-            L"also by its number in the list. Without --adapter a command means every adapter.",
+            Said(
+                L"An adapter or a test may be given by any part of its name that only it has, in any case; a test "
+                L"also by its number in the list. Without --adapter a command means every adapter."),
             width) +
-        L"\n" + codes.Render(width) + L"\n" + Paragraph(L"Examples:", width);
+        L"\n" + codes.Render(width) + L"\n" + Paragraph(Said(L"Examples:"), width);
     for (const wchar_t* example : kExamples)
         text += Paragraph(example, width, kExampleIndent);
     return text;

@@ -1,6 +1,7 @@
 #include "tools/zebdiag/NameMatch.h"
 
 #include "tools/zebdiag/Failure.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <map>
@@ -10,7 +11,7 @@ namespace zebdiag
 {
 namespace
 {
-constexpr wchar_t kSeeList[] = L"See what there is with \"zebdiag list\".";
+constexpr const wchar_t* kSeeList = Marked(L"See what there is with \"zebdiag list\".");
 
 std::wstring Folded(std::wstring text)
 {
@@ -35,7 +36,7 @@ std::vector<CKind> KindsOf(const std::vector<const CAdapter*>& adapters)
             CKind& kind = kinds[test.Number];
             kind.Names.Names.push_back(test.Caption);
             kind.Names.Codes.push_back(std::to_wstring(test.Number));
-            kind.Shown = test.Caption + L" (number " + std::to_wstring(test.Number) + L")";
+            kind.Shown = Said(L"{1} (number {2})", {test.Caption, std::to_wstring(test.Number)});
             kind.Tests.push_back({adapter, &test});
         }
     std::vector<CKind> list;
@@ -53,8 +54,19 @@ std::wstring Listed(const std::vector<std::wstring>& names)
     return text;
 }
 
+// How a choice that fails is told: {1} is what was asked for.
+struct CChoiceWords
+{
+    const wchar_t* None;
+    const wchar_t* Several;
+};
+constexpr CChoiceWords kAdapterWords = {Marked(L"No adapter is called \"{1}\"."),
+                                        Marked(L"\"{1}\" fits more than one adapter:")};
+constexpr CChoiceWords kTestWords = {Marked(L"No test is called \"{1}\"."),
+                                     Marked(L"\"{1}\" fits more than one test:")};
+
 // The one thing that is meant; every other outcome is a failure that names the candidates.
-size_t OneOf(const std::wstring& what, const std::wstring& text, const std::vector<CNames>& things,
+size_t OneOf(const CChoiceWords& words, const std::wstring& text, const std::vector<CNames>& things,
              const std::vector<std::wstring>& shown)
 {
     const std::vector<size_t> found = MatchNames(text, things);
@@ -62,16 +74,15 @@ size_t OneOf(const std::wstring& what, const std::wstring& text, const std::vect
         return found.front();
     if (found.empty())
         throw CFailure(ExitCode::NotFound,
-                       L"No " + what + L" is called \"" + text + L"\"." +
-                           (shown.empty() ? L"" : L" There is:" + Listed(shown)),
-                       kSeeList);
+                       Said(words.None, {text}) +
+                           (shown.empty() ? L"" : L" " + Said(L"There is:") + Listed(shown)),
+                       Said(kSeeList));
     std::vector<std::wstring> candidates;
     candidates.reserve(found.size());
     for (const size_t index : found)
         candidates.push_back(shown[index]);
-    throw CFailure(ExitCode::NotFound,
-                   L"\"" + text + L"\" fits more than one " + what + L":" + Listed(candidates),
-                   L"Give more of the name.");
+    throw CFailure(ExitCode::NotFound, Said(words.Several, {text}) + Listed(candidates),
+                   Said(L"Give more of the name."));
 }
 } // namespace
 
@@ -107,7 +118,7 @@ std::vector<const CAdapter*> ChooseAdapters(const CInventory& inventory, const s
     }
     if (text.empty())
         return all;
-    return {all[OneOf(L"adapter", text, names, shown)]};
+    return {all[OneOf(kAdapterWords, text, names, shown)]};
 }
 
 std::vector<CTestChoice> ChooseTests(const std::vector<const CAdapter*>& adapters, const std::wstring& text)
@@ -128,6 +139,6 @@ std::vector<CTestChoice> ChooseTests(const std::vector<const CAdapter*>& adapter
         names.push_back(kind.Names);
         shown.push_back(kind.Shown);
     }
-    return std::move(kinds[OneOf(L"test", text, names, shown)].Tests);
+    return std::move(kinds[OneOf(kTestWords, text, names, shown)].Tests);
 }
 } // namespace zebdiag

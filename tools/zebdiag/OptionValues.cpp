@@ -1,8 +1,8 @@
 #include "tools/zebdiag/OptionValues.h"
 
 #include "Common/src/com/Text.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/LocaleName.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,29 +14,29 @@ namespace
 std::wstring FaultOfName(const std::wstring& value)
 {
     if (value.empty())
-        return L"a name is missing.";
+        return Said(L"a name is missing.");
     // The name has been forgotten, and the next option stands in its place.
-    return value.starts_with(L"--") ? Filled(L"\"{1}\" is no name.", {value}) : L"";
+    return value.starts_with(L"--") ? Said(L"\"{1}\" is no name.", {value}) : L"";
 }
 
 std::wstring FaultOfLocale(const std::wstring& value)
 {
-    return LocaleArgument(value).empty() ? Filled(L"there is no language \"{1}\".", {value}) : L"";
+    return LocaleArgument(value).empty() ? Said(L"there is no language \"{1}\".", {value}) : L"";
 }
 
 std::wstring FaultOfSwitch(const std::wstring& value)
 {
-    return value == L"on" || value == L"off" ? L"" : Filled(L"\"{1}\" is neither on nor off.", {value});
+    return value == L"on" || value == L"off" ? L"" : Said(L"\"{1}\" is neither on nor off.", {value});
 }
 
 std::wstring FaultOfNumber(const std::wstring& value, unsigned least, unsigned most)
 {
     if (value.empty() || value.find_first_not_of(L"0123456789") != std::wstring::npos)
-        return Filled(L"\"{1}\" is no number.", {value});
+        return Said(L"\"{1}\" is no number.", {value});
     // No limit has ten digits.
     if (value.size() > 9 || std::stoul(value) < least || std::stoul(value) > most)
-        return Filled(L"{1} is not between {2} and {3}.",
-                      {value, std::to_wstring(least), std::to_wstring(most)});
+        return Said(L"{1} is not between {2} and {3}.",
+                    {value, std::to_wstring(least), std::to_wstring(most)});
     return {};
 }
 

@@ -1,4 +1,5 @@
 #include "tools/zebdiag/Options.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <windows.h>
 
@@ -30,6 +31,6 @@ bool CTarget::IsLocal() const
 
 std::wstring CTarget::ComputerInWords() const
 {
-    return IsLocal() ? L"this computer" : Computer;
+    return IsLocal() ? Said(L"this computer") : Computer;
 }
 } // namespace zebdiag

@@ -3,7 +3,7 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/Failure.h"
-#include "tools/zebdiag/Filled.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,14 +25,14 @@ constexpr CSwitchRow kSwitches[] = {{"quick", &CSettingValues::Quick}, {"report"
 
 CFailure Unusable(const std::wstring& file)
 {
-    return CFailure(ExitCode::CouldNotRun, Filled(L"The profiles in {1} cannot be understood.", {file}),
-                    L"Correct the file, or delete it and keep the profiles anew.");
+    return CFailure(ExitCode::CouldNotRun, Said(L"The profiles in {1} cannot be understood.", {file}),
+                    Said(L"Correct the file, or delete it and keep the profiles anew."));
 }
 
 CFailure NotWritten(const std::wstring& file, DWORD error)
 {
-    return CFailure(ExitCode::CouldNotRun, Filled(L"The profiles cannot be kept in {1}.", {file}),
-                    L"See whether you may change that file and whether the disk is full.",
+    return CFailure(ExitCode::CouldNotRun, Said(L"The profiles cannot be kept in {1}.", {file}),
+                    Said(L"See whether you may change that file and whether the disk is full."),
                     HRESULT_FROM_WIN32(error));
 }
 
@@ -46,8 +46,8 @@ std::string ReadBytes(const std::wstring& file)
     std::string bytes(kLargestFile, '\0');
     DWORD size = 0;
     if (!opened || !ReadFile(opened.Get(), bytes.data(), kLargestFile, &size, nullptr))
-        throw CFailure(ExitCode::CouldNotRun, Filled(L"The profiles in {1} cannot be read.", {file}),
-                       L"See whether you may read that file.",
+        throw CFailure(ExitCode::CouldNotRun, Said(L"The profiles in {1} cannot be read.", {file}),
+                       Said(L"See whether you may read that file."),
                        HRESULT_FROM_WIN32(opened ? GetLastError() : error));
     bytes.resize(size);
     return bytes;
@@ -155,12 +155,12 @@ const CSettingValues& ProfileNamed(const Profiles& profiles, const std::wstring&
     const auto found = profiles.find(name);
     if (found != profiles.end())
         return found->second;
-    std::wstring cause = Filled(L"There is no profile \"{1}\".", {name});
+    std::wstring cause = Said(L"There is no profile \"{1}\".", {name});
     if (!profiles.empty())
-        cause += L" There is:";
+        cause += L" " + Said(L"There is:");
     for (const auto& [other, values] : profiles)
         cause += L"\n  " + other;
     throw CFailure(ExitCode::NotFound, cause,
-                   L"Keep one with \"zebdiag profiles --save NAME\" and the settings to run with.");
+                   Said(L"Keep one with \"zebdiag profiles --save NAME\" and the settings to run with."));
 }
 } // namespace zebdiag

@@ -2,14 +2,16 @@
 #include "tools/zebdiag/Commands.h"
 #include "tools/zebdiag/Profiles.h"
 #include "tools/zebdiag/TextReport.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
 ExitCode KeepProfiles(const COptions& options, const std::wstring& file, IConsole& console)
 {
     if (file.empty())
-        throw CFailure(ExitCode::CouldNotRun, L"There is no folder for the profiles: APPDATA is not set.",
-                       L"Set it to the folder of your application data.");
+        throw CFailure(ExitCode::CouldNotRun,
+                       Said(L"There is no folder for the profiles: APPDATA is not set."),
+                       Said(L"Set it to the folder of your application data."));
     Profiles profiles = LoadProfiles(file);
     if (!options.Save.empty())
         profiles[options.Save] = {options.Quick, options.Report, options.Coverage};

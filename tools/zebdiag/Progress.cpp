@@ -1,6 +1,7 @@
 #include "tools/zebdiag/Progress.h"
 
 #include "tools/zebdiag/DateTime.h"
+#include "tools/zebdiag/Words.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,7 +29,7 @@ void CProgress::Show(std::optional<long> percent, unsigned long long elapsedSeco
         return;
     m_saidPercent = percent;
     m_saidSeconds = elapsedSeconds;
-    m_write(L"  " + m_label + L": " + (percent ? std::to_wstring(*percent) + L" %, " : L"") +
-            Duration(elapsedSeconds) + L"\n");
+    m_write(L"  " + m_label + L": " + (percent ? Percent(*percent) + L", " : L"") + Duration(elapsedSeconds) +
+            L"\n");
 }
 } // namespace zebdiag

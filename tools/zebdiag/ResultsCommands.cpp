@@ -4,15 +4,16 @@
 #include "tools/zebdiag/ObjectPath.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
 namespace
 {
-constexpr wchar_t kStoredCopyStays[] =
+constexpr const wchar_t* kStoredCopyStays = Marked(
     L"The result is gone from the provider's memory, but a stored copy of it stays: you may not change the "
     L"provider's data folder. It is back when the provider starts next. An administrator, or anyone else who "
-    L"may change files in that folder, can then remove it with \"zebdiag clear\".";
+    L"may change files in that folder, can then remove it with \"zebdiag clear\".");
 
 // The provider's answer does not say whether a result went, so it is looked for. Nor does it say that the
 // store refused the caller.
@@ -27,15 +28,15 @@ CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory
         if (!LoadResult(context.Session, test))
         {
             if (context.Surroundings.StoreRefuses(context.Session))
-                effect = {choice, ExitCode::CouldNotRun, kStoredCopyStays};
+                effect = {choice, ExitCode::CouldNotRun, Said(kStoredCopyStays)};
             return effect;
         }
         const std::optional<CTest> now = LoadTest(context.Session, test);
         effect.Code = now && now->InUse ? ExitCode::Busy : ExitCode::CouldNotRun;
         effect.Message =
             effect.Code == ExitCode::Busy
-                ? L"The result cannot be cleared while the test runs. Wait for its end, or stop it."
-                : std::wstring(L"The provider did not clear the result. ") + kTraceTells;
+                ? Said(L"The result cannot be cleared while the test runs. Wait for its end, or stop it.")
+                : Said(L"The provider did not clear the result.") + TraceTells();
     }
     catch (const CFailure& failure)
     {
@@ -82,8 +83,7 @@ ExitCode ClearResults(const CCommandContext& context)
     const bool any = !effects.empty();
     std::erase_if(effects, [](const CTestEffect& effect) { return effect.Code == ExitCode::Passed; });
     context.Say(EffectsInWords(effects));
-    context.Say(any ? L"Cleared " + Count(cleared, L"result") + L"."
-                    : std::wstring(L"There was no result to clear."));
+    context.Say(any ? Said(L"Cleared: {1}.", {Results(cleared)}) : Said(L"There was no result to clear."));
     return verdict;
 }
 } // namespace zebdiag

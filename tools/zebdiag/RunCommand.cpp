@@ -5,6 +5,7 @@
 #include "tools/zebdiag/RunScreen.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <memory>
@@ -26,12 +27,12 @@ class CSeries
             (context.Options.All && choice.Test->SendsPackets() ? m_plan.LeftOut : m_plan.Tests)
                 .push_back(choice);
         if (m_plan.Tests.empty())
-            throw CFailure(ExitCode::NotFound, L"There is no test to run.",
-                           L"See what there is with \"zebdiag list\".");
+            throw CFailure(ExitCode::NotFound, Said(L"There is no test to run."),
+                           Said(L"See what there is with \"zebdiag list\"."));
         if (HasPeer() && std::ranges::none_of(m_plan.Tests, [](const CTestChoice& choice)
                                               { return choice.Test->IsSender(); }))
-            throw CFailure(ExitCode::Usage, L"--peer is for the sender, which is not the test to run.",
-                           L"Name it with --test sender.");
+            throw CFailure(ExitCode::Usage, Said(L"--peer is for the sender, which is not the test to run."),
+                           Said(L"Name it with --test sender."));
         if (context.Options.Serial)
             m_plan.InOrder = Order::OneByOne;
         ChooseSetting();

@@ -7,6 +7,7 @@
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,16 +24,24 @@ std::wstring UpperCase(std::wstring text)
     CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
     return text;
 }
+
+// How long a run may take; first as configured, then as usual, each without and with an earlier end.
+constexpr const wchar_t* kLengths[2][2] = {
+    {Marked(L"Takes up to {1}."), Marked(L"Takes up to {1}; less if enough packets come sooner.")},
+    {Marked(L"Takes up to about {1}, unless that computer is configured otherwise."),
+     Marked(
+         L"Takes up to about {1}, unless that computer is configured otherwise; less if enough packets come "
+         L"sooner.")}};
 } // namespace
 
 void CRunReport::TellWhatStays(PutBack back) const
 {
     if (back == PutBack::Failed)
-        Tell(L"The sender's values could not be put back; look at Peer and the others under "
-             L"HKEY_LOCAL_MACHINE\\" +
-             std::wstring(kZebDiagKey) + L".");
+        Tell(Said(
+            L"The sender's values could not be put back; look at Peer and the others under HKEY_LOCAL_MACHINE\\{1}.",
+            {kZebDiagKey}));
     else if (back == PutBack::NotAll)
-        Tell(L"The sender's values were changed while the test ran; the new ones stay.");
+        Tell(Said(L"The sender's values were changed while the test ran; the new ones stay."));
 }
 
 unsigned CRunReport::Width() const
@@ -91,14 +100,13 @@ void CRunReport::AnnounceSeries() const
     // Those that send packets are announced by themselves.
     if (m_plan.IsSingle() || m_plan.Tests.front().Test->SendsPackets())
         return;
-    Tell(Filled(L"{1}, usually some seconds each.", {Count(m_plan.Tests.size(), L"test")}));
-    Tell(L"Ordinary tests leave the adapter's traffic alone, unless their description says otherwise.");
+    Tell(Said(L"{1}, usually some seconds each.", {Tests(m_plan.Tests.size())}));
+    Tell(Said(L"Ordinary tests leave the adapter's traffic alone, unless their description says otherwise."));
     std::wstring names;
     for (const CTestChoice& choice : m_plan.LeftOut)
         names += (names.empty() ? L"" : L", ") + TestTitle(choice);
     if (!names.empty())
-        Tell(Filled(L"Left out, because they take long and load the network: {1}. Run them by name.",
-                    {names}));
+        Tell(Said(L"Left out, because they take long and load the network: {1}. Run them by name.", {names}));
 }
 
 // What somebody wants to know before a run that lasts or that others notice.
@@ -108,17 +116,17 @@ CRunReport::CAnnouncement CRunReport::AnnouncementOf(const CTestChoice& choice) 
         return {};
     if (!choice.Test->SendsPackets())
     {
-        CAnnouncement one = {{choice.Test->Description, L"Usually takes some seconds."}, {}};
+        CAnnouncement one = {{choice.Test->Description, Said(L"Usually takes some seconds.")}, {}};
         if (m_plan.Setting.Coverage || m_plan.Setting.Quick || m_plan.Setting.Report)
             one.Texts.push_back(
-                L"This test has no settings: --coverage, --no-quick and --profile make no difference.");
+                Said(L"This test has no settings: --coverage, --no-quick and --profile make no difference."));
         return one;
     }
     CAnnouncement one = LengthOf(*choice.Test);
     one.Texts.insert(one.Texts.begin(), choice.Test->Description);
-    one.Texts.push_back(L"Other traffic on the adapter can become slower while it runs.");
+    one.Texts.push_back(Said(L"Other traffic on the adapter can become slower while it runs."));
     if (!m_context.Options.Sender.Peer.empty() && choice.Test->IsSender())
-        one.Texts.push_back(Filled(L"Sends to {1}.", {m_context.Options.Sender.Peer}));
+        one.Texts.push_back(Said(L"Sends to {1}.", {m_context.Options.Sender.Peer}));
     return one;
 }
 
@@ -142,14 +150,7 @@ CRunReport::CAnnouncement CRunReport::LengthOf(const CTest& test) const
     const bool mayEndSooner = Holds(&CSettingValues::Quick, stored) && Holds(&CSettingValues::Report, stored);
     const std::optional<unsigned> full = m_context.Surroundings.FullRunSeconds(m_context.Session);
     const unsigned long long most = full ? coverage * *full / 100 : coverage;
-    const std::wstring text = Filled(
-        full ? mayEndSooner ? L"Takes up to {1}; less if enough packets come sooner." : L"Takes up to {1}."
-        : mayEndSooner
-            ? L"Takes up to about {1}, unless that computer is configured otherwise; less if enough packets "
-              L"come sooner."
-            : L"Takes up to about {1}, unless that computer is configured otherwise.",
-        {Duration(most)});
-    return {{text}, most};
+    return {{Said(kLengths[full ? 0 : 1][mayEndSooner ? 1 : 0], {Duration(most)})}, most};
 }
 
 void CRunReport::ShowOutcome(const CTestOutcome& run) const
@@ -181,12 +182,12 @@ void CRunReport::TellStopping(StopReason reason) const
 {
     const bool several = LanesOf(m_plan.Tests, m_plan.InOrder).size() > 1;
     if (reason == StopReason::Timeout)
-        Tell(several ? L"The time given with --timeout is over: stopping the tests."
-                     : L"The time given with --timeout is over: stopping the test.",
+        Tell(several ? Said(L"The time given with --timeout is over: stopping the tests.")
+                     : Said(L"The time given with --timeout is over: stopping the test."),
              kRunIndent);
     else
-        Tell(several ? L"Stopping the tests. Press Ctrl+C again to leave them running."
-                     : L"Stopping the test. Press Ctrl+C again to leave it running.",
+        Tell(several ? Said(L"Stopping the tests. Press Ctrl+C again to leave them running.")
+                     : Said(L"Stopping the test. Press Ctrl+C again to leave it running."),
              kRunIndent);
 }
 
@@ -202,14 +203,14 @@ std::wstring CRunReport::VerdictLine(ExitCode verdict, const std::vector<CTestOu
     {
         size_t count = 0;
         for (const CTestOutcome& run : runs)
-            count += std::wstring_view(OutcomeInWords(run.Outcome.Code)) == OutcomeInWords(code);
+            count += OutcomeInWords(run.Outcome.Code) == OutcomeInWords(code);
         if (count == 0)
             continue;
-        line += separator + std::to_wstring(count) + L" " + OutcomeInWords(code);
+        line += separator + Said(L"{1} {2}", {std::to_wstring(count), OutcomeInWords(code)});
         separator = L", ";
     }
     if (notRun != 0)
-        line += L", " + std::to_wstring(notRun) + L" not run";
+        line += L", " + Said(L"{1} not run", {std::to_wstring(notRun)});
     return line + L".";
 }
 } // namespace zebdiag

@@ -1,9 +1,9 @@
 #include "tools/zebdiag/RunTable.h"
 
 #include "tools/zebdiag/DateTime.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/TextWidth.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <functional>
@@ -20,7 +20,6 @@ constexpr size_t kGap = 2;
 constexpr size_t kLongestBar = 40;
 constexpr size_t kLeastName = 6;  // of an adapter or a test
 constexpr size_t kUsualTime = 11; // "59 min 59 s"
-constexpr wchar_t kLongestState[] = L"running, 100 %";
 
 struct CStateWords
 {
@@ -28,17 +27,21 @@ struct CStateWords
     Colour InColour;
 };
 
+std::wstring Running(std::optional<long> percent)
+{
+    return percent ? Said(L"running, {1}", {Percent(*percent)}) : Said(L"running");
+}
+
 CStateWords StateOf(const CRunRow& row)
 {
     switch (row.Phase)
     {
     case RunPhase::Waiting:
-        return {L"waiting", Colour::Plain};
+        return {Said(L"waiting"), Colour::Plain};
     case RunPhase::LeftOut:
-        return {L"not run", Colour::Yellow};
+        return {Said(L"not run"), Colour::Yellow};
     case RunPhase::Running:
-        return {row.Percent ? Filled(L"running, {1} %", {std::to_wstring(*row.Percent)}) : L"running",
-                Colour::Plain};
+        return {Running(row.Percent), Colour::Plain};
     case RunPhase::Ended:
         break;
     }
@@ -96,7 +99,7 @@ struct CWidths
 CWidths WidthsOf(const std::vector<CRow>& rows, size_t room)
 {
     // What changes most does not move the columns.
-    CWidths widths = {.State = ColumnsOf(kLongestState), .Time = kUsualTime};
+    CWidths widths = {.State = ColumnsOf(Running(100)), .Time = kUsualTime};
     for (const CRow& row : rows)
     {
         widths.Adapter = std::max(widths.Adapter, ColumnsOf(row.Adapter));
@@ -132,7 +135,8 @@ CScreenLine LineOf(const CRow& row, const CWidths& widths, size_t room)
 
 std::vector<CScreenLine> LinesOf(const std::vector<const CRunRow*>& rows, size_t room)
 {
-    std::vector<CRow> shown = {{L"Adapter", L"Test", {L"State", Colour::Plain}, L"Time"}};
+    std::vector<CRow> shown = {
+        {Said(L"Adapter"), Said(L"Test"), {Said(L"State"), Colour::Plain}, Said(L"Time")}};
     for (const CRunRow* row : rows)
         shown.push_back({row->Choice.Adapter->Name, row->Choice.Test->Caption, StateOf(*row), TimeOf(*row)});
     const CWidths widths = WidthsOf(shown, room);
@@ -174,9 +178,9 @@ std::wstring BarLine(const std::vector<CRunRow>& rows, Order order, size_t room)
 {
     const auto ended = static_cast<size_t>(
         std::ranges::count_if(rows, [](const CRunRow& row) { return row.Phase == RunPhase::Ended; }));
-    std::wstring figures = Filled(L"{1} of {2} done", {std::to_wstring(ended), std::to_wstring(rows.size())});
+    std::wstring figures = Said(L"{1} of {2} done", {std::to_wstring(ended), std::to_wstring(rows.size())});
     if (const auto left = SecondsLeft(rows, order); left && ended < rows.size())
-        figures += Filled(L", about {1} left", {Duration(*left)});
+        figures += Said(L", about {1} left", {Duration(*left)});
     const size_t others = kIndent + 2 + 1 + ColumnsOf(figures);
     std::wstring line(kIndent, L' ');
     if (room > others)
@@ -201,7 +205,7 @@ std::vector<CScreenLine> DrawRuns(const std::vector<CRunRow>& rows, Order order,
     std::vector<CScreenLine> lines = LinesOf(chosen, size.Width - 1);
     if (!all)
         lines.push_back({{std::wstring(kIndent, L' ') +
-                          Filled(L"({1} more)", {std::to_wstring(rows.size() - chosen.size())})}});
+                          Said(L"({1} more)", {std::to_wstring(rows.size() - chosen.size())})}});
     lines.push_back({{BarLine(rows, order, size.Width - 1)}});
     return lines;
 }

@@ -2,6 +2,7 @@
 
 #include "Common/src/com/Owned.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 
@@ -96,12 +97,15 @@ IRegistryValues& ThisRegistry()
 
 CFailure CannotSet(const CSenderOptions& options, std::wstring cause, HRESULT status)
 {
-    std::wstring step = L"An administrator of that computer can set these values under HKEY_LOCAL_MACHINE\\" +
-                        std::wstring(kZebDiagKey) + L":\n";
+    std::wstring step =
+        Said(L"An administrator of that computer can set these values under HKEY_LOCAL_MACHINE\\{1}:",
+             {kZebDiagKey}) +
+        L"\n";
     for (const CNamedValue& value : ValuesOf(options))
         step += L"  " + value.InWords + L"\n";
     return CFailure(ExitCode::CouldNotRun, std::move(cause),
-                    step + L"Then run the test without --peer and the options that go with it.", status);
+                    step + Said(L"Then run the test without --peer and the options that go with it."),
+                    status);
 }
 
 void CSenderValues::Set(const CSenderOptions& options)
@@ -123,8 +127,8 @@ void CSenderValues::Set(const CSenderOptions& options)
         Restore();
         throw CannotSet(options,
                         status == ERROR_ACCESS_DENIED
-                            ? L"The peer was not set: on this computer only administrators may do that."
-                            : L"The peer was not set: the registry of this computer does not take it.",
+                            ? Said(L"The peer was not set: on this computer only administrators may do that.")
+                            : Said(L"The peer was not set: the registry of this computer does not take it."),
                         HRESULT_FROM_WIN32(status));
     }
 }

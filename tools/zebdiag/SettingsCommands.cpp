@@ -2,6 +2,7 @@
 #include "tools/zebdiag/Commands.h"
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/TextReport.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -30,8 +31,8 @@ ExitCode ChangeSettings(const CCommandContext& context)
     // All are looked at before the first is changed.
     for (const CTestChoice& choice : tests)
         if (!choice.Test->SendsPackets())
-            throw CFailure(ExitCode::CouldNotRun, TestTitle(choice) + L" has no settings.",
-                           L"See which tests have any with \"zebdiag settings\".");
+            throw CFailure(ExitCode::CouldNotRun, Said(L"{1} has no settings.", {TestTitle(choice)}),
+                           Said(L"See which tests have any with \"zebdiag settings\"."));
     const CSettingValues values = {context.Options.Quick, context.Options.Report, context.Options.Coverage};
     for (const CTestChoice& choice : tests)
         try

@@ -1,8 +1,8 @@
 #include "tools/zebdiag/Commands.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -32,7 +32,7 @@ bool WaitForEnd(const CCommandContext& context, const CTest& test)
 std::wstring EndInWords(const CCommandContext& context, const CTest& test)
 {
     const std::optional<CResult> result = LoadResult(context.Session, test);
-    return result ? StateInWords(result->State) + std::wstring(L".") : L"Ended.";
+    return result ? StateInWords(result->State) + L"." : Said(L"Ended.");
 }
 
 CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory, const CTestChoice& choice)
@@ -42,13 +42,13 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
     {
         const bool taken = RequestStop(context.Session, inventory.Computer, *choice.Test);
         if (!taken && StillRuns(context.Session, *choice.Test))
-            effect.Message = std::wstring(L"The provider did not stop the test. ") + kTraceTells;
+            effect.Message = Said(L"The provider did not stop the test.") + TraceTells();
         else if (!taken)
-            effect = {choice, ExitCode::Passed, L"It had ended already."};
+            effect = {choice, ExitCode::Passed, Said(L"It had ended already.")};
         else if (WaitForEnd(context, *choice.Test))
             effect = {choice, ExitCode::Passed, EndInWords(context, *choice.Test)};
         else
-            effect.Message = L"It was told to stop but still runs.";
+            effect.Message = Said(L"It was told to stop but still runs.");
     }
     catch (const CFailure& failure)
     {
@@ -62,10 +62,10 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
 std::wstring NothingRuns(const CCommandContext& context, const std::vector<CTestChoice>& chosen)
 {
     if (context.Options.Test.empty())
-        return L"No test is running.";
+        return Said(L"No test is running.");
     std::wstring text;
     for (const CTestChoice& choice : chosen)
-        text += (text.empty() ? L"" : L"\n") + Filled(L"{1} is not running.", {TestTitle(choice)});
+        text += (text.empty() ? L"" : L"\n") + Said(L"{1} is not running.", {TestTitle(choice)});
     return text;
 }
 } // namespace

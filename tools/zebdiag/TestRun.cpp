@@ -6,6 +6,7 @@
 #include "tools/zebdiag/TemporarySetting.h"
 #include "tools/zebdiag/WmiValue.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -40,9 +41,9 @@ class CTestRun
         outcome.Interrupted = m_stopReason != StopReason::None;
         const Restored restored = setting.Restore();
         if (restored == Restored::Failed)
-            m_observer.Say(L"The setting could not be put back; see \"zebdiag settings\".");
+            m_observer.Say(Said(L"The setting could not be put back; see \"zebdiag settings\"."));
         else if (restored == Restored::NotAll)
-            m_observer.Say(L"The setting was changed while the test ran; the new values stay.");
+            m_observer.Say(Said(L"The setting was changed while the test ran; the new values stay."));
         return outcome;
     }
 
@@ -127,8 +128,8 @@ class CTestRun
         outcome.Code = code;
         outcome.Message =
             code == ExitCode::Busy
-                ? L"The test is running already. Wait for its end, or stop it with \"zebdiag stop\"."
-                : std::wstring(L"The provider did not run the test. ") + kTraceTells;
+                ? Said(L"The test is running already. Wait for its end, or stop it with \"zebdiag stop\".")
+                : Said(L"The provider did not run the test.") + TraceTells();
         return outcome;
     }
 
@@ -136,8 +137,8 @@ class CTestRun
     {
         CRunOutcome outcome;
         outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::CouldNotRun;
-        outcome.Message = m_stopTaken ? L"The test was told to stop but has not ended yet."
-                                      : L"The test could not be stopped and may still run.";
+        outcome.Message = m_stopTaken ? Said(L"The test was told to stop but has not ended yet.")
+                                      : Said(L"The test could not be stopped and may still run.");
         return outcome;
     }
 
@@ -151,7 +152,7 @@ class CTestRun
         outcome.Result = LoadResult(m_session, m_test);
         if (!outcome.Result)
         {
-            outcome.Message = L"The test has run, but its result is not there any more.";
+            outcome.Message = Said(L"The test has run, but its result is not there any more.");
             return outcome;
         }
         switch (outcome.Result->State)
@@ -159,7 +160,7 @@ class CTestRun
         case TestState::Passed:
             outcome.Code = ExitCode::Passed;
             if (m_stopReason != StopReason::None)
-                outcome.Message = L"The test had ended before it could be stopped.";
+                outcome.Message = Said(L"The test had ended before it could be stopped.");
             break;
         case TestState::Failed:
             // Agents that have no word for it let a stopped run end as failed, with the stop as its reason.
@@ -168,14 +169,14 @@ class CTestRun
         case TestState::Stopped:
             outcome.Code = ExitCode::Stopped;
             if (m_stopReason == StopReason::None)
-                outcome.Message = L"Another program stopped the test.";
+                outcome.Message = Said(L"Another program stopped the test.");
             break;
         default:
-            outcome.Message = std::wstring(L"The provider did not finish the run. ") + kTraceTells;
+            outcome.Message = Said(L"The provider did not finish the run.") + TraceTells();
             break;
         }
         if (outcome.Code == ExitCode::Stopped && m_stopReason == StopReason::Timeout)
-            outcome.Message = L"The time given with --timeout was over.";
+            outcome.Message = Said(L"The time given with --timeout was over.");
         return outcome;
     }
 
@@ -208,9 +209,9 @@ CRunOutcome RunOneTest(const CWmiSession& session, const std::wstring& computer,
         if (!failure.NextStep.empty())
             outcome.Message += L" " + failure.NextStep;
         if (!failure.Detail.empty())
-            outcome.Message += L"\nThe provider says: " + failure.Detail;
+            outcome.Message += L"\n" + Said(L"The provider says: {1}", {failure.Detail});
         if (failure.Status != S_OK)
-            outcome.Message += L"\n(Status " + StatusText(failure.Status) + L".)";
+            outcome.Message += L"\n" + Said(L"(Status {1}.)", {StatusText(failure.Status)});
         return outcome;
     }
 }

@@ -5,6 +5,7 @@
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <functional>
 
@@ -15,25 +16,26 @@ namespace
 constexpr unsigned kFindingIndent = 4;
 constexpr unsigned kKeyIndent = 2;
 
-constexpr wchar_t kSettingsExplained[] =
+constexpr const wchar_t* kSettingsExplained = Marked(
     L"Coverage: how much of the configured time a run takes. Quick: whether it ends as soon as enough packets came. "
-    L"Report: whether it shows packet counters. Changes hold until the provider ends.";
+    L"Report: whether it shows packet counters. Changes hold until the provider ends.");
 
-std::wstring ServedBy(const std::vector<unsigned long>& processes)
+// What is listed, and by whom; the sentence is the same without processes.
+std::wstring ServedBy(const std::wstring& what, const std::vector<unsigned long>& processes)
 {
     if (processes.empty())
-        return L"";
-    std::wstring text = L", delivered by " + std::wstring(kProviderImage) + L" (process ";
-    for (size_t i = 0; i < processes.size(); ++i)
-        text += (i ? L", " : L"") + std::to_wstring(processes[i]);
-    return text + L")";
+        return what + L".";
+    std::wstring numbers;
+    for (const unsigned long process : processes)
+        numbers += (numbers.empty() ? L"" : L", ") + std::to_wstring(process);
+    return Said(L"{1}, delivered by {2} (process {3}).", {what, kProviderImage, numbers});
 }
 
 std::wstring StateCell(const CResult& result)
 {
     std::wstring text = StateInWords(result.State);
     if (result.State == TestState::InProgress && result.Percent && *result.Percent > 0)
-        text += L", " + std::to_wstring(*result.Percent) + L" %";
+        text += L", " + Percent(*result.Percent);
     return text;
 }
 
@@ -47,12 +49,12 @@ std::wstring FindingsCell(const CResult& result)
 
 std::wstring OnOff(const std::optional<bool>& value)
 {
-    return !value ? L"-" : *value ? L"on" : L"off";
+    return !value ? L"-" : *value ? Said(L"on") : Said(L"off");
 }
 
-std::wstring Percent(const std::optional<long>& value)
+std::wstring PercentOrDash(const std::optional<long>& value)
 {
-    return value ? std::to_wstring(*value) + L" %" : L"-";
+    return value ? Percent(*value) : L"-";
 }
 
 // A table for each adapter that has a row, under the adapter's title. `addRow` says whether it added one.
@@ -83,7 +85,7 @@ std::wstring AdapterTitle(const CAdapter& adapter)
 
 std::wstring TestTitle(const CTestChoice& choice)
 {
-    return choice.Test->Caption + L" on " + choice.Adapter->Name;
+    return Said(L"{1} on {2}", {choice.Test->Caption, choice.Adapter->Name});
 }
 
 std::wstring RenderList(const CInventory& inventory, const std::vector<const CAdapter*>& adapters,
@@ -96,20 +98,23 @@ std::wstring RenderList(const CInventory& inventory, const std::vector<const CAd
         text += Paragraph(AdapterTitle(*adapter), width);
         if (adapter->Name != adapter->Key)
             text += Paragraph(adapter->Key, width, kKeyIndent);
-        CTable table({L"Number", L"Test", L"Description"});
+        CTable table({Said(L"Number"), Said(L"Test"), Said(L"Description")});
         for (const CTest& test : adapter->Tests)
         {
-            table.Add({std::to_wstring(test.Number), test.InUse ? test.Caption + L" (running)" : test.Caption,
-                       test.Description});
+            table.Add({std::to_wstring(test.Number),
+                       test.InUse ? Said(L"{1} (running)", {test.Caption}) : test.Caption, test.Description});
             ++count;
         }
         text += table.Render(width) + L"\n";
     }
     if (count == 0)
-        return Paragraph(L"There is no wired adapter with tests" + ServedBy(processes) + L".", width);
-    return text + Paragraph(Count(count, L"test") + L" on " + Count(adapters.size(), L"adapter") +
-                                (inventory.Computer.empty() ? L"" : L" of " + inventory.Computer) +
-                                ServedBy(processes) + L".",
+        return Paragraph(ServedBy(Said(L"There is no wired adapter with tests"), processes), width);
+    const std::wstring tests = Tests(count);
+    const std::wstring on = Adapters(adapters.size());
+    return text + Paragraph(ServedBy(inventory.Computer.empty()
+                                         ? tests + L", " + on
+                                         : Said(L"{1} on {2} of {3}", {tests, on, inventory.Computer}),
+                                     processes),
                             width);
 }
 
@@ -118,29 +123,29 @@ std::wstring RenderResults(const std::vector<CTestChoice>& tests,
 {
     std::map<TestState, size_t> counts;
     size_t count = 0;
-    std::wstring text =
-        TablesByAdapter(tests, {L"Test", L"State", L"Started", L"Ended", L"Findings"}, width,
-                        [&](CTable& table, const CTest& test)
-                        {
-                            const auto found = results.find(test.Key);
-                            if (found == results.end())
-                                return false;
-                            const CResult& result = found->second;
-                            table.Add({test.Caption, StateCell(result), ReadableTime(result.Started),
-                                       ReadableEnd(result.Completed, result.Started), FindingsCell(result)});
-                            ++counts[result.State];
-                            ++count;
-                            return true;
-                        });
+    std::wstring text = TablesByAdapter(
+        tests, {Said(L"Test"), Said(L"State"), Said(L"Started"), Said(L"Ended"), Said(L"Findings")}, width,
+        [&](CTable& table, const CTest& test)
+        {
+            const auto found = results.find(test.Key);
+            if (found == results.end())
+                return false;
+            const CResult& result = found->second;
+            table.Add({test.Caption, StateCell(result), ReadableTime(result.Started),
+                       ReadableEnd(result.Completed, result.Started), FindingsCell(result)});
+            ++counts[result.State];
+            ++count;
+            return true;
+        });
     if (count == 0)
-        return L"There are no results.\n";
-    std::wstring summary = Count(count, L"result");
+        return Paragraph(Said(L"There are no results."), width);
+    std::wstring summary = Results(count);
     const wchar_t* separator = L": ";
     for (const auto& [state, number] : counts)
     {
         std::wstring word = StateInWords(state);
         word.front() = static_cast<wchar_t>(towlower(word.front()));
-        summary += separator + std::to_wstring(number) + L" " + word;
+        summary += separator + Said(L"{1} {2}", {std::to_wstring(number), word});
         separator = L", ";
     }
     return text + Paragraph(summary + L".", width);
@@ -149,35 +154,37 @@ std::wstring RenderResults(const std::vector<CTestChoice>& tests,
 std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
                             const std::map<std::wstring, CSetting>& settings, unsigned width)
 {
-    std::wstring text = TablesByAdapter(
-        tests, {L"Test", L"Coverage", L"Quick", L"Report"}, width,
-        [&](CTable& table, const CTest& test)
-        {
-            const auto found = settings.find(test.Key);
-            if (!test.SendsPackets() || found == settings.end())
-                return false;
-            const CSettingValues& values = found->second.Values;
-            table.Add({test.Caption, Percent(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
-            return true;
-        });
+    std::wstring text =
+        TablesByAdapter(tests, {Said(L"Test"), Said(L"Coverage"), Said(L"Quick"), Said(L"Report")}, width,
+                        [&](CTable& table, const CTest& test)
+                        {
+                            const auto found = settings.find(test.Key);
+                            if (!test.SendsPackets() || found == settings.end())
+                                return false;
+                            const CSettingValues& values = found->second.Values;
+                            table.Add({test.Caption, PercentOrDash(values.Coverage), OnOff(values.Quick),
+                                       OnOff(values.Report)});
+                            return true;
+                        });
     if (text.empty())
-        return L"None of these tests has settings.\n";
-    return text + Paragraph(kSettingsExplained, width);
+        return Paragraph(Said(L"None of these tests has settings."), width);
+    return text + Paragraph(Said(kSettingsExplained), width);
 }
 
 std::wstring RenderProfiles(const Profiles& profiles, unsigned width)
 {
     if (profiles.empty())
         return Paragraph(
-            L"There are no profiles. Keep one with \"zebdiag profiles --save NAME\" and the settings to "
-            L"run with.",
+            Said(L"There are no profiles. Keep one with \"zebdiag profiles --save NAME\" and the settings to "
+                 L"run with."),
             width);
-    CTable table({L"Profile", L"Coverage", L"Quick", L"Report"});
+    CTable table({Said(L"Profile"), Said(L"Coverage"), Said(L"Quick"), Said(L"Report")});
     for (const auto& [name, values] : profiles)
-        table.Add({name, Percent(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
+        table.Add({name, PercentOrDash(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
     return table.Render(width) + L"\n" +
            Paragraph(
-               L"Run with one: \"zebdiag run --test sender --profile NAME\". A dash leaves a setting as it is.",
+               Said(
+                   L"Run with one: \"zebdiag run --test sender --profile NAME\". A dash leaves a setting as it is."),
                width);
 }
 

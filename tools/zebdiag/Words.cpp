@@ -1,4 +1,5 @@
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -15,9 +16,9 @@ struct CStateRow
     const wchar_t* Words;
     const char* Name;
 };
-constexpr CStateRow kStates[] = {{L"Unknown", "unknown"},         {L"Other", "other"},
-                                 {L"Passed", "passed"},           {L"Failed", "failed"},
-                                 {L"In progress", "in_progress"}, {L"Stopped", "stopped"}};
+constexpr CStateRow kStates[] = {{Marked(L"Unknown"), "unknown"},         {Marked(L"Other"), "other"},
+                                 {Marked(L"Passed"), "passed"},           {Marked(L"Failed"), "failed"},
+                                 {Marked(L"In progress"), "in_progress"}, {Marked(L"Stopped"), "stopped"}};
 
 const CStateRow& RowOf(TestState state) noexcept
 {
@@ -52,9 +53,9 @@ void MakeUnsigned(std::wstring& counter)
 }
 } // namespace
 
-const wchar_t* StateInWords(TestState state) noexcept
+std::wstring StateInWords(TestState state)
 {
-    return RowOf(state).Words;
+    return Said(RowOf(state).Words);
 }
 
 const char* StateName(TestState state) noexcept
@@ -73,25 +74,45 @@ std::vector<std::wstring> Findings(const CResult& result)
     return findings;
 }
 
-std::wstring Count(size_t count, const wchar_t* word)
+std::wstring Tests(size_t count)
 {
-    return std::to_wstring(count) + L" " + word + (count == 1 ? L"" : L"s");
+    return count == 1 ? Said(L"1 test") : Said(L"{1} tests", {std::to_wstring(count)});
 }
 
-const wchar_t* OutcomeInWords(ExitCode code) noexcept
+std::wstring Adapters(size_t count)
+{
+    return count == 1 ? Said(L"1 adapter") : Said(L"{1} adapters", {std::to_wstring(count)});
+}
+
+std::wstring Results(size_t count)
+{
+    return count == 1 ? Said(L"1 result") : Said(L"{1} results", {std::to_wstring(count)});
+}
+
+std::wstring Percent(long value)
+{
+    return Said(L"{1} %", {std::to_wstring(value)});
+}
+
+std::wstring TraceTells()
+{
+    return L" " + Said(L"Its trace tells why; \"zebdiag doctor\" says where it is.");
+}
+
+std::wstring OutcomeInWords(ExitCode code)
 {
     switch (code)
     {
     case ExitCode::Passed:
-        return L"passed";
+        return Said(L"passed");
     case ExitCode::Failed:
-        return L"failed";
+        return Said(L"failed");
     case ExitCode::Stopped:
-        return L"stopped";
+        return Said(L"stopped");
     case ExitCode::Busy:
-        return L"busy";
+        return Said(L"busy");
     default:
-        return L"could not run";
+        return Said(L"could not run");
     }
 }
 } // namespace zebdiag

@@ -10,9 +10,9 @@
 namespace zebdiag
 {
 // "Passed", "In progress" and so on; "Unknown" for a number that has no meaning.
-const wchar_t* StateInWords(TestState state) noexcept;
+std::wstring StateInWords(TestState state);
 // How a run ended: "passed", "could not run".
-const wchar_t* OutcomeInWords(ExitCode code) noexcept;
+std::wstring OutcomeInWords(ExitCode code);
 // For JSON documents: "passed", "in_progress".
 const char* StateName(TestState state) noexcept;
 
@@ -20,9 +20,14 @@ const char* StateName(TestState state) noexcept;
 // as the unsigned numbers that they are; the lines have those from 2^31 on as negative ones.
 std::vector<std::wstring> Findings(const CResult& result);
 
-// Ends a message about what the provider alone knows.
-inline constexpr wchar_t kTraceTells[] = L"Its trace tells why; \"zebdiag doctor\" says where it is.";
+// "1 test", "3 tests" and so on.
+std::wstring Tests(size_t count);
+std::wstring Adapters(size_t count);
+std::wstring Results(size_t count);
 
-// "1 test", "3 tests": the word must take an s.
-std::wstring Count(size_t count, const wchar_t* word);
+// "45 %".
+std::wstring Percent(long value);
+
+// Goes behind a message about what the provider alone knows.
+std::wstring TraceTells();
 } // namespace zebdiag

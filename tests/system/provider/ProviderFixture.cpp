@@ -47,7 +47,9 @@ bool WaitForCalls(const CProviderMachine& machine, const char* test, const char*
 
 std::wstring ZebdiagCommand(const std::wstring& arguments)
 {
-    return L"\"" + BinFolder() + L"zebdiag.exe\" " + arguments;
+    // English, whatever the language of whoever runs the tests.
+    const wchar_t* language = arguments.find(L"--locale") == std::wstring::npos ? L" --locale en-US" : L"";
+    return L"\"" + BinFolder() + L"zebdiag.exe\" " + arguments + language;
 }
 
 CRunResult Zebdiag(const std::wstring& arguments)

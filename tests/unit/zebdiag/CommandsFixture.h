@@ -9,6 +9,7 @@
 #include "FakeRegistry.h"
 #include "tests/support/TempFolder.h"
 #include "tools/zebdiag/Application.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -42,12 +43,16 @@ class CommandsTest : public testing::Test
         m_seams.Surroundings.Registry = &m_registry;
         m_seams.Surroundings.ProfileFile = (m_folder.Path() / "Maker" / "profiles.json").wstring();
         m_seams.Machine = &m_machine;
+        m_seams.Locale = L"MS_409";
 
         m_world->Add(L"1@{AAAA}", L"Link");
         m_world->Add(L"1@{BBBB}", L"Link");
         m_world->Add(L"2@{BBBB}", L"Speed");
         m_world->Add(L"9@{BBBB}", L"Sender", true);
     }
+
+    // The language of a run stays that of the process.
+    ~CommandsTest() override { SpeakLanguageOf(0x409); }
 
     ExitCode Run(const std::vector<std::wstring>& arguments)
     {

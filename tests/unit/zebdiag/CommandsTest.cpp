@@ -243,7 +243,7 @@ TEST_F(CommandsTest, ClearDeletesResults)
     m_world->Results[L"1@{BBBB}"] = {};
     m_world->Results[L"2@{BBBB}"] = {};
     EXPECT_EQ(Run({L"clear", L"--test", L"link"}), ExitCode::Passed);
-    EXPECT_EQ(m_console.Output, L"Cleared 2 results.\n");
+    EXPECT_EQ(m_console.Output, L"Cleared: 2 results.\n");
     EXPECT_EQ(m_world->Results.size(), 1u);
 }
 
@@ -265,7 +265,7 @@ TEST_F(CommandsTest, ClearTellsWhatAStoreThatRefusesMeans)
               L"stays: you "
               L"may not change the provider's data folder. It is back when the provider starts next. An "
               L"administrator, or anyone else who may change files in that folder, can then remove it with "
-              L"\"zebdiag clear\".\nCleared 0 results.\n");
+              L"\"zebdiag clear\".\nCleared: 0 results.\n");
 }
 
 TEST_F(CommandsTest, ClearThatTheServiceRefusesLeavesTheResult)
@@ -274,7 +274,7 @@ TEST_F(CommandsTest, ClearThatTheServiceRefusesLeavesTheResult)
     m_world->Failures[L"ClearResults"] = {E_ACCESSDENIED, L""};
     EXPECT_EQ(Run({L"clear", L"--all"}), ExitCode::NotReachable);
     EXPECT_EQ(m_console.Output, L"Link on Ethernet 2: Access to root\\cimv2 on this computer was denied.\n"
-                                L"Cleared 0 results.\n");
+                                L"Cleared: 0 results.\n");
 }
 
 // The method's answer does not tell that nothing was cleared.
@@ -286,7 +286,7 @@ TEST_F(CommandsTest, ClearOfARunningTestIsBusy)
     EXPECT_EQ(m_console.Output,
               L"Sender on Ethernet 2: The result cannot be cleared while the test runs. Wait for its "
               L"end, or stop it.\n"
-              L"Cleared 1 result.\n");
+              L"Cleared: 1 result.\n");
 }
 } // namespace
 } // namespace zebdiag

@@ -6,6 +6,7 @@
 #include "tools/zebdiag/doctor/Machine.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace zebdiag
 {
@@ -64,9 +65,13 @@ TEST(ThisMachineTest, ReadsStringsOfLibraries)
 // What ships carries the product's version; a test program has none.
 TEST(ThisMachineTest, ReadsVersions)
 {
-    for (const wchar_t* file :
-         {L"Drevok.EXE", L"Vorl.dll", L"zebdiag.exe", L"ENU_NWR.dll", L"ENU_8023.dll", L"ENUDiag.dll"})
-        EXPECT_EQ(ThisMachine().VersionOf(OwnFolder() + file), L"" ZEB_VERSION) << NarrowText(file);
+    std::vector<std::wstring> files = {L"Drevok.EXE", L"Vorl.dll", L"zebdiag.exe"};
+    std::wistringstream languages(L"" ZEB_TEXT_LANGUAGES);
+    for (std::wstring language; languages >> language;)
+        for (const wchar_t* end : {L"_NWR.dll", L"_8023.dll", L"Diag.dll"})
+            files.push_back(language + end);
+    for (const std::wstring& file : files)
+        EXPECT_EQ(ThisMachine().VersionOf(OwnFolder() + file), L"" ZEB_VERSION) << Utf8Text(file);
     EXPECT_EQ(ThisMachine().VersionOf(OwnPath()), L"");
     EXPECT_EQ(ThisMachine().VersionOf(L"C:\\no-such-file"), L"");
 }

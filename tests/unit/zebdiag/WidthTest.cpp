@@ -118,7 +118,12 @@ INSTANTIATE_TEST_SUITE_P(
                     WidthCase{"PeerElsewhere",
                               {L"run", L"--test", L"9", L"--peer", L"x", L"--computer", L"WS42"}},
                     WidthCase{"Help", {L"help"}}, WidthCase{"HelpOfRun", {L"help", L"run"}},
-                    WidthCase{"HelpOfSet", {L"help", L"set"}}),
+                    WidthCase{"HelpOfSet", {L"help", L"set"}},
+                    WidthCase{"ListInGerman", {L"list", L"--locale", L"de-DE"}},
+                    WidthCase{"RunInGerman", {L"run", L"--all", L"--locale", L"de-DE"}},
+                    WidthCase{"DoctorInGerman", {L"doctor", L"--locale", L"de-DE"}},
+                    WidthCase{"HelpInGerman", {L"help", L"--locale", L"de-DE"}},
+                    WidthCase{"HelpOfRunInGerman", {L"help", L"run", L"--locale", L"de-DE"}}),
     NameOf<WidthCase>);
 
 using ResultsWidthTest = CommandsTest;

@@ -110,7 +110,7 @@ class StateTest : public testing::TestWithParam<StateCase>
 
 TEST_P(StateTest, HasWords)
 {
-    EXPECT_STREQ(StateInWords(static_cast<TestState>(GetParam().number)), GetParam().words);
+    EXPECT_EQ(StateInWords(static_cast<TestState>(GetParam().number)), GetParam().words);
     EXPECT_STREQ(StateName(static_cast<TestState>(GetParam().number)), GetParam().json);
 }
 
@@ -165,9 +165,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(CountTest, OneIsSingular)
 {
-    EXPECT_EQ(Count(1, L"test"), L"1 test");
-    EXPECT_EQ(Count(0, L"test"), L"0 tests");
-    EXPECT_EQ(Count(2, L"test"), L"2 tests");
+    EXPECT_EQ(Tests(1), L"1 test");
+    EXPECT_EQ(Tests(0), L"0 tests");
+    EXPECT_EQ(Adapters(1), L"1 adapter");
+    EXPECT_EQ(Adapters(2), L"2 adapters");
+    EXPECT_EQ(Results(1), L"1 result");
+    EXPECT_EQ(Results(2), L"2 results");
 }
 
 struct LocaleCase

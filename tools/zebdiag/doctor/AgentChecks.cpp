@@ -1,9 +1,9 @@
 // The adapter agent: whether COM knows it, and what it answers.
 #include "Common/src/com/Owned.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/LocaleName.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <iterator>
 
@@ -14,7 +14,8 @@ namespace
 struct CAgentKind
 {
     DWORD Selector;
-    const wchar_t* Words;
+    const wchar_t* Good; // {1}: its file
+    const wchar_t* Unknown;
     const wchar_t* Class;
     const wchar_t* Servers[2]; // the second may be null
     const wchar_t* Register;
@@ -23,20 +24,23 @@ struct CAgentKind
 // The last one is that of every other selector.
 constexpr CAgentKind kAgents[] = {
     {1,
-     L"the test agent (TestVorl is 1; it plays adapters from a file)",
+     Marked(L"{1}, the test agent (TestVorl is 1; it plays adapters from a file)"),
+     Marked(L"COM does not know the test agent (TestVorl is 1; it plays adapters from a file)."),
      kTestAgentClass,
      {L"InprocServer32", L"LocalServer32"},
-     L"Delete the value TestVorl, or register the test agent: \"regsvr32 VorlTest.dll\"."},
+     Marked(L"Delete the value TestVorl, or register the test agent: \"regsvr32 VorlTest.dll\".")},
     {2,
-     L"an agent in a process of its own (TestVorl is 2)",
+     Marked(L"{1}, an agent in a process of its own (TestVorl is 2)"),
+     Marked(L"COM does not know an agent in a process of its own (TestVorl is 2)."),
      kAgentClass,
      {L"LocalServer32", nullptr},
-     L"Delete the value TestVorl, or register that agent: \"VorlProxy.exe /RegServer\"."},
+     Marked(L"Delete the value TestVorl, or register that agent: \"VorlProxy.exe /RegServer\".")},
     {0,
-     L"the adapter agent",
+     Marked(L"{1}, the adapter agent"),
+     Marked(L"COM does not know the adapter agent."),
      kAgentClass,
      {L"InprocServer32", L"LocalServer32"},
-     L"Register the agent as an administrator: \"regsvr32 Vorl.dll\"."},
+     Marked(L"Register the agent as an administrator: \"regsvr32 Vorl.dll\".")},
 };
 
 const CAgentKind& AgentOf(DWORD selector)
@@ -92,10 +96,10 @@ CFinding CheckAgent(CExamination& exam)
             continue;
         const std::wstring file = ProgramOf(*command);
         if (exam.Machine->Look(file) == FileState::Missing)
-            return Wrong(L"It is registered as " + file + L", which is not there.", agent.Register);
-        return Good(file + L", " + agent.Words);
+            return Wrong(Said(L"It is registered as {1}, which is not there.", {file}), Said(agent.Register));
+        return Good(Said(agent.Good, {file}));
     }
-    return Wrong(std::wstring(L"COM does not know ") + agent.Words + L".", agent.Register);
+    return Wrong(Said(agent.Unknown), Said(agent.Register));
 }
 
 std::optional<CFinding> FaultOfAgentsAnswer(const CExamination& exam)
@@ -107,26 +111,27 @@ std::optional<CFinding> FaultOfAgentsAnswer(const CExamination& exam)
         return std::nullopt;
     case AgentSays::NoAdapter:
         return Wrong(
-            L"The adapter agent finds no wired adapter, and without one the provider does not start.",
-            L"Connect one, or see in the device manager why an adapter that is there does not show.");
+            Said(L"The adapter agent finds no wired adapter, and without one the provider does not start."),
+            Said(L"Connect one, or see in the device manager why an adapter that is there does not show."));
     case AgentSays::NoTests:
         return Wrong(
-            L"The adapter agent has no test for any adapter, and without one the provider does not start.",
-            L"See in the device manager whether the wired adapters work, or ask the agent's maker.");
+            Said(
+                L"The adapter agent has no test for any adapter, and without one the provider does not start."),
+            Said(L"See in the device manager whether the wired adapters work, or ask the agent's maker."));
     case AgentSays::Crashed:
-        return Wrong(L"The adapter agent crashes when it is asked for its adapters.",
-                     L"Install its files anew; if it goes on crashing, tell the agent's maker.");
+        return Wrong(Said(L"The adapter agent crashes when it is asked for its adapters."),
+                     Said(L"Install its files anew; if it goes on crashing, tell the agent's maker."));
     case AgentSays::Nothing:
-        return Wrong(L"The adapter agent does not answer when it is asked for its adapters.",
-                     L"Restart the computer; if that does not help, tell the agent's maker.");
+        return Wrong(Said(L"The adapter agent does not answer when it is asked for its adapters."),
+                     Said(L"Restart the computer; if that does not help, tell the agent's maker."));
     case AgentSays::Failed:
         break;
     }
     const std::wstring text =
         IsAgentCode(answer.Status) ? AgentText(exam, answer.Status) : SystemText(answer.Status);
-    return Wrong(Filled(text.empty() ? L"The adapter agent fails with status {1}."
-                                     : L"The adapter agent fails with status {1}: {2}",
-                        {StatusText(answer.Status), text}),
-                 L"Mend what the agent names, then try again.");
+    return Wrong(Said(text.empty() ? Marked(L"The adapter agent fails with status {1}.")
+                                   : Marked(L"The adapter agent fails with status {1}: {2}"),
+                      {StatusText(answer.Status), text}),
+                 Said(L"Mend what the agent names, then try again."));
 }
 } // namespace zebdiag

@@ -5,6 +5,7 @@
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
 #include "tools/zebdiag/doctor/StartFault.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 
@@ -17,9 +18,8 @@ constexpr wchar_t kNoText[] = L"No string found";
 
 std::wstring Seconds(unsigned long long milliseconds)
 {
-    wchar_t text[32] = {};
-    _snwprintf(text, 31, L"%llu.%llu s", milliseconds / 1000, milliseconds % 1000 / 100);
-    return text;
+    return Said(L"{1}.{2} s",
+                {std::to_wstring(milliseconds / 1000), std::to_wstring(milliseconds % 1000 / 100)});
 }
 
 // True where the system is known to have no wired adapter.
@@ -42,20 +42,23 @@ bool IsServed(const CInventory& inventory, const CInterface& one)
 std::wstring LeftOut(const CExamination& exam)
 {
     if (!exam.Machine)
-        return L" Why others are left out can be seen only on " + exam.Target.ComputerInWords() + L" itself.";
+        return L" " + Said(L"Why others are left out can be seen only on {1} itself.",
+                           {exam.Target.ComputerInWords()});
     std::vector<std::wstring> others;
     for (const CInterface& one : exam.Machine->Interfaces())
         if (!exam.Inventory || !IsServed(*exam.Inventory, one))
             others.push_back(one.Name + L" (" +
-                             (one.LeftOut.empty() ? L"the adapter agent does not offer it" : one.LeftOut) +
+                             (one.LeftOut.empty() ? Said(L"the adapter agent does not offer it")
+                                                  : Said(one.LeftOut.c_str())) +
                              L")");
-    return others.empty() ? L"" : L" Left out: " + Joined(others) + L".";
+    return others.empty() ? L"" : L" " + Said(L"Left out: {1}.", {Joined(others)});
 }
 
 std::wstring LanguageInWords(LCID locale)
 {
     wchar_t name[128] = {};
-    GetLocaleInfoW(locale, LOCALE_SENGLISHLANGUAGENAME, name, 128);
+    GetLocaleInfoW(locale, SaidInEnglish() ? LOCALE_SENGLISHLANGUAGENAME : LOCALE_SNATIVELANGUAGENAME, name,
+                   128);
     return name;
 }
 } // namespace
@@ -63,7 +66,7 @@ std::wstring LanguageInWords(LCID locale)
 CFinding CheckAnswer(CExamination& exam)
 {
     if (!exam.SchemaGood)
-        return AfterFault(L"Without its classes the provider cannot be asked.");
+        return AfterFault(Said(L"Without its classes the provider cannot be asked."));
     const unsigned long long begin = exam.Now();
     try
     {
@@ -72,35 +75,37 @@ CFinding CheckAnswer(CExamination& exam)
     catch (const CFailure& failure)
     {
         if (exam.Blocked)
-            return AfterFault(L"It does not answer, as is to be expected. " + failure.Cause);
+            return AfterFault(Said(L"It does not answer, as is to be expected.") + L" " + failure.Cause);
         if (HasNoWiredAdapter(exam))
-            return Unknown(L"It does not answer. " + failure.Cause, L"See under \"Wired adapters\".");
+            return Unknown(Said(L"It does not answer.") + L" " + failure.Cause,
+                           Said(L"See under \"Wired adapters\"."));
         return Wrong(exam.Machine ? WithReason(failure, exam.Target, *exam.Machine) : failure);
     }
-    return Good(L"It named " + Count(exam.Inventory->TestCount(), L"test") + L" within " +
-                Seconds(exam.Now() - begin) + L".");
+    return Good(
+        Said(L"It named {1} within {2}.", {Tests(exam.Inventory->TestCount()), Seconds(exam.Now() - begin)}));
 }
 
 CFinding CheckTexts(CExamination& exam)
 {
     if (!exam.Inventory || exam.Inventory->TestCount() == 0)
-        return AfterFault(L"There is no test whose texts could be read.");
+        return AfterFault(Said(L"There is no test whose texts could be read."));
     for (const CAdapter& adapter : exam.Inventory->Adapters)
         for (const CTest& test : adapter.Tests)
             for (const std::wstring& text : {test.Caption, test.Description})
                 if (text.empty() || text.starts_with(kNoText))
-                    return Wrong(L"Test " + test.Key + L" lacks a text" +
-                                     (text.empty() ? L"." : L": " + text),
-                                 L"Put the text libraries (ENU_NWR.dll, ENU_8023.dll, ENUDiag.dll) into the "
-                                 L"provider's folder, and look at the values ResourcePath.");
+                    return Wrong(
+                        text.empty() ? Said(L"Test {1} lacks a text.", {test.Key})
+                                     : Said(L"Test {1} lacks a text: {2}", {test.Key, text}),
+                        Said(
+                            L"Put the text libraries (ENU_NWR.dll, ENU_8023.dll, ENUDiag.dll) into the provider's folder, and look at the values ResourcePath."));
     const LCID locale = NumberOfLocale(CallerLocale(exam.Target.Locale));
     const std::wstring language = LanguageInWords(locale);
     if (!exam.Machine || exam.Server.empty())
-        return Good(L"All tests have texts; " + language + L" was asked for.");
+        return Good(Said(L"All tests have texts; {1} was asked for.", {language}));
     return exam.Machine->Look(FolderOf(exam.Server) + TextLibrary(locale)) == FileState::There
-               ? Good(L"All tests have texts, in " + language + L".")
-               : Good(L"All tests have texts. There are none in " + language +
-                      L", so another language stands in.");
+               ? Good(Said(L"All tests have texts, in {1}.", {language}))
+               : Good(Said(L"All tests have texts. There are none in {1}, so another language stands in.",
+                           {language}));
 }
 
 CFinding CheckAdapters(CExamination& exam)
@@ -110,16 +115,16 @@ CFinding CheckAdapters(CExamination& exam)
         std::vector<std::wstring> names;
         for (const CAdapter& adapter : exam.Inventory->Adapters)
             names.push_back(adapter.Name);
-        return Good(L"With tests: " + Joined(names) + L"." + LeftOut(exam));
+        return Good(Said(L"With tests: {1}.", {Joined(names)}) + LeftOut(exam));
     }
     if (HasNoWiredAdapter(exam))
         return Wrong(
-            L"This computer has no wired adapter, and without one the provider does not start." +
+            Said(L"This computer has no wired adapter, and without one the provider does not start.") +
                 LeftOut(exam),
-            L"Connect one, or see in the device manager why an adapter that is there does not show.");
+            Said(L"Connect one, or see in the device manager why an adapter that is there does not show."));
     if (exam.Inventory)
-        return Wrong(L"The provider has tests for no adapter." + LeftOut(exam),
-                     L"See in the device manager whether the wired adapters work.");
-    return AfterFault(L"The provider cannot be asked which have tests.");
+        return Wrong(Said(L"The provider has tests for no adapter.") + LeftOut(exam),
+                     Said(L"See in the device manager whether the wired adapters work."));
+    return AfterFault(Said(L"The provider cannot be asked which have tests."));
 }
 } // namespace zebdiag

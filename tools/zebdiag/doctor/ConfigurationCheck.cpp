@@ -1,7 +1,7 @@
 // The registry values that keep the provider from starting.
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -12,11 +12,11 @@ CFinding CheckConfiguration(CExamination& exam)
     for (const wchar_t* name : {L"Enable", L"FileAppend"})
         if (const auto value = exam.Machine->Number(kZebDiagKey, name); value && *value > 1)
             return Wrong(
-                Filled(L"The registry value {1} is {2}. It has to be 0 or 1; with another one the provider "
-                       L"does not start.",
-                       {name, std::to_wstring(*value)}),
-                Filled(L"As an administrator set {1} of HKEY_LOCAL_MACHINE\\{2} to 0 or 1, or delete it.",
-                       {name, kZebDiagKey}));
-    return Good(L"No registry value keeps the provider from starting.");
+                Said(L"The registry value {1} is {2}. It has to be 0 or 1; with another one the provider "
+                     L"does not start.",
+                     {name, std::to_wstring(*value)}),
+                Said(L"As an administrator set {1} of HKEY_LOCAL_MACHINE\\{2} to 0 or 1, or delete it.",
+                     {name, kZebDiagKey}));
+    return Good(Said(L"No registry value keeps the provider from starting."));
 }
 } // namespace zebdiag

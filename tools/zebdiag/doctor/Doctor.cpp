@@ -2,6 +2,7 @@
 
 #include "tools/zebdiag/Console.h"
 #include "tools/zebdiag/doctor/Checks.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 
@@ -18,20 +19,20 @@ struct CPointRow
 };
 
 constexpr CPointRow kPoints[] = {
-    {"service", L"Management service", CheckService, true},
-    {"namespace", L"Namespace", CheckNamespace, true},
-    {"base_classes", L"Base classes", CheckBaseClasses, true},
-    {"schema", L"Schema", CheckSchema, true},
-    {"registration", L"Provider", CheckRegistration, true},
-    {"files", L"Files", CheckFiles, true},
-    {"identity", L"COM application", CheckIdentity, true},
-    {"configuration", L"Configuration", CheckConfiguration, true},
-    {"agent", L"Adapter agent", CheckAgent, true},
-    {"data_folder", L"Data folder", CheckDataFolder, false},
-    {"trace", L"Trace", CheckTrace, false},
-    {"answer", L"Provider's answer", CheckAnswer, false},
-    {"texts", L"Texts", CheckTexts, false},
-    {"adapters", L"Wired adapters", CheckAdapters, false},
+    {"service", Marked(L"Management service"), CheckService, true},
+    {"namespace", Marked(L"Namespace"), CheckNamespace, true},
+    {"base_classes", Marked(L"Base classes"), CheckBaseClasses, true},
+    {"schema", Marked(L"Schema"), CheckSchema, true},
+    {"registration", Marked(L"Provider"), CheckRegistration, true},
+    {"files", Marked(L"Files"), CheckFiles, true},
+    {"identity", Marked(L"COM application"), CheckIdentity, true},
+    {"configuration", Marked(L"Configuration"), CheckConfiguration, true},
+    {"agent", Marked(L"Adapter agent"), CheckAgent, true},
+    {"data_folder", Marked(L"Data folder"), CheckDataFolder, false},
+    {"trace", Marked(L"Trace"), CheckTrace, false},
+    {"answer", Marked(L"Provider's answer"), CheckAnswer, false},
+    {"texts", Marked(L"Texts"), CheckTexts, false},
+    {"adapters", Marked(L"Wired adapters"), CheckAdapters, false},
 };
 
 CFinding Look(const CPointRow& row, CExamination& exam)
@@ -52,7 +53,7 @@ std::vector<CPoint> Examine(CExamination& exam)
     std::vector<CPoint> points;
     for (const CPointRow& row : kPoints)
     {
-        points.push_back({row.Id, row.Title, Look(row, exam)});
+        points.push_back({row.Id, Said(row.Title), Look(row, exam)});
         if (row.Needed && points.back().Finding.State == PointState::Wrong)
             exam.Blocked = true;
     }

@@ -14,8 +14,8 @@ struct COptions;
 
 struct CPoint
 {
-    const char* Id;       // for JSON documents
-    const wchar_t* Title; // for people
+    const char* Id;     // for JSON documents
+    std::wstring Title; // for people
     CFinding Finding;
 };
 

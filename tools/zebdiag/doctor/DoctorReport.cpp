@@ -1,9 +1,9 @@
 #include "Common/src/com/Text.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/JsonReport.h"
 #include "tools/zebdiag/Table.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/doctor/Doctor.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,7 +17,8 @@ struct CPointWords
     const char* Name;
 };
 // In the order of PointState.
-constexpr CPointWords kPointWords[] = {{L"good", "good"}, {L"WRONG", "wrong"}, {L"unknown", "unknown"}};
+constexpr CPointWords kPointWords[] = {
+    {Marked(L"good"), "good"}, {Marked(L"WRONG"), "wrong"}, {Marked(L"unknown"), "unknown"}};
 
 const CPointWords& WordsOf(const CPoint& point)
 {
@@ -27,19 +28,19 @@ const CPointWords& WordsOf(const CPoint& point)
 
 std::wstring RenderPoints(const std::vector<CPoint>& points, unsigned width)
 {
-    CTable table({L"Point", L"State", L"Finding"});
+    CTable table({Said(L"Point"), Said(L"State"), Said(L"Finding")});
     size_t counts[std::size(kPointWords)] = {};
     for (const CPoint& point : points)
     {
         const CFinding& finding = point.Finding;
-        table.Add({point.Title, WordsOf(point).Words,
+        table.Add({point.Title, Said(WordsOf(point).Words),
                    finding.Text + (finding.NextStep.empty() ? L"" : L"\n-> " + finding.NextStep)});
         ++counts[static_cast<int>(finding.State)];
     }
     const auto count = [&](PointState state) { return std::to_wstring(counts[static_cast<int>(state)]); };
     return table.Render(width) + L"\n" +
-           Paragraph(Filled(L"{1} good, {2} wrong, {3} unknown.",
-                            {count(PointState::Good), count(PointState::Wrong), count(PointState::Unknown)}),
+           Paragraph(Said(L"{1} good, {2} wrong, {3} unknown.",
+                          {count(PointState::Good), count(PointState::Wrong), count(PointState::Unknown)}),
                      width);
 }
 

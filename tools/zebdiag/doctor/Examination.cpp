@@ -1,6 +1,7 @@
 #include "tools/zebdiag/doctor/Examination.h"
 
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <cwctype>
@@ -23,9 +24,9 @@ CFinding Wrong(const CFailure& failure)
 {
     std::wstring text = failure.Cause;
     if (!failure.Detail.empty())
-        text += L" The provider says: " + failure.Detail;
+        text += L" " + Said(L"The provider says: {1}", {failure.Detail});
     if (failure.Status != S_OK)
-        text += L" (Status " + StatusText(failure.Status) + L".)";
+        text += L" " + Said(L"(Status {1}.)", {StatusText(failure.Status)});
     return Wrong(std::move(text), failure.NextStep);
 }
 
@@ -36,13 +37,13 @@ CFinding Unknown(std::wstring text, std::wstring nextStep)
 
 CFinding AfterFault(std::wstring text)
 {
-    return Unknown(std::move(text), L"Mend what is wrong above, then run this again.");
+    return Unknown(std::move(text), Said(L"Mend what is wrong above, then run this again."));
 }
 
 CFinding OnlyThere(const CExamination& exam)
 {
-    return Unknown(L"This can be seen only on " + exam.Target.ComputerInWords() + L" itself.",
-                   L"Run \"zebdiag doctor\" there.");
+    return Unknown(Said(L"This can be seen only on {1} itself.", {exam.Target.ComputerInWords()}),
+                   Said(L"Run \"zebdiag doctor\" there."));
 }
 
 std::wstring Joined(const std::vector<std::wstring>& parts)

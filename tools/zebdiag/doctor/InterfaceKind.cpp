@@ -1,4 +1,5 @@
 #include "tools/zebdiag/doctor/InterfaceKind.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -16,35 +17,35 @@ struct CReason
 
 // The first that fits is the one.
 constexpr CReason kReasons[] = {
-    {[](const MIB_IF_ROW2& row) { return row.Type == IF_TYPE_SOFTWARE_LOOPBACK; }, L"loopback"},
+    {[](const MIB_IF_ROW2& row) { return row.Type == IF_TYPE_SOFTWARE_LOOPBACK; }, Marked(L"loopback")},
     {[](const MIB_IF_ROW2& row) { return row.Type == IF_TYPE_TUNNEL || row.TunnelType != TUNNEL_TYPE_NONE; },
-     L"a tunnel"},
+     Marked(L"a tunnel")},
     {[](const MIB_IF_ROW2& row)
      {
          return row.Type == IF_TYPE_IEEE80211 || row.PhysicalMediumType == NdisPhysicalMediumWirelessLan ||
                 row.PhysicalMediumType == NdisPhysicalMediumNative802_11;
      },
-     L"wireless"},
+     Marked(L"wireless")},
     {[](const MIB_IF_ROW2& row) { return row.PhysicalMediumType == NdisPhysicalMediumBluetooth; },
-     L"Bluetooth"},
+     Marked(L"Bluetooth")},
     {[](const MIB_IF_ROW2& row)
      {
          return row.Type == kMobileGsm || row.Type == kMobileCdma ||
                 row.PhysicalMediumType == NdisPhysicalMediumWirelessWan;
      },
-     L"a mobile network"},
-    {[](const MIB_IF_ROW2& row) { return row.Type == IF_TYPE_PPP; }, L"a dial-up or VPN connection"},
-    {[](const MIB_IF_ROW2& row) { return row.Type != IF_TYPE_ETHERNET_CSMACD; }, L"not Ethernet"},
+     Marked(L"a mobile network")},
+    {[](const MIB_IF_ROW2& row) { return row.Type == IF_TYPE_PPP; }, Marked(L"a dial-up or VPN connection")},
+    {[](const MIB_IF_ROW2& row) { return row.Type != IF_TYPE_ETHERNET_CSMACD; }, Marked(L"not Ethernet")},
     {[](const MIB_IF_ROW2& row) { return !row.InterfaceAndOperStatusFlags.HardwareInterface; },
-     L"software, such as a virtual switch or a VPN"},
+     Marked(L"software, such as a virtual switch or a VPN")},
     {[](const MIB_IF_ROW2& row) { return !row.InterfaceAndOperStatusFlags.ConnectorPresent; },
-     L"without a connector"},
+     Marked(L"without a connector")},
     {[](const MIB_IF_ROW2& row)
      {
          return row.PhysicalMediumType != NdisPhysicalMediumUnspecified &&
                 row.PhysicalMediumType != NdisPhysicalMedium802_3;
      },
-     L"of another medium"},
+     Marked(L"of another medium")},
 };
 } // namespace
 

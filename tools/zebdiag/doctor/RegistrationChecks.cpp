@@ -6,13 +6,16 @@
 #include <sddl.h>
 
 #include "Common/src/com/Owned.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
 namespace
 {
-constexpr wchar_t kCompile[] = L"Compile the schema as an administrator: \"mofcomp zebdiag.mof\".";
-constexpr wchar_t kRegister[] = L"Register the provider as an administrator: \"Drevok.EXE /RegServer\".";
+constexpr const wchar_t* kCompile =
+    Marked(L"Compile the schema as an administrator: \"mofcomp zebdiag.mof\".");
+constexpr const wchar_t* kRegister =
+    Marked(L"Register the provider as an administrator: \"Drevok.EXE /RegServer\".");
 
 struct LocalWideTextTraits
 {
@@ -29,12 +32,12 @@ std::optional<CFinding> FaultOfSchemaRegistration(const CExamination& exam)
     const WmiObject provider = exam.Session->TryGet(
         L"__Win32Provider.Name=\"" + std::wstring(kProviderName) + L"\"", L"__Win32Provider");
     if (!provider)
-        return Wrong(exam.Target.Namespace + L" names no provider " + kProviderName + L".", kCompile);
+        return Wrong(Said(L"{1} names no provider {2}.", {exam.Target.Namespace, kProviderName}),
+                     Said(kCompile));
     const std::wstring id = ReadText(provider.Get(), L"CLSID").value_or(L"");
     if (_wcsicmp(id.c_str(), kProviderClass) != 0)
-        return Wrong(std::wstring(kProviderName) + L" is the class " + id + L" there, and not " +
-                         kProviderClass + L".",
-                     kCompile);
+        return Wrong(Said(L"{1} is the class {2} there, and not {3}.", {kProviderName, id, kProviderClass}),
+                     Said(kCompile));
     return std::nullopt;
 }
 
@@ -42,7 +45,7 @@ std::optional<CFinding> FaultOfSchemaRegistration(const CExamination& exam)
 bool PermissionsInWords(const IMachine& machine, const wchar_t* value, std::wstring& words)
 {
     const auto bytes = machine.Bytes(AppIdKey(kAppId), value);
-    words = L"as the computer's default";
+    words = Said(L"as the computer's default");
     if (!bytes)
         return true;
     std::vector<BYTE> copy = *bytes;
@@ -65,21 +68,23 @@ CFinding CheckRegistration(CExamination& exam)
         return OnlyThere(exam);
     const auto command = exam.Machine->Text(ClassKey(kProviderClass) + L"\\LocalServer32", L"");
     if (!command || command->empty())
-        return Wrong(L"COM does not know the provider: its class has no LocalServer32.", kRegister);
+        return Wrong(Said(L"COM does not know the provider: its class has no LocalServer32."),
+                     Said(kRegister));
     const std::wstring program = ProgramOf(*command);
     switch (exam.Machine->Look(program))
     {
     case FileState::There:
         exam.Server = program;
-        return Good(program + (exam.SchemaGood ? L"" : L" (known to COM; the schema cannot be read)"));
+        return Good(exam.SchemaGood ? program
+                                    : Said(L"{1} (known to COM; the schema cannot be read)", {program}));
     case FileState::Missing:
         return Wrong(
-            L"It is registered as " + program + L", which is not there.",
-            L"Put the files back, or go to the folder where they are and register the provider there as an "
-            L"administrator: \"Drevok.EXE /RegServer\".");
+            Said(L"It is registered as {1}, which is not there.", {program}),
+            Said(
+                L"Put the files back, or go to the folder where they are and register the provider there as an administrator: \"Drevok.EXE /RegServer\"."));
     default:
-        return Unknown(L"It is registered as " + program + L", which you may not look at.",
-                       L"Run this as an administrator.");
+        return Unknown(Said(L"It is registered as {1}, which you may not look at.", {program}),
+                       Said(L"Run this as an administrator."));
     }
 }
 
@@ -89,26 +94,26 @@ CFinding CheckIdentity(CExamination& exam)
         return OnlyThere(exam);
     const auto appId = exam.Machine->Text(ClassKey(kProviderClass), L"AppID");
     if (!appId)
-        return exam.Server.empty() ? AfterFault(L"The provider is not registered.")
-                                   : Wrong(L"The provider's class has no AppID.", kRegister);
+        return exam.Server.empty() ? AfterFault(Said(L"The provider is not registered."))
+                                   : Wrong(Said(L"The provider's class has no AppID."), Said(kRegister));
     if (_wcsicmp(appId->c_str(), kAppId) != 0)
-        return Wrong(L"The provider's class has another AppID: " + *appId + L".", kRegister);
+        return Wrong(Said(L"The provider's class has another AppID: {1}.", {*appId}), Said(kRegister));
     std::wstring launch;
     std::wstring access;
     if (!PermissionsInWords(*exam.Machine, L"LaunchPermission", launch) ||
         !PermissionsInWords(*exam.Machine, L"AccessPermission", access))
-        return Wrong(L"The permissions of the COM application are damaged.",
-                     L"Set them anew with \"dcomcnfg\", under \"Drevok\", as an administrator.");
+        return Wrong(Said(L"The permissions of the COM application are damaged."),
+                     Said(L"Set them anew with \"dcomcnfg\", under \"Drevok\", as an administrator."));
     const std::wstring permissions =
-        L" Launch permissions: " + launch + L"; access permissions: " + access + L".";
+        L" " + Said(L"Launch permissions: {1}; access permissions: {2}.", {launch, access});
     exam.RunAs = exam.Machine->Text(AppIdKey(kAppId), L"RunAs").value_or(L"");
     if (exam.RunAs.empty())
-        return Unknown(L"No account is set, so the provider runs as whoever starts it." + permissions,
-                       L"To have it run as one account at all times, set the value RunAs of HKLM\\" +
-                           AppIdKey(kAppId) + L".");
+        return Unknown(Said(L"No account is set, so the provider runs as whoever starts it.") + permissions,
+                       Said(L"To have it run as one account at all times, set the value RunAs of HKLM\\{1}.",
+                            {AppIdKey(kAppId)}));
     if (exam.Machine->Exists(exam.RunAs) == Right::No)
-        return Wrong(L"The provider is to run as " + exam.RunAs + L", and there is no such account.",
-                     L"Correct the value RunAs of HKLM\\" + AppIdKey(kAppId) + L".");
-    return Good(L"The provider runs as " + exam.RunAs + L"." + permissions);
+        return Wrong(Said(L"The provider is to run as {1}, and there is no such account.", {exam.RunAs}),
+                     Said(L"Correct the value RunAs of HKLM\\{1}.", {AppIdKey(kAppId)}));
+    return Good(Said(L"The provider runs as {1}.", {exam.RunAs}) + permissions);
 }
 } // namespace zebdiag

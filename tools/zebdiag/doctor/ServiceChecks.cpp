@@ -3,6 +3,7 @@
 #include "Common/src/com/WmiStatus.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
 #include <iterator>
@@ -26,8 +27,8 @@ constexpr const wchar_t* kServedClasses[] = {kTestClass,
                                              L"Tolva_EthernetAdapter",
                                              L"Tolva_ExtendedStatus"};
 
-constexpr wchar_t kCompileThisVersion[] =
-    L"Compile this version's schema as an administrator: \"mofcomp zebdiag.mof\".";
+constexpr const wchar_t* kCompileThisVersion =
+    Marked(L"Compile this version's schema as an administrator: \"mofcomp zebdiag.mof\".");
 
 // With these the service itself has refused, so it is there.
 bool IsAnswer(HRESULT status)
@@ -72,43 +73,44 @@ CFinding CheckService(CExamination& exam)
         if (!IsAnswer(failure.Status))
             return Wrong(failure);
     }
-    return Good(L"It answers.");
+    return Good(Said(L"It answers."));
 }
 
 CFinding CheckNamespace(CExamination& exam)
 {
     if (exam.Session)
-        return Good(exam.Target.Namespace + L" is there and may be used.");
+        return Good(Said(L"{1} is there and may be used.", {exam.Target.Namespace}));
     return IsAnswer(exam.NotConnected->Status) ? Wrong(*exam.NotConnected)
-                                               : AfterFault(L"The service cannot be asked for it.");
+                                               : AfterFault(Said(L"The service cannot be asked for it."));
 }
 
 CFinding CheckBaseClasses(CExamination& exam)
 {
     if (!exam.Session)
-        return AfterFault(L"The namespace cannot be read.");
+        return AfterFault(Said(L"The namespace cannot be read."));
     const auto missing = MissingOf(*exam.Session, kBaseClasses);
     if (missing.empty())
-        return Good(L"All are there.");
-    return Wrong(exam.Target.Namespace + L" lacks " + Joined(missing) + L".",
-                 L"Windows has these classes in root\\cimv2: leave out --namespace, or check the service's "
-                 L"repository with \"winmgmt /verifyrepository\" and repair it.");
+        return Good(Said(L"All are there."));
+    return Wrong(
+        Said(L"{1} lacks {2}.", {exam.Target.Namespace, Joined(missing)}),
+        Said(
+            L"Windows has these classes in root\\cimv2: leave out --namespace, or check the service's repository with \"winmgmt /verifyrepository\" and repair it."));
 }
 
 CFinding CheckSchema(CExamination& exam)
 {
     if (!exam.Session || exam.Blocked)
-        return AfterFault(L"It cannot be there without what it builds on.");
+        return AfterFault(Said(L"It cannot be there without what it builds on."));
     const auto missing = MissingOf(*exam.Session, kServedClasses);
     if (!missing.empty())
-        return Wrong(exam.Target.Namespace + L" lacks " + Joined(missing) + L".", kCompileThisVersion);
+        return Wrong(Said(L"{1} lacks {2}.", {exam.Target.Namespace, Joined(missing)}),
+                     Said(kCompileThisVersion));
     exam.SchemaGood = true;
     const std::wstring version = VersionOfSchema(*exam.Session);
     if (version == kOwnVersion)
-        return Good(L"All classes are there, version " + version + L".");
-    return Wrong(version.empty()
-                     ? L"It is older than version " + std::wstring(kOwnVersion) + L", which zebdiag has."
-                     : L"It has version " + version + L", zebdiag has " + kOwnVersion + L".",
-                 kCompileThisVersion);
+        return Good(Said(L"All classes are there, version {1}.", {version}));
+    return Wrong(version.empty() ? Said(L"It is older than version {1}, which zebdiag has.", {kOwnVersion})
+                                 : Said(L"It has version {1}, zebdiag has {2}.", {version, kOwnVersion}),
+                 Said(kCompileThisVersion));
 }
 } // namespace zebdiag

@@ -1,7 +1,7 @@
 // The trace: whether it is on and where it goes.
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/doctor/Checks.h"
 #include "tools/zebdiag/doctor/Places.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -11,7 +11,7 @@ std::wstring TraceFile(const IMachine& machine)
 {
     std::wstring file = machine.Text(kZebDiagKey, L"DebugFileName").value_or(L"ZebDiagDbg.log");
     if (machine.Number(kZebKey, L"LogFilePerProcess").value_or(0) != 0)
-        file = L"NUMBER-" + file + L" (NUMBER is that of the process)";
+        file = Said(L"NUMBER-{1} (NUMBER is that of the process)", {file});
     if (const auto image = machine.Text(kZebKey, L"ImagePath"))
         file = *image + L"\\DebugLog\\" + file;
     return file;
@@ -28,18 +28,20 @@ std::wstring HowToReadTrace(const IMachine& machine)
 {
     const std::wstring file = TraceFile(machine);
     if (machine.Number(kZebDiagKey, L"DebugLevel").value_or(0) == 0)
-        return Filled(
+        return Said(
             IsWholePath(file)
-                ? L"Switch the provider's trace on: as an administrator set DebugLevel (REG_DWORD) of "
-                  L"HKEY_LOCAL_MACHINE\\{1} to 2, try again, and read {2}."
-                : L"Switch the provider's trace on: as an administrator set DebugLevel (REG_DWORD) of "
-                  L"HKEY_LOCAL_MACHINE\\{1} to 2 and DebugFileName (REG_SZ) to the full path of a file, try "
-                  L"again, and read that file.",
+                ? Marked(L"Switch the provider's trace on: as an administrator set DebugLevel (REG_DWORD) of "
+                         L"HKEY_LOCAL_MACHINE\\{1} to 2, try again, and read {2}.")
+                : Marked(
+                      L"Switch the provider's trace on: as an administrator set DebugLevel (REG_DWORD) of "
+                      L"HKEY_LOCAL_MACHINE\\{1} to 2 and DebugFileName (REG_SZ) to the full path of a file, try "
+                      L"again, and read that file."),
             {kZebDiagKey, file});
-    return Filled(
+    return Said(
         IsWholePath(file)
-            ? L"The provider's trace is on; read {1}."
-            : L"The provider's trace is on, in the file {1} of the folder in which the provider was started.",
+            ? Marked(L"The provider's trace is on; read {1}.")
+            : Marked(
+                  L"The provider's trace is on, in the file {1} of the folder in which the provider was started."),
         {file});
 }
 
@@ -50,15 +52,15 @@ CFinding CheckTrace(CExamination& exam)
     const DWORD level = exam.Machine->Number(kZebDiagKey, L"DebugLevel").value_or(0);
     const std::wstring file = TraceFile(*exam.Machine);
     if (level == 0)
-        return Good(Filled(L"Off. DebugLevel 1 or 2 would switch it on, to {1}.", {file}));
-    const std::wstring on = Filled(L"On, level {1}, to {2}.", {std::to_wstring(level), file});
+        return Good(Said(L"Off. DebugLevel 1 or 2 would switch it on, to {1}.", {file}));
+    const std::wstring on = Said(L"On, level {1}, to {2}.", {std::to_wstring(level), file});
     if (!IsWholePath(file))
-        return Unknown(on + L" That is in the folder in which the provider was started.",
-                       L"Give DebugFileName a full path.");
+        return Unknown(on + L" " + Said(L"That is in the folder in which the provider was started."),
+                       Said(L"Give DebugFileName a full path."));
     const std::wstring folder = FolderOf(file);
     if (exam.Machine->Look(folder.substr(0, folder.size() - 1)) == FileState::Missing)
-        return Wrong(on + L" That folder is not there, so nothing is written.",
-                     L"Make the folder, or name another one in DebugFileName.");
+        return Wrong(on + L" " + Said(L"That folder is not there, so nothing is written."),
+                     Said(L"Make the folder, or name another one in DebugFileName."));
     return Good(on);
 }
 } // namespace zebdiag

@@ -2,7 +2,7 @@
 
 #include "Common/src/com/Owned.h"
 #include "tools/zebdiag/Failure.h"
-#include "tools/zebdiag/Filled.h"
+#include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
 {
@@ -47,9 +47,9 @@ void WriteWholeFile(const std::wstring& file, std::string_view bytes)
         return;
     DeleteFileW(fresh.c_str());
     throw CFailure(
-        ExitCode::CouldNotRun, Filled(L"{1} cannot be written.", {file}),
-        L"See whether its folder is there, whether you may change files in it, whether another program "
-        L"holds the file open, and whether the disk is full.",
+        ExitCode::CouldNotRun, Said(L"{1} cannot be written.", {file}),
+        Said(L"See whether its folder is there, whether you may change files in it, whether another program "
+             L"holds the file open, and whether the disk is full."),
         HRESULT_FROM_WIN32(error));
 }
 } // namespace zebdiag
