@@ -34,7 +34,7 @@ constexpr CCommandRow kCommands[] = {
          L"request; then the settings are the built-in ones again. To use your own in every run, keep them in a profile and "
          L"run with --profile.")},
     {Command::Clear, Marked(L"Delete the stored results of one test, or of all."),
-     L"zebdiag clear --test link", nullptr},
+     L"zebdiag clear --test sender", nullptr},
     {Command::Profiles, Marked(L"Show, keep or delete profiles, which are settings to run with."),
      L"zebdiag profiles",
      Marked(

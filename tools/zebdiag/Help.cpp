@@ -12,7 +12,7 @@ namespace
 constexpr unsigned kExampleIndent = 2;
 
 constexpr const wchar_t* kExamples[] = {L"zebdiag doctor", L"zebdiag list", L"zebdiag run --all",
-                                        L"zebdiag run --adapter \"Ethernet 2\" --test link --json"};
+                                        L"zebdiag run --adapter \"Ethernet 2\" --test 1 --json"};
 
 // By the number of the code.
 constexpr const wchar_t* kExitCodes[] = {

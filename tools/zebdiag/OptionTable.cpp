@@ -45,12 +45,13 @@ constexpr const wchar_t* kQuickSummary =
     Marked(L"on: end as soon as enough packets came; off: use the full time.");
 constexpr const wchar_t* kReportSummary = Marked(L"on: show packet counters in the result; off: do not.");
 
+// Names of tests differ between languages; the examples have one that does not.
 constexpr COptionRow kOptions[] = {
     {"-a,--adapter", Marked(L"NAME"), kList | kRun | kStop | kResults | kSettings | kSet | kClear,
      Marked(L"Only this adapter."), L"{1} --adapter \"Ethernet 2\"",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Adapter); }},
     {"-t,--test", Marked(L"NAME"), kRun | kStop | kResults | kClear, Marked(L"Only this test."),
-     L"{2} --test link", AddTest},
+     L"{2} --test sender", AddTest},
     {"-t,--test", Marked(L"NAME"), kSettings, Marked(L"Only this test."), L"{1} --test sender", AddTest},
     {"-t,--test", Marked(L"NAME"), kSet, Marked(L"The test to change."), L"{1}", AddTest},
     {"--all", L"", kRun, Marked(L"All ordinary tests."), L"{2} --all", AddAll},

@@ -3,6 +3,7 @@
 #include "tools/zebdiag/RunLines.h"
 #include "tools/zebdiag/RunReport.h"
 #include "tools/zebdiag/RunScreen.h"
+#include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/languages/Said.h"

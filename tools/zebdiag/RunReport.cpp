@@ -1,7 +1,6 @@
 #include "tools/zebdiag/RunReport.h"
 
 #include "tools/zebdiag/DateTime.h"
-#include "tools/zebdiag/Filled.h"
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/TextReport.h"
 #include "tools/zebdiag/Words.h"

@@ -3,9 +3,9 @@
 #include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/MethodThread.h"
 #include "tools/zebdiag/ObjectPath.h"
+#include "tools/zebdiag/RunOutcome.h"
 #include "tools/zebdiag/TemporarySetting.h"
 #include "tools/zebdiag/WmiValue.h"
-#include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/languages/Said.h"
 
 namespace zebdiag
@@ -36,9 +36,9 @@ class CTestRun
                                  {{L"SystemElement", AdapterPath(m_test.AdapterKey, m_computer)},
                                   {L"Setting", SettingPath(m_test.Key)}});
         const bool ended = WaitForEnd(call.Done());
-        CRunOutcome outcome = ended ? Judge(call.Result()) : LeftToItself();
+        CRunOutcome outcome = ended ? Judge(call.Result()) : LeftToItself(m_stop);
         outcome.Seconds = Elapsed() / 1000;
-        outcome.Interrupted = m_stopReason != StopReason::None;
+        outcome.Interrupted = m_stop.Reason != StopReason::None;
         const Restored restored = setting.Restore();
         if (restored == Restored::Failed)
             m_observer.Say(Said(L"The setting could not be put back; see \"zebdiag settings\"."));
@@ -65,7 +65,7 @@ class CTestRun
         {
             // Once the stop has been asked for, its event has nothing more to say.
             const HANDLE handles[] = {done, m_control.Abandon, m_control.Stop};
-            const DWORD count = m_stopReason == StopReason::None ? 3 : 2;
+            const DWORD count = m_stop.Reason == StopReason::None ? 3 : 2;
             const DWORD woken = WaitForMultipleObjects(count, handles, FALSE, m_control.PollMilliseconds);
             if (woken == WAIT_OBJECT_0)
                 return true;
@@ -73,12 +73,12 @@ class CTestRun
                 return false;
             if (woken == WAIT_OBJECT_0 + 2)
                 BeginStop(StopReason::Request);
-            else if (m_stopReason == StopReason::None && m_options.Deadline &&
+            else if (m_stop.Reason == StopReason::None && m_options.Deadline &&
                      m_control.Now() >= *m_options.Deadline)
                 BeginStop(StopReason::Timeout);
-            if (m_stopReason != StopReason::None && !m_stopTaken)
-                m_stopTaken = TryStop();
-            if (m_stopReason != StopReason::None && m_control.Now() - m_stopSince >= kStopPatience)
+            if (m_stop.Reason != StopReason::None && !m_stop.Taken)
+                m_stop.Taken = TryStop();
+            if (m_stop.Reason != StopReason::None && m_control.Now() - m_stopSince >= kStopPatience)
                 return false;
             m_observer.Progress(CurrentPercent(), Elapsed() / 1000);
         }
@@ -86,7 +86,7 @@ class CTestRun
 
     void BeginStop(StopReason reason)
     {
-        m_stopReason = reason;
+        m_stop.Reason = reason;
         m_stopSince = m_control.Now();
         m_observer.Stopping(reason);
     }
@@ -122,62 +122,13 @@ class CTestRun
         return std::nullopt;
     }
 
-    CRunOutcome Refused(ExitCode code) const
-    {
-        CRunOutcome outcome;
-        outcome.Code = code;
-        outcome.Message =
-            code == ExitCode::Busy
-                ? Said(L"The test is running already. Wait for its end, or stop it with \"zebdiag stop\".")
-                : Said(L"The provider did not run the test.") + TraceTells();
-        return outcome;
-    }
-
-    CRunOutcome LeftToItself() const
-    {
-        CRunOutcome outcome;
-        outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::CouldNotRun;
-        outcome.Message = m_stopTaken ? Said(L"The test was told to stop but has not ended yet.")
-                                      : Said(L"The test could not be stopped and may still run.");
-        return outcome;
-    }
-
     // The call's own success says nothing; an empty reference says that there was no run, and otherwise the
     // outcome is what the result says.
     CRunOutcome Judge(const WmiObject& out) const
     {
         if (!out || ReadText(out.Get(), L"Result").value_or(L"").empty())
             return Refused(IsInUse() ? ExitCode::Busy : ExitCode::CouldNotRun);
-        CRunOutcome outcome;
-        outcome.Result = LoadResult(m_session, m_test);
-        if (!outcome.Result)
-        {
-            outcome.Message = Said(L"The test has run, but its result is not there any more.");
-            return outcome;
-        }
-        switch (outcome.Result->State)
-        {
-        case TestState::Passed:
-            outcome.Code = ExitCode::Passed;
-            if (m_stopReason != StopReason::None)
-                outcome.Message = Said(L"The test had ended before it could be stopped.");
-            break;
-        case TestState::Failed:
-            // Agents that have no word for it let a stopped run end as failed, with the stop as its reason.
-            outcome.Code = m_stopTaken ? ExitCode::Stopped : ExitCode::Failed;
-            break;
-        case TestState::Stopped:
-            outcome.Code = ExitCode::Stopped;
-            if (m_stopReason == StopReason::None)
-                outcome.Message = Said(L"Another program stopped the test.");
-            break;
-        default:
-            outcome.Message = Said(L"The provider did not finish the run.") + TraceTells();
-            break;
-        }
-        if (outcome.Code == ExitCode::Stopped && m_stopReason == StopReason::Timeout)
-            outcome.Message = Said(L"The time given with --timeout was over.");
-        return outcome;
+        return OutcomeOf(LoadResult(m_session, m_test), m_stop);
     }
 
     const CWmiSession& m_session;
@@ -188,9 +139,8 @@ class CTestRun
     const CRunObserver& m_observer;
 
     unsigned long long m_started = 0;
-    StopReason m_stopReason = StopReason::None;
+    CStop m_stop;
     unsigned long long m_stopSince = 0;
-    bool m_stopTaken = false;
 };
 } // namespace
 
@@ -203,16 +153,7 @@ CRunOutcome RunOneTest(const CWmiSession& session, const std::wstring& computer,
     }
     catch (const CFailure& failure)
     {
-        CRunOutcome outcome;
-        outcome.Code = failure.Code;
-        outcome.Message = failure.Cause;
-        if (!failure.NextStep.empty())
-            outcome.Message += L" " + failure.NextStep;
-        if (!failure.Detail.empty())
-            outcome.Message += L"\n" + Said(L"The provider says: {1}", {failure.Detail});
-        if (failure.Status != S_OK)
-            outcome.Message += L"\n" + Said(L"(Status {1}.)", {StatusText(failure.Status)});
-        return outcome;
+        return OutcomeOf(failure);
     }
 }
 
