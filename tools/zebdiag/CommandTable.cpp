@@ -35,6 +35,11 @@ constexpr CCommandRow kCommands[] = {
          L"run with --profile.")},
     {Command::Clear, Marked(L"Delete the stored results of one test, or of all."),
      L"zebdiag clear --test sender", nullptr},
+    {Command::Report, Marked(L"Write a report on the adapters, their tests and last results."),
+     L"zebdiag report --html report.html",
+     Marked(
+         L"The page needs no other file and fetches nothing: send it, print it, or read it on a phone. An existing "
+         L"file is replaced. No test is run for it.")},
     {Command::Profiles, Marked(L"Show, keep or delete profiles, which are settings to run with."),
      L"zebdiag profiles",
      Marked(

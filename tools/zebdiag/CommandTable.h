@@ -33,8 +33,10 @@ constexpr CommandSet kResults = Only(Command::Results);
 constexpr CommandSet kSettings = Only(Command::Settings);
 constexpr CommandSet kSet = Only(Command::Set);
 constexpr CommandSet kClear = Only(Command::Clear);
+constexpr CommandSet kReport = Only(Command::Report);
 constexpr CommandSet kDoctor = Only(Command::Doctor);
 constexpr CommandSet kProfiles = Only(Command::Profiles);
 constexpr CommandSet kMetrics = Only(Command::Metrics);
-constexpr CommandSet kRemote = kList | kRun | kStop | kResults | kSettings | kSet | kClear | kDoctor;
+constexpr CommandSet kRemote =
+    kList | kRun | kStop | kResults | kSettings | kSet | kClear | kReport | kDoctor;
 } // namespace zebdiag

@@ -12,8 +12,8 @@ namespace
 using Handler = ExitCode (*)(const CCommandContext&);
 
 // In the order of Command. Those behind them begin without a session.
-constexpr Handler kHandlers[] = {ListTests,    RunTests,       StopTests,   ShowResults,
-                                 ShowSettings, ChangeSettings, ClearResults};
+constexpr Handler kHandlers[] = {ListTests,    RunTests,       StopTests,    ShowResults,
+                                 ShowSettings, ChangeSettings, ClearResults, WriteReport};
 
 // What the provider uses where nothing is configured.
 constexpr DWORD kDefaultRunSeconds = 100;

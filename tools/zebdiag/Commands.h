@@ -64,6 +64,7 @@ ExitCode ShowResults(const CCommandContext& context);
 ExitCode ShowSettings(const CCommandContext& context);
 ExitCode ChangeSettings(const CCommandContext& context);
 ExitCode ClearResults(const CCommandContext& context);
+ExitCode WriteReport(const CCommandContext& context);
 
 // Shows the profiles in the file, after it has kept or deleted the one that the options name.
 ExitCode KeepProfiles(const COptions& options, const std::wstring& file, IConsole& console);

@@ -4,6 +4,7 @@
 #include "tools/zebdiag/DateTime.h"
 #include "tools/zebdiag/ServingProcess.h"
 #include "tools/zebdiag/Words.h"
+#include "tools/zebdiag/doctor/Places.h"
 
 #include <nlohmann/json.hpp>
 
@@ -73,6 +74,18 @@ Json TestOf(const CTestChoice& choice)
             {"adapter", AdapterOf(*choice.Adapter)}};
 }
 
+// A test by itself.
+Json ListedTestOf(const CTest& test)
+{
+    return {{"key", Utf8Text(test.Key)},
+            {"number", test.Number},
+            {"caption", Utf8Text(test.Caption)},
+            {"description", Utf8Text(test.Description)},
+            {"running", test.InUse},
+            {"sendsPackets", test.SendsPackets()},
+            {"characteristics", test.Characteristics}};
+}
+
 Json SettingOf(const CSettingValues& values)
 {
     return {{"coverage", ValueOrNull(values.Coverage)},
@@ -91,6 +104,14 @@ Json ResultOf(const CResult& result)
             {"findings", Texts(Findings(result))},
             {"lines", Texts(result.Lines)}};
 }
+// Null where there are none.
+Json CountersOrNull(const CTest& test, const CResult& result)
+{
+    Json counters;
+    for (const CCounter& counter : CountersOf(test, result))
+        counters.push_back({{"name", Utf8Text(counter.Name)}, {"value", counter.Value}});
+    return counters;
+}
 } // namespace
 
 std::wstring JsonList(const CJsonHead& head, const std::vector<const CAdapter*>& adapters,
@@ -104,13 +125,7 @@ std::wstring JsonList(const CJsonHead& head, const std::vector<const CAdapter*>&
         Json one = AdapterOf(*adapter);
         one["tests"] = Json::array();
         for (const CTest& test : adapter->Tests)
-            one["tests"].push_back({{"key", Utf8Text(test.Key)},
-                                    {"number", test.Number},
-                                    {"caption", Utf8Text(test.Caption)},
-                                    {"description", Utf8Text(test.Description)},
-                                    {"running", test.InUse},
-                                    {"sendsPackets", test.SendsPackets()},
-                                    {"characteristics", test.Characteristics}});
+            one["tests"].push_back(ListedTestOf(test));
         document["adapters"].push_back(std::move(one));
     }
     return Printed(document);
@@ -189,6 +204,32 @@ std::wstring JsonProfiles(const Profiles& profiles)
         Json one = {{"name", Utf8Text(name)}};
         one.update(SettingOf(values));
         document["profiles"].push_back(std::move(one));
+    }
+    return Printed(document);
+}
+
+std::wstring JsonOfReport(const CReport& report)
+{
+    Json document = Begin({Command::Report, report.Computer, report.Namespace});
+    document["made"] = TextOrNull(IsoTime(report.Made));
+    document["program"] = Utf8Text(kOwnVersion);
+    document["provider"] = {{"image", Utf8Text(kProviderImage)}, {"processIds", report.Processes}};
+    document["adapters"] = Json::array();
+    for (const CAdapter& adapter : report.Adapters)
+    {
+        Json one = AdapterOf(adapter);
+        one["tests"] = Json::array();
+        for (const CTest& test : adapter.Tests)
+        {
+            const CResult* result = report.ResultOf(test);
+            const CSettingValues* setting = report.SettingOf(test);
+            Json row = ListedTestOf(test);
+            row["setting"] = setting ? SettingOf(*setting) : Json();
+            row["result"] = result ? ResultOf(*result) : Json();
+            row["counters"] = result ? CountersOrNull(test, *result) : Json();
+            one["tests"].push_back(std::move(row));
+        }
+        document["adapters"].push_back(std::move(one));
     }
     return Printed(document);
 }

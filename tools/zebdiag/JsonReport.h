@@ -7,6 +7,7 @@
 #include "tools/zebdiag/Options.h"
 #include "tools/zebdiag/Profiles.h"
 #include "tools/zebdiag/TestRun.h"
+#include "tools/zebdiag/report/Report.h"
 
 #include <map>
 #include <string>
@@ -51,5 +52,6 @@ std::wstring JsonSettings(const CJsonHead& head, const std::vector<CTestChoice>&
 // For the stop and the clear command.
 std::wstring JsonEffects(const CJsonHead& head, ExitCode verdict, const std::vector<CTestEffect>& effects);
 std::wstring JsonProfiles(const Profiles& profiles);
+std::wstring JsonOfReport(const CReport& report);
 std::wstring JsonFailure(Command command, const CFailure& failure);
 } // namespace zebdiag

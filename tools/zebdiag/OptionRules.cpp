@@ -33,6 +33,10 @@ constexpr CRuleRow kRules[] = {
      [](const COptions& o)
      { return o.Sender.Peer.empty() && (o.Sender.Port || o.Sender.Rate || o.Sender.Size || o.Sender.Dscp); },
      Marked(L"--port, --rate, --size and --dscp need --peer.")},
+    {kReport, [](const COptions& o) { return o.Html.empty() && o.JsonFile.empty() && !o.Json; },
+     Marked(L"Name a file for the report with --html, or take --json.")},
+    {kReport, [](const COptions& o) { return !o.Html.empty() && o.Html == o.JsonFile; },
+     Marked(L"--html and --json need a file each.")},
     {kProfiles, [](const COptions& o) { return !o.Save.empty() && !o.Delete.empty(); },
      Marked(L"--save and --delete do not go together.")},
     {kProfiles, [](const COptions& o) { return !o.Save.empty() && !HasSettings(o); },

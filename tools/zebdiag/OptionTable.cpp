@@ -47,7 +47,7 @@ constexpr const wchar_t* kReportSummary = Marked(L"on: show packet counters in t
 
 // Names of tests differ between languages; the examples have one that does not.
 constexpr COptionRow kOptions[] = {
-    {"-a,--adapter", Marked(L"NAME"), kList | kRun | kStop | kResults | kSettings | kSet | kClear,
+    {"-a,--adapter", Marked(L"NAME"), kList | kRun | kStop | kResults | kSettings | kSet | kClear | kReport,
      Marked(L"Only this adapter."), L"{1} --adapter \"Ethernet 2\"",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Adapter); }},
     {"-t,--test", Marked(L"NAME"), kRun | kStop | kResults | kClear, Marked(L"Only this test."),
@@ -94,8 +94,13 @@ constexpr COptionRow kOptions[] = {
      [](App& a, const char* n, COptions& o) { return AddNumber(a, n, o.Sender.Size, 44, 1452); }},
     {"--dscp", L"N", kRun, Marked(L"The mark of the packets, 0 to 63."), L"{1} --peer 192.0.2.7 --dscp 46",
      [](App& a, const char* n, COptions& o) { return AddNumber(a, n, o.Sender.Dscp, 0, 63); }},
-    {"--json", L"", kRemote | kProfiles, Marked(L"Print one JSON document instead of text."), L"{1} --json",
-     [](App& a, const char* n, COptions& o) { return AddFlag(a, n, o.Json); }},
+    {"--html", Marked(L"FILE"), kReport, Marked(L"Write the report as a page to this file."), L"{1}",
+     [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Html); }},
+    {"--json", Marked(L"[FILE]"), kReport,
+     Marked(L"Write it as a JSON document to this file; without one, print it."), L"{2} --json report.json",
+     [](App& a, const char* n, COptions& o) { return AddNameOrFlag(a, n, o.JsonFile, o.Json); }},
+    {"--json", L"", (kRemote & ~kReport) | kProfiles, Marked(L"Print one JSON document instead of text."),
+     L"{1} --json", [](App& a, const char* n, COptions& o) { return AddFlag(a, n, o.Json); }},
     {"--computer", Marked(L"NAME"), kRemote, Marked(L"The computer to look at; without it, this one."),
      L"{1} --computer WS42",
      [](App& a, const char* n, COptions& o) { return AddName(a, n, o.Target.Computer); }},

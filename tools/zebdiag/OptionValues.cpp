@@ -59,6 +59,18 @@ CLI::Option* AddName(CLI::App& command, const std::string& names, std::wstring& 
         ->check(Unless(FaultOfName));
 }
 
+CLI::Option* AddNameOrFlag(CLI::App& command, const std::string& names, std::wstring& to, bool& flag)
+{
+    return command
+        .add_option_function<std::string>(names,
+                                          [&](const std::string& value)
+                                          {
+                                              to = WidenUtf8(value);
+                                              flag = value.empty();
+                                          })
+        ->expected(0, 1);
+}
+
 CLI::Option* AddLocale(CLI::App& command, const std::string& names, std::wstring& to)
 {
     return command

@@ -7,8 +7,8 @@ namespace zebdiag
 {
 namespace
 {
-constexpr const char* kCommandNames[] = {"list", "run",   "stop",   "results",  "settings",
-                                         "set",  "clear", "doctor", "profiles", "metrics"};
+constexpr const char* kCommandNames[] = {"list",  "run",    "stop",   "results",  "settings", "set",
+                                         "clear", "report", "doctor", "profiles", "metrics"};
 
 std::wstring NameOfThisComputer()
 {

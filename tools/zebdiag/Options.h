@@ -15,6 +15,7 @@ enum class Command
     Settings,
     Set,
     Clear,
+    Report,
     Doctor,
     Profiles,
     Metrics
@@ -61,9 +62,11 @@ struct COptions
     CSenderOptions Sender;
     std::optional<bool> Quick;
     std::optional<bool> Report;
-    std::wstring Profile; // to run with; empty: none
-    std::wstring Save;    // the profile to keep
-    std::wstring Delete;  // the profile to delete
-    std::wstring Out;     // the file to write; empty: to standard output
+    std::wstring Profile;  // to run with; empty: none
+    std::wstring Save;     // the profile to keep
+    std::wstring Delete;   // the profile to delete
+    std::wstring Html;     // the file for the page of a report
+    std::wstring JsonFile; // the file for its document
+    std::wstring Out;      // the file for metrics; empty: to standard output
 };
 } // namespace zebdiag

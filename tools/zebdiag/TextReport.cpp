@@ -31,14 +31,6 @@ std::wstring ServedBy(const std::wstring& what, const std::vector<unsigned long>
     return Said(L"{1}, delivered by {2} (process {3}).", {what, kProviderImage, numbers});
 }
 
-std::wstring StateCell(const CResult& result)
-{
-    std::wstring text = StateInWords(result.State);
-    if (result.State == TestState::InProgress && result.Percent && *result.Percent > 0)
-        text += L", " + Percent(*result.Percent);
-    return text;
-}
-
 std::wstring FindingsCell(const CResult& result)
 {
     std::wstring text;
@@ -75,6 +67,24 @@ std::wstring TablesByAdapter(const std::vector<CTestChoice>& tests, const std::v
     return text;
 }
 } // namespace
+
+std::wstring StateCell(const CResult& result)
+{
+    std::wstring text = StateInWords(result.State);
+    if (result.State == TestState::InProgress && result.Percent && *result.Percent > 0)
+        text += L", " + Percent(*result.Percent);
+    return text;
+}
+
+std::vector<std::wstring> SettingCells(const CSettingValues& values)
+{
+    return {PercentOrDash(values.Coverage), OnOff(values.Quick), OnOff(values.Report)};
+}
+
+std::wstring SettingsExplained()
+{
+    return Said(kSettingsExplained);
+}
 
 std::wstring AdapterTitle(const CAdapter& adapter)
 {
@@ -161,14 +171,14 @@ std::wstring RenderSettings(const std::vector<CTestChoice>& tests,
                             const auto found = settings.find(test.Key);
                             if (!test.SendsPackets() || found == settings.end())
                                 return false;
-                            const CSettingValues& values = found->second.Values;
-                            table.Add({test.Caption, PercentOrDash(values.Coverage), OnOff(values.Quick),
-                                       OnOff(values.Report)});
+                            std::vector<std::wstring> row = SettingCells(found->second.Values);
+                            row.insert(row.begin(), test.Caption);
+                            table.Add(std::move(row));
                             return true;
                         });
     if (text.empty())
         return Paragraph(Said(L"None of these tests has settings."), width);
-    return text + Paragraph(Said(kSettingsExplained), width);
+    return text + Paragraph(SettingsExplained(), width);
 }
 
 std::wstring RenderProfiles(const Profiles& profiles, unsigned width)

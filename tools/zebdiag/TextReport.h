@@ -17,6 +17,13 @@ std::wstring AdapterTitle(const CAdapter& adapter);
 // "Link on Ethernet 2".
 std::wstring TestTitle(const CTestChoice& choice);
 
+// "Passed", "In progress, 45 %".
+std::wstring StateCell(const CResult& result);
+// Coverage, quick and report; a dash for one that does not apply.
+std::vector<std::wstring> SettingCells(const CSettingValues& values);
+// What those three mean.
+std::wstring SettingsExplained();
+
 // The tests of these adapters, one table for each adapter, and a summary that names the processes.
 std::wstring RenderList(const CInventory& inventory, const std::vector<const CAdapter*>& adapters,
                         const std::vector<unsigned long>& processes, unsigned width);

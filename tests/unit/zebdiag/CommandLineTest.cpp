@@ -55,6 +55,21 @@ INSTANTIATE_TEST_SUITE_P(
                  [](const COptions& o) { return o.Command == Command::Doctor && o.Json; }},
         GoodCase{"ListAsJson", L"list|--json",
                  [](const COptions& o) { return o.Command == Command::List && o.Json; }},
+        GoodCase{"ReportAsPage", L"report|--html|r.html|--adapter|Ethernet 2",
+                 [](const COptions& o)
+                 {
+                     return o.Command == Command::Report && o.Html == L"r.html" && !o.Json &&
+                            o.JsonFile.empty() && o.Adapter == L"Ethernet 2";
+                 }},
+        GoodCase{"ReportAsDocument", L"report|--json",
+                 [](const COptions& o) { return o.Json && o.JsonFile.empty() && o.Html.empty(); }},
+        GoodCase{"ReportAsDocumentInAFile", L"report|--json|r.json",
+                 [](const COptions& o) { return !o.Json && o.JsonFile == L"r.json"; }},
+        GoodCase{"ReportWithAFileBehindTheSign", L"report|--json=-r.json",
+                 [](const COptions& o) { return !o.Json && o.JsonFile == L"-r.json"; }},
+        GoodCase{"ReportWithAnOptionBehindTheDocument", L"report|--json|-a|x|--html|r.html",
+                 [](const COptions& o)
+                 { return o.Json && o.JsonFile.empty() && o.Adapter == L"x" && o.Html == L"r.html"; }},
         GoodCase{"RunOneTest", L"run|--adapter|Ethernet 2|--test|Link",
                  [](const COptions& o)
                  {
@@ -153,6 +168,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"ValueMissing", L"run|--test", L"--test needs a value: --test NAME.", L"run "},
         BadCase{"OptionForAValue", L"run|--test|--json", L"--test: \"--json\" is no name.", L"run "},
         BadCase{"ValueForAFlag", L"list|--json=yes", L"--json takes no value.", L"list "},
+        BadCase{"ReportOfNoKind", L"report", L"Name a file for the report with --html, or take --json.",
+                L"report "},
+        BadCase{"ReportWithoutAFile", L"report|--html", L"--html needs a value: --html FILE.", L"report "},
+        BadCase{"ReportTwiceInAFile", L"report|--html|r|--json|r", L"--html and --json need a file each.",
+                L"report "},
         BadCase{"RunNothing", L"run", L"Name a test with --test, or take all with --all.", L"run "},
         BadCase{"RunOneAndAll", L"run|--all|--test|x", L"--test and --all do not go together.", L"run "},
         BadCase{"CoverageZero", L"run|--all|--coverage|0", L"--coverage: 0 is not between 1 and 100.",
