@@ -31,11 +31,11 @@ class Browser:
     def run(self, script, *arguments):
         return self.driver.execute_script(script, *arguments)
 
-    def show(self, page, width=1280, scheme="light"):
-        """Loads a file as a screen of that width shows it."""
+    def show(self, page, width=1280, scheme="light", media="screen"):
+        """Loads a file as a screen of that width or paper shows it."""
         self.command("Emulation.setDeviceMetricsOverride", width=width, height=800, deviceScaleFactor=1,
                      mobile=width < 600)
-        self.command("Emulation.setEmulatedMedia", media="screen",
+        self.command("Emulation.setEmulatedMedia", media=media,
                      features=[{"name": "prefers-color-scheme", "value": scheme}])
         self.driver.get(pathlib.Path(page).resolve().as_uri())
 

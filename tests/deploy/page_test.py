@@ -227,7 +227,10 @@ class Page(unittest.TestCase):
         self.assertEqual(["test failed"] * 4, targets)
 
     def test_paper_is_light_and_holds_everything(self):
-        self.browser.show(PAGE, scheme="dark")
+        self.browser.show(PAGE, scheme="dark", media="print")
+        ground = colour(self.browser.run("return getComputedStyle(document.body).backgroundColor"))
+        self.assertEqual(1, luminance(ground))
+        self.assertEqual([], weak_texts(self.browser.run(TEXTS)))
         self.browser.print(WORK / "report.pdf")
         text = subprocess.run(["pdftotext", "-layout", WORK / "report.pdf", "-"], check=True,
                               capture_output=True).stdout.decode()
