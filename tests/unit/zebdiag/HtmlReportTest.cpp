@@ -310,11 +310,13 @@ TEST(CounterChartTest, OtherNumbersArePlainValues)
 TEST(CounterChartTest, AFailureIsShownInWords)
 {
     CReport report = SampleReport();
-    report.Results[report.Adapters[0].Tests[8].Key].Lines = {
-        L"t|Sender|No answer from 10.0.0.1: Try port 862"};
-    const std::wstring card = CardOf(HtmlReport(report), L"test-1-9");
-    EXPECT_EQ(CountIn(card, L"<p class=\"finding\">No answer from 10.0.0.1: Try port 862</p>"), 1u);
-    EXPECT_EQ(CountIn(card, L"<dl"), 0u);
+    for (const wchar_t* reason : {L"No answer from 10.0.0.1: Try port 862", L"Status code (decimal): 5"})
+    {
+        report.Results[report.Adapters[0].Tests[8].Key].Lines = {L"t|Sender|" + std::wstring(reason)};
+        const std::wstring card = CardOf(HtmlReport(report), L"test-1-9");
+        EXPECT_EQ(CountIn(card, L"<p class=\"finding\">" + std::wstring(reason) + L"</p>"), 1u);
+        EXPECT_EQ(CountIn(card, L"<dl"), 0u);
+    }
 }
 } // namespace
 } // namespace zebdiag

@@ -1,30 +1,18 @@
 #include "tools/zebdiag/report/Report.h"
 
-#include "tools/zebdiag/Commands.h"
-#include "tools/zebdiag/Inventory.h"
 #include "tools/zebdiag/Words.h"
-#include "tools/zebdiag/languages/Said.h"
 
 #include <cwchar>
 #include <limits>
-#include <windows.h>
 
 namespace zebdiag
 {
 namespace
 {
 constexpr wchar_t kNumberFollows[] = L": ";
+// With fewer lines a result tells the reason of a failure, which may end with a number as well.
+constexpr size_t kLeastCounters = 3;
 constexpr wchar_t kDecimalDigits[] = L"0123456789";
-
-std::wstring TimeNow()
-{
-    SYSTEMTIME now = {};
-    GetLocalTime(&now);
-    wchar_t text[32] = {};
-    std::swprintf(text, 32, L"%04d%02d%02d%02d%02d%02d", now.wYear, now.wMonth, now.wDay, now.wHour,
-                  now.wMinute, now.wSecond);
-    return text;
-}
 
 // False for a finding that does not end with a number of 32 bits.
 bool ReadCounter(const std::wstring& finding, CCounter& counter)
@@ -54,26 +42,6 @@ const CSettingValues* CReport::SettingOf(const CTest& test) const
     return found == Settings.end() || !test.SendsPackets() ? nullptr : &found->second;
 }
 
-CReport GatherReport(const CCommandContext& context)
-{
-    const CInventory inventory = context.Inventory();
-    if (inventory.TestCount() == 0)
-        throw CFailure(ExitCode::NotFound, Said(L"There is nothing to report: no wired adapter has tests."),
-                       Said(L"Run \"zebdiag doctor\": it says which adapters were left out, and why."));
-    CReport report;
-    // Right after the enumeration, while its process still stands by.
-    report.Processes = context.Surroundings.ServingProcesses(context.Session);
-    report.Computer = inventory.Computer;
-    report.Namespace = context.Options.Target.Namespace;
-    report.Made = TimeNow();
-    report.Results = LoadResults(context.Session);
-    for (const CAdapter* adapter : ChooseAdapters(inventory, context.Options.Adapter))
-        report.Adapters.push_back(*adapter);
-    for (const auto& [key, setting] : LoadSettings(context.Session))
-        report.Settings[key] = setting.Values;
-    return report;
-}
-
 std::vector<CCounter> CountersOf(const CTest& test, const CResult& result)
 {
     std::vector<CCounter> counters;
@@ -86,6 +54,8 @@ std::vector<CCounter> CountersOf(const CTest& test, const CResult& result)
             return {};
         counters.push_back(std::move(counter));
     }
+    if (counters.size() < kLeastCounters)
+        counters.clear();
     return counters;
 }
 } // namespace zebdiag

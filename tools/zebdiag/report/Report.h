@@ -9,8 +9,6 @@
 
 namespace zebdiag
 {
-struct CCommandContext;
-
 struct CReport
 {
     std::wstring Computer; // as the provider gives it
@@ -25,9 +23,6 @@ struct CReport
     const CResult* ResultOf(const CTest& test) const;
     const CSettingValues* SettingOf(const CTest& test) const;
 };
-
-// Throws CFailure, also where there is no test to report on.
-CReport GatherReport(const CCommandContext& context);
 
 // A number that a sender or a responder counted or measured.
 struct CCounter

@@ -3,6 +3,7 @@
 #include "tools/zebdiag/Commands.h"
 #include "tools/zebdiag/Wrap.h"
 #include "tools/zebdiag/languages/Said.h"
+#include "tools/zebdiag/report/GatherReport.h"
 #include "tools/zebdiag/report/HtmlReport.h"
 #include "tools/zebdiag/report/WholeFile.h"
 
