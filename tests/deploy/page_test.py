@@ -5,6 +5,7 @@ usage: page_test.py [TEST ...]
 
 The pictures are in build/page-test, for whoever wants to look at them.
 """
+import itertools
 import json
 import pathlib
 import shutil
@@ -18,7 +19,7 @@ from browser import Browser  # noqa: E402
 from machine import BIN, Machine  # noqa: E402
 
 WORK = ROOT / "build/page-test"
-PAGE = WORK / "report.html"
+PAGE, GERMAN = WORK / "report.html", WORK / "german.html"
 SCRIPT = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\VorlTest"
 SETTINGS = r"HKLM\SOFTWARE\Veltrane\Halvern\ZEB\ZebDiag"
 # The provider folds keys to upper case, which is the same to a browser.
@@ -110,10 +111,11 @@ def make_report():
         machine.set_value(SETTINGS, "TimeoutSndRsp", 2)
         machine.set_value(r"HKLM\SOFTWARE\WMI stand-in", "IdleMilliseconds", 600000)
         for arguments, code in (("run --all", 1), ("run --test sender", 0), ("run --test responder --timeout 1", 2),
-                                ("report --html report.html --json report.json", 0)):
+                                ("report --html report.html --json report.json --locale en-US", 0),
+                                ("report --html german.html --locale de-DE", 0)):
             done, output = machine.wine(BIN / "zebdiag.exe", *arguments.split(), fails=True)
             assert done == code, f"{arguments}: {done}\n{output}"
-        for name in ("report.html", "report.json"):
+        for name in ("report.html", "report.json", "german.html"):
             shutil.copyfile(machine.drive / name, WORK / name)
     finally:
         machine.stop()
@@ -127,8 +129,9 @@ class Page(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        for name, width, scheme in (("wide", WIDE, "light"), ("narrow", NARROW, "light"), ("dark", WIDE, "dark")):
-            cls.browser.show(PAGE, width, scheme)
+        for name, page, width, scheme in (("wide", PAGE, WIDE, "light"), ("narrow", PAGE, NARROW, "light"),
+                                          ("dark", PAGE, WIDE, "dark"), ("german", GERMAN, NARROW, "light")):
+            cls.browser.show(page, width, scheme)
             cls.browser.picture(WORK / f"{name}.png")
 
     def setUp(self):
@@ -189,9 +192,9 @@ class Page(unittest.TestCase):
         self.assertEqual([], weak_texts([{**text, "color": "rgb(130, 130, 130)", "size": 24}]))
 
     def test_nothing_is_cut_off(self):
-        for width in (NARROW, WIDE):
-            with self.subTest(width):
-                self.browser.show(PAGE, width)
+        for page, width in itertools.product((PAGE, GERMAN), (NARROW, WIDE)):
+            with self.subTest(page=page.name, width=width):
+                self.browser.show(page, width)
                 self.assertEqual(width, self.browser.run("return innerWidth"))
                 self.assertTrue(self.browser.run("return document.documentElement.scrollWidth <= document.documentElement.clientWidth"))
                 self.assertEqual([], self.browser.run(CUT_OFF))
@@ -201,6 +204,12 @@ class Page(unittest.TestCase):
         self.browser.run("document.querySelector('h2').style.whiteSpace = 'nowrap';"
                          "document.querySelector('h2').textContent = 'x'.repeat(200)")
         self.assertTrue(any(line.startswith("H2 xxx") for line in self.browser.run(CUT_OFF)))
+
+    def test_german_is_called_german(self):
+        self.browser.show(GERMAN)
+        self.assertEqual("de", self.browser.run("return document.documentElement.lang"))
+        self.assertEqual("Diagnosebericht", self.browser.run("return document.title").split()[0])
+        self.assertIn("Einstellungen", self.browser.run("return document.body.textContent"))
 
     def test_everything_has_a_name(self):
         self.browser.show(PAGE)

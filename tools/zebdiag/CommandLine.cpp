@@ -171,7 +171,10 @@ CFirstLook FirstLookAt(const std::vector<std::wstring>& arguments)
     CLI::App app;
     app.allow_extras();
     app.set_help_flag();
-    AddFlag(app, "--json", look.Json);
+    std::wstring page;
+    std::wstring file;
+    AddName(app, "--html", page);
+    AddNameOrFlag(app, "--json", file, look.Json);
     AddLocale(app, "--locale", look.Locale);
     try
     {
@@ -181,6 +184,8 @@ CFirstLook FirstLookAt(const std::vector<std::wstring>& arguments)
     {
         return look; // reading the whole line says what is wrong with it
     }
+    // A page is for people, even if a document goes with it.
+    look.Json = look.Json && page.empty();
     return look;
 }
 } // namespace zebdiag

@@ -4,6 +4,8 @@
 #include "tools/zebdiag/DateTime.h"
 #include "tools/zebdiag/languages/Said.h"
 
+#include <fstream>
+#include <iterator>
 #include <set>
 
 namespace zebdiag
@@ -151,6 +153,23 @@ TEST_F(GermanTest, DocumentsStayEnglish)
     EXPECT_EQ(Run({L"results", L"--json", L"--locale", L"de-DE"}), ExitCode::NotReachable);
     EXPECT_EQ(Document()["error"]["cause"],
               "The class Tolva_DiagTest is not known in root\\cimv2 on this computer.");
+}
+
+// A page is for people.
+TEST_F(GermanTest, PagesAreGermanDocumentsBesideThemOrNot)
+{
+    for (const std::vector<std::wstring>& document :
+         {std::vector<std::wstring>{}, {L"--json"}, {L"--json", (m_folder.Path() / L"r.json").wstring()}})
+    {
+        const std::wstring file = (m_folder.Path() / L"r.html").wstring();
+        std::vector<std::wstring> line = {L"report", L"--locale", L"de-DE", L"--html", file};
+        line.insert(line.end(), document.begin(), document.end());
+        EXPECT_EQ(Run(line), ExitCode::Passed);
+        std::ifstream opened(std::filesystem::path(file), std::ios::binary);
+        const std::string page{std::istreambuf_iterator<char>(opened), {}};
+        EXPECT_NE(page.find("<html lang=\"de\">"), std::string::npos);
+        EXPECT_NE(page.find("<title>Diagnosebericht von WS42</title>"), std::string::npos);
+    }
 }
 
 TEST_F(GermanTest, SentencesBeginWithACapital)

@@ -162,7 +162,8 @@ std::wstring HtmlReport(const CReport& report)
 {
     CHtml html;
     {
-        const auto page = html.Element(L"html", {{L"lang", L"en"}});
+        // Each language has its own name in place of this one.
+        const auto page = html.Element(L"html", {{L"lang", Said(L"en")}});
         AddHead(html, report);
         const auto body = html.Element(L"body");
         {
