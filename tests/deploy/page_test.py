@@ -60,6 +60,18 @@ return [...document.body.querySelectorAll('*')].filter(element => {
 }).map(element => element.tagName + ' ' + element.textContent.trim().slice(0, 60));
 """
 
+# The words of ordinary length that do not stand on one line.
+TORN = """
+const torn = [], walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT), range = document.createRange();
+for (let node = walker.nextNode(); node; node = walker.nextNode())
+  for (const word of node.data.matchAll(/(?<!\\S)[\\p{L}\\d]{1,20}[.,:]?(?!\\S)/gu)) {
+    range.setStart(node, word.index);
+    range.setEnd(node, word.index + word[0].length);
+    if (new Set([...range.getClientRects()].map(box => box.top)).size > 1) torn.push(word[0]);
+  }
+return torn;
+"""
+
 
 def colour(text):
     """(red, green, blue, opacity) of 'rgb(1, 2, 3)' or 'rgba(1, 2, 3, 0.5)'."""
@@ -198,6 +210,7 @@ class Page(unittest.TestCase):
                 self.assertEqual(width, self.browser.run("return innerWidth"))
                 self.assertTrue(self.browser.run("return document.documentElement.scrollWidth <= document.documentElement.clientWidth"))
                 self.assertEqual([], self.browser.run(CUT_OFF))
+                self.assertEqual([], self.browser.run(TORN))
 
     def test_what_is_cut_off_is_noticed(self):
         self.browser.show(PAGE, NARROW)
@@ -210,6 +223,12 @@ class Page(unittest.TestCase):
         self.assertEqual("de", self.browser.run("return document.documentElement.lang"))
         self.assertEqual("Diagnosebericht", self.browser.run("return document.title").split()[0])
         self.assertIn("Einstellungen", self.browser.run("return document.body.textContent"))
+
+    def test_torn_words_are_noticed(self):
+        self.browser.show(PAGE, NARROW)
+        self.browser.run("document.querySelector('h2').style.width = '3em';"
+                         "document.querySelector('h2').textContent = 'is unbelievable'")
+        self.assertEqual(["unbelievable"], self.browser.run(TORN))
 
     def test_everything_has_a_name(self):
         self.browser.show(PAGE)

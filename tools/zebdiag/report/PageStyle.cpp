@@ -87,7 +87,7 @@ figure, .values { margin-top: 0.75rem; font-size: 0.875rem; }
 }
 .values dd { flex: none; margin: 0; font-variant-numeric: tabular-nums; }
 
-.settings { margin-top: 1rem; border-collapse: collapse; font-size: 0.875rem; }
+.settings { margin-top: 1rem; border-collapse: collapse; font-size: 0.875rem; overflow-wrap: normal; }
 .settings caption { padding-bottom: 0.25rem; text-align: left; }
 .settings th, .settings td {
   padding: 0.25rem 1.25rem 0.25rem 0; border-top: 1px solid var(--line); text-align: left; font-weight: 400;
@@ -99,6 +99,7 @@ figure, .values { margin-top: 0.75rem; font-size: 0.875rem; }
   h1 { font-size: 1.4rem; }
   .test, .failures { padding-left: 0.875rem; padding-right: 0.875rem; }
   .bars div { grid-template-columns: minmax(0, 1fr); }
+  .settings th, .settings td { padding-right: 0.75rem; }
 }
 @media print {
   :root { color-scheme: light; font-size: 10pt; --page: #ffffff; }
