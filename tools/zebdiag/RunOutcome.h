@@ -9,13 +9,6 @@ namespace zebdiag
 {
 class CFailure;
 
-enum class StopReason
-{
-    None,
-    Request,
-    Timeout
-};
-
 // How far this program has come with stopping a run.
 struct CStop
 {

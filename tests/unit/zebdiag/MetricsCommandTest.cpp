@@ -1,6 +1,6 @@
 // The command that writes the metrics, and the file that it replaces in one step.
 #include "CommandsFixture.h"
-#include "tools/zebdiag/metrics/WholeFile.h"
+#include "tools/zebdiag/WholeFile.h"
 
 #include <fstream>
 #include <sstream>
@@ -105,7 +105,7 @@ TEST_F(MetricsCommandTest, FileThatCannotBeWrittenIsNamed)
 {
     const std::wstring file = (m_folder.Path() / "no" / "such" / "zebdiag.prom").wstring();
     EXPECT_EQ(Run({L"metrics", L"--out", file}), ExitCode::CouldNotRun);
-    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: " + file + L" cannot be written.\n"))
+    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: " + file + L" was not written.\n"))
         << Utf8Text(m_console.Errors);
     EXPECT_EQ(m_console.Output, L"");
 }

@@ -42,7 +42,7 @@ class ReportCommandTest : public CommandsTest
 
 TEST_F(ReportCommandTest, WritesThePage)
 {
-    const std::wstring file = File(L"Bericht für WS42.html").wstring();
+    const std::wstring file = File(L"Report of WS42.html").wstring();
     EXPECT_EQ(Run({L"report", L"--html", file}), ExitCode::Passed);
     EXPECT_EQ(m_console.Output, L"The report is in " + file + L".\n");
     EXPECT_EQ(m_console.Errors, L"");
@@ -53,7 +53,7 @@ TEST_F(ReportCommandTest, WritesThePage)
                         "e!"),
               std::string::npos);
     EXPECT_NE(page.find("Ethernet 2"), std::string::npos);
-    EXPECT_EQ(FilesThere(), std::vector<std::wstring>{L"Bericht für WS42.html"});
+    EXPECT_EQ(FilesThere(), std::vector<std::wstring>{L"Report of WS42.html"});
 }
 
 TEST_F(ReportCommandTest, ReplacesWhatIsThere)
@@ -150,7 +150,7 @@ TEST_P(UnwritableReportTest, NamesCauseAndNextStepAndLeavesNothing)
     const CFileHandle holder(CreateFileW(held.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     const std::wstring file = m_folder.Path().wstring() + L"\\" + GetParam().file;
     EXPECT_EQ(Run({L"report", L"--html", file}), ExitCode::CouldNotRun);
-    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: The report was not written to " + file + L".\n" +
+    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: " + file + L" was not written.\n" +
                                              GetParam().nextStep + L"\n(Status 0x8007"))
         << Utf8Text(m_console.Errors);
     EXPECT_EQ(m_console.Output, L"");

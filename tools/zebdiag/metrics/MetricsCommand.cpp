@@ -2,8 +2,8 @@
 
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/Inventory.h"
+#include "tools/zebdiag/WholeFile.h"
 #include "tools/zebdiag/metrics/MetricsDocument.h"
-#include "tools/zebdiag/metrics/WholeFile.h"
 
 namespace zebdiag
 {

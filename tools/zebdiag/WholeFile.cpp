@@ -1,13 +1,35 @@
-#include "tools/zebdiag/metrics/WholeFile.h"
+#include "tools/zebdiag/WholeFile.h"
 
 #include "Common/src/com/Owned.h"
 #include "tools/zebdiag/Failure.h"
 #include "tools/zebdiag/languages/Said.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace zebdiag
 {
 namespace
 {
+struct CNextStepRow
+{
+    DWORD Error;
+    const wchar_t* Text;
+};
+constexpr const wchar_t* kNotTaken = Marked(
+    L"See that the name is not that of a folder, that no other program has the file open, and that you may "
+    L"change it.");
+constexpr CNextStepRow kNextSteps[] = {
+    {ERROR_PATH_NOT_FOUND, Marked(L"Make the folder, or name a file in another one.")},
+    {ERROR_ACCESS_DENIED, kNotTaken},
+    {ERROR_SHARING_VIOLATION, kNotTaken},
+    {ERROR_WRITE_PROTECT, Marked(L"The disk is write-protected: name a file on another one.")},
+    {ERROR_DISK_FULL, Marked(L"The disk is full: make room on it, or name a file on another one.")},
+    {ERROR_INVALID_NAME, Marked(L"Name a file as the system allows it, without < > : \" | ? and *.")},
+};
+constexpr const wchar_t* kOtherStep =
+    Marked(L"See whether the disk can be written to, or name another file.");
+
 // Readers that do not share the right to replace the file hold it for milliseconds.
 constexpr int kAttempts = 20;
 constexpr DWORD kPause = 100; // milliseconds
@@ -46,10 +68,8 @@ void WriteWholeFile(const std::wstring& file, std::string_view bytes)
     if (error == ERROR_SUCCESS)
         return;
     DeleteFileW(fresh.c_str());
-    throw CFailure(
-        ExitCode::CouldNotRun, Said(L"{1} cannot be written.", {file}),
-        Said(L"See whether its folder is there, whether you may change files in it, whether another program "
-             L"holds the file open, and whether the disk is full."),
-        HRESULT_FROM_WIN32(error));
+    const auto row = std::ranges::find(kNextSteps, error, &CNextStepRow::Error);
+    throw CFailure(ExitCode::CouldNotRun, Said(L"{1} was not written.", {file}),
+                   Said(row == std::end(kNextSteps) ? kOtherStep : row->Text), HRESULT_FROM_WIN32(error));
 }
 } // namespace zebdiag
