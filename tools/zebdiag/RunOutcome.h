@@ -1,13 +1,31 @@
 // What the end of a run means.
 #pragma once
 
-#include "tools/zebdiag/TestRun.h"
+#include "tools/zebdiag/ExitCode.h"
+#include "tools/zebdiag/Model.h"
 
 #include <optional>
+#include <string>
 
 namespace zebdiag
 {
 class CFailure;
+
+enum class StopReason
+{
+    None,
+    Request,
+    Timeout
+};
+
+struct CRunOutcome
+{
+    ExitCode Code = ExitCode::CouldNotRun;
+    std::optional<CResult> Result; // absent where there was no run
+    std::wstring Message;          // what the result does not say; may be empty
+    unsigned long long Seconds = 0;
+    bool Interrupted = false; // by the events of CRunControl
+};
 
 // How far this program has come with stopping a run.
 struct CStop

@@ -1,8 +1,8 @@
 // One run of one test, from its start to its result.
 #pragma once
 
-#include "tools/zebdiag/ExitCode.h"
 #include "tools/zebdiag/Model.h"
+#include "tools/zebdiag/RunOutcome.h"
 #include "tools/zebdiag/WmiSession.h"
 
 #include <functional>
@@ -24,13 +24,6 @@ struct CRunControl
     std::function<unsigned long long()> Now = [] { return GetTickCount64(); }; // milliseconds
 };
 
-enum class StopReason
-{
-    None,
-    Request,
-    Timeout
-};
-
 // What a run tells while it lasts. Called on the thread that runs it.
 struct CRunObserver
 {
@@ -44,15 +37,6 @@ struct CRunOptions
 {
     CSettingValues Setting;                     // what to change for this run
     std::optional<unsigned long long> Deadline; // by the clock of CRunControl: the run is stopped then
-};
-
-struct CRunOutcome
-{
-    ExitCode Code = ExitCode::CouldNotRun;
-    std::optional<CResult> Result; // absent where there was no run
-    std::wstring Message;          // what the result does not say; may be empty
-    unsigned long long Seconds = 0;
-    bool Interrupted = false; // by CRunControl
 };
 
 // Runs the test with its setting. A request that fails becomes an outcome, not an exception. `computer` is

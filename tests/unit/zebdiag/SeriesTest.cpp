@@ -218,6 +218,7 @@ TEST_F(SeriesTest, StopEndsAllThatRunsAndNothingElseBegins)
 TEST_F(SeriesTest, InterruptedRunLetsNoOtherAdapterBeginAnother)
 {
     CGate others(2);
+    CGate running(2); // what was not begun before the view throws is not begun
     CGate told(1);
     m_view.OnEnded = [&](size_t index)
     {
@@ -271,6 +272,7 @@ TEST_F(SeriesTest, ExceptionOfARunReachesTheCallerWhenTheOthersHaveEnded)
 TEST_F(SeriesTest, ExceptionOfTheViewReachesTheCallerWhenAllHaveEnded)
 {
     m_tests = {m_tests[0], m_tests[2]};
+    CGate running(2); // what was not begun before the view throws is not begun
     CGate told(1);
     m_view.OnEnded = [&](size_t)
     {
@@ -281,6 +283,7 @@ TEST_F(SeriesTest, ExceptionOfTheViewReachesTheCallerWhenAllHaveEnded)
     EXPECT_THROW(Run(
                      [&](const CTestChoice& choice, const CRunObserver&)
                      {
+                         running.ArriveAndWait();
                          if (IndexOf(choice) == 1)
                              told.Wait();
                          ++ended;
