@@ -21,7 +21,7 @@ constexpr CCommandRow kCommands[] = {
          L"--all leaves out the tests that send and receive test packets: they take minutes, need a partner and can slow "
          L"other traffic down. Run those by name. --coverage, --no-quick and --profile hold for this run only: the setting "
          L"is put back afterwards. So are the registry values that --peer and the options with it set for the run, which "
-         L"takes an administrator and a session with this computer. Ctrl+C stops the running test.")},
+         L"takes an administrator and a session with this computer. Ctrl+C stops what runs.")},
     {Command::Stop, Marked(L"Stop running tests: all of them, or the named one."), L"zebdiag stop", nullptr},
     {Command::Results, Marked(L"Show the stored results and those of running tests."), L"zebdiag results",
      nullptr},
