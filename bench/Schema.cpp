@@ -14,7 +14,7 @@ const standin::CRepository& Repository()
     {
         auto* const filled = new standin::CRepository(L"BENCH");
         for (const char* file :
-             {ZEB_SOURCE_DIR "/standin/mof/system.mof", ZEB_SOURCE_DIR "/standin/mof/cimv2.mof",
+             {ZEB_SOURCE_DIR "/standin/mof/system.mof", ZEB_SOURCE_DIR "/resources/mof/cimv2.mof",
               ZEB_SOURCE_DIR "/resources/mof/zebdiag.mof"})
             filled->CompileFile(WidenUtf8(file));
         return filled;

@@ -61,7 +61,7 @@ def stage_files(listed, stage, apart, with_lines):
             if with_lines:
                 symbols.require_lines(debug)
             sign(target, "ZEB Diagnostics")
-    classes = (HERE.parent / "standin/mof/cimv2.mof").read_text(encoding="utf-8")
+    classes = (HERE.parent / "resources/mof/cimv2.mof").read_text(encoding="utf-8")
     (stage / "base").mkdir()
     for name, text in base_classes.base_class_files(classes):
         (stage / "base" / name).write_text(text, encoding="utf-8")

@@ -254,7 +254,7 @@ TEST(SchemaTest, CompilingItAgainChangesNothing)
     const auto compile = [&](const char* file)
     { repository.CompileFile(WidenUtf8(std::string(ZEB_SOURCE_DIR) + "/" + file)); };
     compile("standin/mof/system.mof");
-    compile("standin/mof/cimv2.mof");
+    compile("resources/mof/cimv2.mof");
     compile("resources/mof/zebdiag.mof");
     const auto instances = [&](const wchar_t* name)
     { return repository.Instances(kServedNamespace, name, false).size(); };

@@ -161,7 +161,7 @@ TEST(RemovingTheProduct, LeavesWhatTheSystemHad)
         return result;
     };
     compile("standin/mof/system.mof");
-    compile("standin/mof/cimv2.mof");
+    compile("resources/mof/cimv2.mof");
     const std::vector<std::wstring> before = names();
     EXPECT_FALSE(compile("resources/mof/zebdiag.mof"));
     EXPECT_NE(before, names());
