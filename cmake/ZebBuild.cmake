@@ -23,7 +23,8 @@ include_directories("${CMAKE_SOURCE_DIR}")
 # Generated headers (from IDL, version) are included by the path of their source folder.
 include_directories("${CMAKE_BINARY_DIR}")
 # No time of linking: the same sources make the same bytes.
-add_link_options(-static -Wl,--no-insert-timestamp)
+add_link_options(-static -Wl,--no-insert-timestamp -Wl,--gc-sections)
+add_link_options(-wrapper "${CMAKE_SOURCE_DIR}/cmake/link-with-lld" -fno-use-linker-plugin)
 
 # For crash dumps: functions and their lines, with the repository's folder as /zeb wherever it is. They change no
 # instruction, and packaging moves them out of the programs. Off for the tests, which would take longer to build.
@@ -83,9 +84,6 @@ function(zeb_test name)
   # The tests' own code is compiled for speed of compilation. That a fixture is known in its own source only, as it
   # is meant to be, is a warning where several sources are compiled as one.
   target_compile_options(${name} PRIVATE -O0 -Wno-subobject-linkage)
-  # What ships is linked by GNU ld, which takes most of the time that a test program takes to build.
-  target_link_options(${name} PRIVATE -wrapper "${CMAKE_SOURCE_DIR}/cmake/link-tests" -fno-use-linker-plugin)
-  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/link-tests")
   if(NOT ARG_LIMIT)
     set(ARG_LIMIT 240)
   endif()
