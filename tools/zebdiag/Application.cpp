@@ -29,9 +29,11 @@ std::wstring InWords(const CFailure& failure)
 
 void Report(const CFailure& failure, const COptions& options, IConsole& console)
 {
-    if (options.Json)
+    // A wrong command line has no document, even if only the provider's tests show that it is wrong.
+    const bool hasDocument = options.Json && failure.Code != ExitCode::Usage;
+    if (hasDocument)
         console.Out(JsonFailure(options.Command, failure));
-    if (!options.Json || console.ErrIsTerminal())
+    if (!hasDocument || console.ErrIsTerminal())
         console.Err(Paragraph(InWords(failure), console.ErrWidth()));
 }
 

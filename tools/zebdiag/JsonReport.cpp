@@ -104,6 +104,7 @@ Json ResultOf(const CResult& result)
             {"findings", Texts(Findings(result))},
             {"lines", Texts(result.Lines)}};
 }
+
 // Null where there are none.
 Json CountersOrNull(const CTest& test, const CResult& result)
 {

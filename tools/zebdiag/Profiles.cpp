@@ -3,6 +3,7 @@
 #include "Common/src/com/Owned.h"
 #include "Common/src/com/Text.h"
 #include "tools/zebdiag/Failure.h"
+#include "tools/zebdiag/WholeFile.h"
 #include "tools/zebdiag/languages/Said.h"
 
 #include <nlohmann/json.hpp>
@@ -27,13 +28,6 @@ CFailure Unusable(const std::wstring& file)
 {
     return CFailure(ExitCode::CouldNotRun, Said(L"The profiles in {1} cannot be understood.", {file}),
                     Said(L"Correct the file, or delete it and keep the profiles anew."));
-}
-
-CFailure NotWritten(const std::wstring& file, DWORD error)
-{
-    return CFailure(ExitCode::CouldNotRun, Said(L"The profiles cannot be kept in {1}.", {file}),
-                    Said(L"See whether you may change that file and whether the disk is full."),
-                    HRESULT_FROM_WIN32(error));
 }
 
 std::string ReadBytes(const std::wstring& file)
@@ -89,15 +83,6 @@ void MakeFolders(const std::wstring& file)
     CreateDirectoryW(folder.substr(0, folder.rfind(L'\\')).c_str(), nullptr);
     CreateDirectoryW(folder.c_str(), nullptr);
 }
-
-bool WriteBytes(const std::wstring& file, const std::string& bytes)
-{
-    const CFileHandle opened(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-    DWORD written = 0;
-    return opened &&
-           WriteFile(opened.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
-           written == bytes.size();
-}
 } // namespace
 
 bool CProfileOrder::operator()(const std::wstring& a, const std::wstring& b) const noexcept
@@ -139,15 +124,8 @@ Profiles LoadProfiles(const std::wstring& file)
 
 void StoreProfiles(const std::wstring& file, const Profiles& profiles)
 {
-    const std::wstring fresh = file + L".new";
     MakeFolders(file);
-    if (!WriteBytes(fresh, DocumentOf(profiles).dump(2) + "\n") ||
-        !MoveFileExW(fresh.c_str(), file.c_str(), MOVEFILE_REPLACE_EXISTING))
-    {
-        const DWORD error = GetLastError();
-        DeleteFileW(fresh.c_str());
-        throw NotWritten(file, error);
-    }
+    WriteWholeFile(file, DocumentOf(profiles).dump(2) + "\n");
 }
 
 const CSettingValues& ProfileNamed(const Profiles& profiles, const std::wstring& name)

@@ -190,7 +190,11 @@ std::wstring RenderProfiles(const Profiles& profiles, unsigned width)
             width);
     CTable table({Said(L"Profile"), Said(L"Coverage"), Said(L"Quick"), Said(L"Report")});
     for (const auto& [name, values] : profiles)
-        table.Add({name, PercentOrDash(values.Coverage), OnOff(values.Quick), OnOff(values.Report)});
+    {
+        std::vector<std::wstring> row = SettingCells(values);
+        row.insert(row.begin(), name);
+        table.Add(std::move(row));
+    }
     return table.Render(width) + L"\n" +
            Paragraph(
                Said(

@@ -248,6 +248,14 @@ TEST_F(PeerOptionTest, IsRefusedWithoutASender)
     EXPECT_TRUE(m_world->Calls.empty());
 }
 
+TEST_F(PeerOptionTest, HasNoDocumentWithoutASender)
+{
+    EXPECT_EQ(Run({L"run", L"--json", L"--test", L"link", L"--peer", L"192.0.2.7"}), ExitCode::Usage);
+    EXPECT_EQ(m_console.Output, L"");
+    EXPECT_EQ(m_console.Errors, L"zebdiag: --peer is for the sender, which is not the test to run.\n"
+                                L"Name it with --test sender.\n");
+}
+
 class ThisRegistryTest : public testing::Test
 {
   protected:
