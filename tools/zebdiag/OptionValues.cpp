@@ -87,7 +87,10 @@ CLI::Option* AddSwitch(CLI::App& command, const std::string& names, std::optiona
 CLI::Option* AddNumber(CLI::App& command, const std::string& names, std::optional<unsigned>& to,
                        unsigned least, unsigned most)
 {
-    return command.add_option(names, to)->check(
-        Unless([=](const std::wstring& value) { return FaultOfNumber(value, least, most); }));
+    // Read here, because the library takes a leading 0 for the sign of an octal number.
+    return command
+        .add_option_function<std::string>(names, [&to](const std::string& value)
+                                          { to = static_cast<unsigned>(std::stoul(value)); })
+        ->check(Unless([=](const std::wstring& value) { return FaultOfNumber(value, least, most); }));
 }
 } // namespace zebdiag

@@ -125,7 +125,16 @@ Profiles LoadProfiles(const std::wstring& file)
 void StoreProfiles(const std::wstring& file, const Profiles& profiles)
 {
     MakeFolders(file);
-    WriteWholeFile(file, DocumentOf(profiles).dump(2) + "\n");
+    try
+    {
+        WriteWholeFile(file, DocumentOf(profiles).dump(2) + "\n");
+    }
+    catch (CFailure& failure)
+    {
+        // The user has not chosen the file and cannot choose another one.
+        failure.NextStep = Said(L"See whether you may change that file and whether the disk is full.");
+        throw;
+    }
 }
 
 const CSettingValues& ProfileNamed(const Profiles& profiles, const std::wstring& name)

@@ -41,7 +41,7 @@ CTestEffect ClearOne(const CCommandContext& context, const CInventory& inventory
     catch (const CFailure& failure)
     {
         effect.Code = failure.Code;
-        effect.Message = failure.Cause;
+        effect.Message = OutcomeOf(failure).Message;
     }
     return effect;
 }

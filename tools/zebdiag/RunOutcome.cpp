@@ -23,8 +23,10 @@ CRunOutcome LeftToItself(const CStop& stop)
 {
     CRunOutcome outcome;
     outcome.Code = stop.Taken ? ExitCode::Stopped : ExitCode::CouldNotRun;
-    outcome.Message = stop.Taken ? Said(L"The test was told to stop but has not ended yet.")
-                                 : Said(L"The test could not be stopped and may still run.");
+    outcome.Message =
+        stop.Taken
+            ? Said(L"The test was told to stop but has not ended yet. \"zebdiag list\" shows when it has.")
+            : Said(L"The test could not be stopped and may still run. Try \"zebdiag stop\".");
     return outcome;
 }
 
@@ -34,7 +36,7 @@ CRunOutcome OutcomeOf(std::optional<CResult> result, const CStop& stop)
     outcome.Result = std::move(result);
     if (!outcome.Result)
     {
-        outcome.Message = Said(L"The test has run, but its result is not there any more.");
+        outcome.Message = Said(L"The test has run, but its result is not there any more. Run it again.");
         return outcome;
     }
     switch (outcome.Result->State)

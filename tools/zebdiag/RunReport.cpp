@@ -101,11 +101,18 @@ void CRunReport::AnnounceSeries() const
         return;
     Tell(Said(L"{1}, usually some seconds each.", {Tests(m_plan.Tests.size())}));
     Tell(Said(L"Ordinary tests leave the adapter's traffic alone, unless their description says otherwise."));
+    if (ChangesSettings())
+        Tell(Said(L"These tests have no settings: --coverage, --no-quick and --profile make no difference."));
     std::wstring names;
     for (const CTestChoice& choice : m_plan.LeftOut)
         names += (names.empty() ? L"" : L", ") + TestTitle(choice);
     if (!names.empty())
         Tell(Said(L"Left out, because they take long and load the network: {1}. Run them by name.", {names}));
+}
+
+bool CRunReport::ChangesSettings() const
+{
+    return m_plan.Setting.Coverage || m_plan.Setting.Quick || m_plan.Setting.Report;
 }
 
 // What somebody wants to know before a run that lasts or that others notice.
@@ -116,7 +123,7 @@ CRunReport::CAnnouncement CRunReport::AnnouncementOf(const CTestChoice& choice) 
     if (!choice.Test->SendsPackets())
     {
         CAnnouncement one = {{choice.Test->Description, Said(L"Usually takes some seconds.")}, {}};
-        if (m_plan.Setting.Coverage || m_plan.Setting.Quick || m_plan.Setting.Report)
+        if (ChangesSettings())
             one.Texts.push_back(
                 Said(L"This test has no settings: --coverage, --no-quick and --profile make no difference."));
         return one;
@@ -209,7 +216,7 @@ std::wstring CRunReport::VerdictLine(ExitCode verdict, const std::vector<CTestOu
         separator = L", ";
     }
     if (notRun != 0)
-        line += L", " + Said(L"{1} not run", {std::to_wstring(notRun)});
+        line += separator + Said(L"{1} not run", {std::to_wstring(notRun)});
     return line + L".";
 }
 } // namespace zebdiag

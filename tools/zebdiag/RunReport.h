@@ -56,6 +56,7 @@ class CRunReport
 
     void Tell(const std::wstring& text, unsigned indent = 0) const;
     bool Holds(std::optional<bool> CSettingValues::*which, const std::optional<CSetting>& stored) const;
+    bool ChangesSettings() const;
     void AnnounceSeries() const;
     CAnnouncement AnnouncementOf(const CTestChoice& choice) const;
     CAnnouncement LengthOf(const CTest& test) const;

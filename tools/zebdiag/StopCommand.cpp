@@ -48,12 +48,13 @@ CTestEffect StopOne(const CCommandContext& context, const CInventory& inventory,
         else if (WaitForEnd(context, *choice.Test))
             effect = {choice, ExitCode::Passed, EndInWords(context, *choice.Test)};
         else
-            effect.Message = Said(L"It was told to stop but still runs.");
+            effect.Message =
+                Said(L"It was told to stop but still runs. \"zebdiag list\" shows when it has ended.");
     }
     catch (const CFailure& failure)
     {
         effect.Code = failure.Code;
-        effect.Message = failure.Cause;
+        effect.Message = OutcomeOf(failure).Message;
     }
     return effect;
 }
@@ -72,8 +73,8 @@ std::wstring NothingRuns(const CCommandContext& context, const std::vector<CTest
 
 ExitCode StopTests(const CCommandContext& context)
 {
-    context.Control.CatchInterrupts();
     const CInventory inventory = context.Inventory();
+    context.Control.CatchInterrupts();
     ExitCode verdict = ExitCode::Passed;
     std::vector<CTestEffect> effects;
     const auto chosen = context.ChosenTests(inventory);

@@ -35,10 +35,10 @@ class CTestRun
         const CMethodThread call(m_session, m_test.Path, kTestClass, L"RunTest",
                                  {{L"SystemElement", AdapterPath(m_test.AdapterKey, m_computer)},
                                   {L"Setting", SettingPath(m_test.Key)}});
-        const bool ended = WaitForEnd(call.Done());
-        CRunOutcome outcome = ended ? Judge(call.Result()) : LeftToItself(m_stop);
+        CRunOutcome outcome = Await(call);
         outcome.Seconds = Elapsed() / 1000;
-        outcome.Interrupted = m_stop.Reason != StopReason::None;
+        // A series has no time for another test, even if this one has just ended by itself.
+        outcome.Interrupted = m_stop.Reason != StopReason::None || IsTimeOver();
         const Restored restored = setting.Restore();
         if (restored == Restored::Failed)
             m_observer.Say(Said(L"The setting could not be put back; see \"zebdiag settings\"."));
@@ -49,6 +49,20 @@ class CTestRun
 
   private:
     unsigned long long Elapsed() const { return m_control.Now() - m_started; }
+    bool IsTimeOver() const { return m_options.Deadline && m_control.Now() >= *m_options.Deadline; }
+
+    // A call that fails is an outcome like others, after which the setting is put back.
+    CRunOutcome Await(const CMethodThread& call)
+    {
+        try
+        {
+            return WaitForEnd(call.Done()) ? Judge(call.Result()) : LeftToItself(m_stop);
+        }
+        catch (const CFailure& failure)
+        {
+            return OutcomeOf(failure);
+        }
+    }
 
     bool IsInUse() const
     {
@@ -73,8 +87,7 @@ class CTestRun
                 return false;
             if (woken == WAIT_OBJECT_0 + 2)
                 BeginStop(StopReason::Request);
-            else if (m_stop.Reason == StopReason::None && m_options.Deadline &&
-                     m_control.Now() >= *m_options.Deadline)
+            else if (m_stop.Reason == StopReason::None && IsTimeOver())
                 BeginStop(StopReason::Timeout);
             if (m_stop.Reason != StopReason::None && !m_stop.Taken)
                 m_stop.Taken = TryStop();

@@ -77,6 +77,8 @@ INSTANTIATE_TEST_SUITE_P(
                             !o.All && !o.Coverage && !o.NoQuick && !o.TimeoutSeconds;
                  }},
         GoodCase{"RunAll", L"run|--all", [](const COptions& o) { return o.All && o.Test.empty(); }},
+        GoodCase{"NumbersWithALeadingZeroAreDecimal", L"run|--test|9|--coverage|010|--timeout|08",
+                 [](const COptions& o) { return o.Coverage == 10u && o.TimeoutSeconds == 8u; }},
         GoodCase{"RunWithEverything", L"run|--test|9|--coverage|50|--no-quick|--timeout|120",
                  [](const COptions& o)
                  { return o.Coverage == 50u && o.NoQuick && o.TimeoutSeconds == 120u && o.Test == L"9"; }},

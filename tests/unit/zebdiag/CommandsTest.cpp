@@ -151,7 +151,18 @@ TEST_F(CommandsTest, StopGivesUpAfterThirtySeconds)
     m_world->Tests[L"9@{BBBB}"].Stop = [] { return true; };
     m_seams.Control.Now = [this] { return m_now += 10000; };
     EXPECT_EQ(Run({L"stop"}), ExitCode::CouldNotRun);
-    EXPECT_EQ(m_console.Output, L"Sender on Ethernet 2: It was told to stop but still runs.\n");
+    EXPECT_EQ(m_console.Output, L"Sender on Ethernet 2: It was told to stop but still runs. "
+                                L"\"zebdiag list\" shows when it has ended.\n");
+}
+
+TEST_F(CommandsTest, StopThatFailsSaysAllThatIsKnown)
+{
+    Occupy(L"9@{BBBB}");
+    m_world->Failures[L"DiscontinueTest"] = {wmi::Failed, L"Out of order."};
+    EXPECT_EQ(Run({L"stop"}), ExitCode::CouldNotRun);
+    EXPECT_TRUE(m_console.Output.starts_with(L"Sender on Ethernet 2: ")) << Utf8Text(m_console.Output);
+    EXPECT_TRUE(m_console.Output.ends_with(L"\nThe provider says: Out of order.\n(Status 0x80041001.)\n"))
+        << Utf8Text(m_console.Output);
 }
 
 TEST_F(CommandsTest, StopOfNothing)
@@ -273,8 +284,10 @@ TEST_F(CommandsTest, ClearThatTheServiceRefusesLeavesTheResult)
     m_world->Results[L"1@{BBBB}"] = {TestState::Passed, 100, {}, {}};
     m_world->Failures[L"ClearResults"] = {E_ACCESSDENIED, L""};
     EXPECT_EQ(Run({L"clear", L"--all"}), ExitCode::NotReachable);
-    EXPECT_EQ(m_console.Output, L"Link on Ethernet 2: Access to root\\cimv2 on this computer was denied.\n"
-                                L"Cleared: 0 results.\n");
+    EXPECT_EQ(m_console.Output,
+              L"Link on Ethernet 2: Access to root\\cimv2 on this computer was denied. Run "
+              L"zebdiag as an administrator, or for another computer name an administrator of "
+              L"it with --user.\n(Status 0x80070005.)\nCleared: 0 results.\n");
 }
 
 // The method's answer does not tell that nothing was cleared.

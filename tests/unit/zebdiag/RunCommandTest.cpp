@@ -161,6 +161,14 @@ TEST_F(RunCommandTest, OrdinaryTestTakesNoNoticeOfPacketOptions)
     EXPECT_TRUE(m_world->Puts.empty());
 }
 
+TEST_F(RunCommandTest, OrdinaryTestsTakeNoNoticeOfPacketOptions)
+{
+    EXPECT_EQ(Run({L"run", L"--all", L"--coverage", L"50"}), ExitCode::Passed);
+    EXPECT_NE(m_console.Output.find(
+                  L"These tests have no settings: --coverage, --no-quick and --profile make no difference."),
+              std::wstring::npos);
+}
+
 TEST_F(RunCommandTest, PacketOptionsAreGivenToTheRun)
 {
     EXPECT_EQ(Run({L"run", L"--test", L"sender", L"--coverage", L"50", L"--no-quick", L"--json"}),
@@ -200,6 +208,25 @@ TEST_F(RunCommandTest, TimeoutIsThatOfTheWholeSeries)
     EXPECT_NE(m_console.Output.find(L"The time given with --timeout was over."), std::wstring::npos);
     EXPECT_TRUE(m_console.Output.ends_with(L"STOPPED: 1 passed, 1 stopped, 1 not run.\n"))
         << Utf8Text(m_console.Output);
+}
+
+TEST_F(RunCommandTest, TimeoutEndsASeriesOfTestsThatEndByThemselves)
+{
+    m_world->Tests[L"1@{BBBB}"].Run = [this]
+    {
+        m_now = 10000;
+        return TestState::Passed;
+    };
+    EXPECT_EQ(Run({L"run", L"--all", L"--serial", L"--timeout", L"10"}), ExitCode::Stopped);
+    EXPECT_TRUE(m_console.Output.ends_with(L"STOPPED: 2 passed, 1 not run.\n")) << Utf8Text(m_console.Output);
+}
+
+TEST_F(RunCommandTest, InterruptBeforeTheFirstTestRunsNone)
+{
+    SetEvent(m_stop.Get());
+    EXPECT_EQ(Run({L"run", L"--all"}), ExitCode::Stopped);
+    EXPECT_TRUE(m_console.Output.ends_with(L"STOPPED: 3 not run.\n")) << Utf8Text(m_console.Output);
+    EXPECT_TRUE(m_world->Calls.empty());
 }
 } // namespace
 } // namespace zebdiag

@@ -191,7 +191,7 @@ TEST_F(TestRunTest, ResultThatIsGoneIsSaid)
     m_world->After = [this](const std::wstring&) { m_world->Results.clear(); };
     const CRunOutcome outcome = Run();
     EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
-    EXPECT_EQ(outcome.Message, L"The test has run, but its result is not there any more.");
+    EXPECT_EQ(outcome.Message, L"The test has run, but its result is not there any more. Run it again.");
 }
 
 TEST_F(TestRunTest, RunThatTheProviderLeftUnfinishedCouldNotRun)
@@ -351,7 +351,7 @@ TEST_F(TestRunTest, SecondInterruptLeavesTheTestToItself)
     EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
     EXPECT_TRUE(outcome.Interrupted);
     EXPECT_FALSE(outcome.Result);
-    EXPECT_EQ(outcome.Message, L"The test could not be stopped and may still run.");
+    EXPECT_EQ(outcome.Message, L"The test could not be stopped and may still run. Try \"zebdiag stop\".");
     LetTheRunEnd();
 }
 
@@ -381,9 +381,11 @@ TEST_P(PatienceTest, EndsThirtySecondsAfterTheStop)
 
 INSTANTIATE_TEST_SUITE_P(Answers, PatienceTest,
                          testing::Values(PatienceCase{true, ExitCode::Stopped,
-                                                      L"The test was told to stop but has not ended yet."},
+                                                      L"The test was told to stop but has not ended yet. "
+                                                      L"\"zebdiag list\" shows when it has."},
                                          PatienceCase{false, ExitCode::CouldNotRun,
-                                                      L"The test could not be stopped and may still run."}),
+                                                      L"The test could not be stopped and may still run. "
+                                                      L"Try \"zebdiag stop\"."}),
                          [](const auto& info) { return info.param.taken ? "StopTaken" : "StopRefused"; });
 
 TEST_F(TestRunTest, DeadlineStopsTheTest)
@@ -400,6 +402,19 @@ TEST_F(TestRunTest, DeadlineStopsTheTest)
     EXPECT_EQ(outcome.Message, L"The time given with --timeout was over.");
     EXPECT_EQ(m_stoppings, std::vector{StopReason::Timeout});
     EXPECT_GE(m_percents.size(), 3u);
+}
+
+TEST_F(TestRunTest, DeadlineThatPassesAtTheEndLeavesNoTimeForAnotherTest)
+{
+    m_options.Deadline = 5000;
+    AddTest().Run = [this]
+    {
+        m_now = 5000;
+        return TestState::Passed;
+    };
+    const CRunOutcome outcome = Run();
+    EXPECT_EQ(outcome.Code, ExitCode::Passed);
+    EXPECT_TRUE(outcome.Interrupted);
 }
 
 TEST_F(TestRunTest, StopByAnotherProgramIsSaid)
@@ -444,6 +459,33 @@ TEST_F(TestRunTest, SettingThatIsNotTakenStartsNoRun)
     const CRunOutcome outcome = Run();
     EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
     EXPECT_TRUE(m_world->Calls.empty());
+}
+
+TEST_F(TestRunTest, SettingIsPutBackAfterACallThatFailed)
+{
+    AddTest();
+    m_options.Setting.Coverage = 50;
+    m_world->Failures[L"RunTest"] = {wmi::Failed, L""};
+    const CRunOutcome outcome = Run();
+    EXPECT_EQ(outcome.Code, ExitCode::CouldNotRun);
+    EXPECT_NE(outcome.Message, L"");
+    EXPECT_EQ(m_world->Puts.size(), 2u);
+    EXPECT_EQ(m_world->Settings[kKey].Coverage, 100);
+}
+
+TEST_F(TestRunTest, SettingThatCannotBePutBackIsSaidAfterACallThatFailed)
+{
+    AddTest();
+    m_options.Setting.Coverage = 50;
+    m_world->Failures[L"RunTest"] = {wmi::Failed, L""};
+    m_world->Before = [this](const std::wstring& method)
+    {
+        CLockScope lock(m_world->Lock());
+        if (method == L"RunTest")
+            m_world->Failures[L"Put"] = {wmi::Failed, L""};
+    };
+    EXPECT_EQ(Run().Code, ExitCode::CouldNotRun);
+    EXPECT_EQ(m_said, L"The setting could not be put back; see \"zebdiag settings\".\n");
 }
 
 TEST_F(TestRunTest, SettingThatAnotherClientChangesMeanwhileStays)
