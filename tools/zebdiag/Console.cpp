@@ -1,6 +1,7 @@
 #include "tools/zebdiag/Console.h"
 
 #include "Common/src/com/Text.h"
+#include "tools/zebdiag/TerminalText.h"
 
 #include <algorithm>
 #include <windows.h>
@@ -23,7 +24,7 @@ class CStream
     void Write(std::wstring_view text) const
     {
         if (m_terminal)
-            WriteToTerminal(text);
+            WriteText(text);
         else
             WriteBytes(Utf8Text(text));
     }
@@ -75,7 +76,7 @@ class CStream
         if (!plain)
             SetConsoleTextAttribute(m_handle, static_cast<WORD>((usual & ~kForeground) |
                                                                 kColours[static_cast<int>(piece.InColour)]));
-        WriteToTerminal(piece.Text);
+        WriteText(piece.Text);
         if (!plain)
             SetConsoleTextAttribute(m_handle, usual);
     }
@@ -103,6 +104,9 @@ class CStream
         FillConsoleOutputAttribute(m_handle, usual.wAttributes, cells, now.dwCursorPosition, &done);
     }
 
+    void WriteText(std::wstring_view text) const { WriteToTerminal(ForTerminal(std::wstring(text))); }
+
+    // As it is.
     void WriteToTerminal(std::wstring_view text) const
     {
         while (!text.empty())

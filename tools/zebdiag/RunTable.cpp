@@ -1,6 +1,7 @@
 #include "tools/zebdiag/RunTable.h"
 
 #include "tools/zebdiag/DateTime.h"
+#include "tools/zebdiag/TerminalText.h"
 #include "tools/zebdiag/TextWidth.h"
 #include "tools/zebdiag/Words.h"
 #include "tools/zebdiag/languages/Said.h"
@@ -59,11 +60,11 @@ std::wstring TimeOf(const CRunRow& row)
 std::wstring CutTo(const std::wstring& text, size_t columns)
 {
     constexpr std::wstring_view kCut = L"...";
-    if (ColumnsOf(text) <= columns)
-        return text;
+    std::wstring cut = ForCell(text);
+    if (ColumnsOf(cut) <= columns)
+        return cut;
     if (columns <= kCut.size())
         return std::wstring(columns, L'.');
-    std::wstring cut = text;
     while (!cut.empty() && ColumnsOf(cut) + kCut.size() > columns)
         cut.pop_back();
     // Half of a pair of code units is no character.

@@ -135,6 +135,21 @@ TEST_F(RunTableTest, NoLineReachesTheLastColumn)
             EXPECT_LT(ColumnsOf(TextOf(line)), width) << Utf8Text(TextOf(line));
 }
 
+TEST_F(RunTableTest, ControlCharactersTakeTheRoomOfABlank)
+{
+    m_inventory.Adapters[0].Name = L"Eth\x1B[2J";
+    m_inventory.Adapters[0].Tests[0].Caption = L"Li\bnk";
+    m_inventory.Adapters[1].Tests[0].Caption = L"Link\r\n";
+    EXPECT_EQ(Drawn(80), "  Adapter     Test        State           Time\n"
+                         "  Eth [2J     Li nk       waiting\n"
+                         "  Ethernet 2  Link        waiting\n"
+                         "  Ethernet 2  Link speed  waiting\n"
+                         "  Ethernet 2  Sender      waiting\n"
+                         "  [........................................] 0 of 4 done\n");
+    m_inventory.Adapters[1].Tests[1].Caption = L"Speed\tand duplex, as negotiated";
+    EXPECT_NE(Drawn(60).find("  Speed and dup...  waiting"), std::string::npos) << Drawn(60);
+}
+
 TEST_F(RunTableTest, LowTerminalShowsWhatMattersMost)
 {
     for (CAdapter& adapter : m_inventory.Adapters)
