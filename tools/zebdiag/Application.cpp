@@ -70,10 +70,8 @@ ExitCode Carry(const COptions& options, IConsole& console, const CApplicationSea
     const CWmiSession session = connect();
     return Execute({options, session, console, seams.Control, seams.Surroundings});
 }
-} // namespace
 
-ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
-                        const CApplicationSeams& seams)
+ExitCode Obey(const std::vector<std::wstring>& arguments, IConsole& console, const CApplicationSeams& seams)
 {
     // Programs that read documents look for the same words everywhere.
     const CFirstLook look = FirstLookAt(arguments);
@@ -104,5 +102,23 @@ ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& co
         Report(failure, *line.Options, console);
         return failure.Code;
     }
+}
+
+// There is no document for this: whoever reads documents gets a part of one already.
+ExitCode TellOfLoss(ExitCode code, IConsole& console)
+{
+    const CFailure failure(ExitCode::CouldNotRun, Said(L"The output could not be written completely."),
+                           Said(L"See whether the disk that it goes to is full."),
+                           HRESULT_FROM_WIN32(console.OutError()));
+    console.Err(Paragraph(InWords(failure), console.ErrWidth()));
+    return code == ExitCode::Passed ? failure.Code : code;
+}
+} // namespace
+
+ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
+                        const CApplicationSeams& seams)
+{
+    const ExitCode code = Obey(arguments, console, seams);
+    return console.OutError() == ERROR_SUCCESS ? code : TellOfLoss(code, console);
 }
 } // namespace zebdiag

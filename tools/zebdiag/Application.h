@@ -24,6 +24,7 @@ struct CApplicationSeams
 
 // `arguments` without the program's name. Data goes to standard output, failures in words to standard error.
 // With --json a failure is a document as well, and standard error is used only where a person watches it.
+// That standard output did not take everything is said on standard error in any case, and is no success.
 ExitCode RunApplication(const std::vector<std::wstring>& arguments, IConsole& console,
                         const CApplicationSeams& seams);
 } // namespace zebdiag

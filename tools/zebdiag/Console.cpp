@@ -1,6 +1,7 @@
 #include "tools/zebdiag/Console.h"
 
 #include "Common/src/com/Text.h"
+#include "tools/zebdiag/ByteWriter.h"
 #include "tools/zebdiag/TerminalText.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace
 class CStream
 {
   public:
-    explicit CStream(DWORD which) : m_handle(GetStdHandle(which))
+    explicit CStream(DWORD which) : m_handle(GetStdHandle(which)), m_bytes(m_handle)
     {
         DWORD mode = 0;
         m_terminal = GetConsoleMode(m_handle, &mode) != FALSE;
@@ -21,13 +22,15 @@ class CStream
 
     bool IsTerminal() const noexcept { return m_terminal; }
 
-    void Write(std::wstring_view text) const
+    void Write(std::wstring_view text)
     {
         if (m_terminal)
             WriteText(text);
         else
-            WriteBytes(Utf8Text(text));
+            m_bytes.Write(Utf8Text(text));
     }
+
+    unsigned long Error() const noexcept { return m_bytes.Error(); }
 
     unsigned Width() const
     {
@@ -120,19 +123,8 @@ class CStream
         }
     }
 
-    void WriteBytes(std::string_view bytes) const
-    {
-        while (!bytes.empty())
-        {
-            DWORD written = 0;
-            if (!WriteFile(m_handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||
-                written == 0)
-                return;
-            bytes.remove_prefix(written);
-        }
-    }
-
     HANDLE m_handle;
+    CByteWriter m_bytes;
     bool m_terminal = false;
     size_t m_drawn = 0; // lines above the cursor
 };
@@ -191,6 +183,7 @@ class CProcessConsole final : public IConsole
   public:
     void Out(std::wstring_view text) override { m_out.Write(text); }
     void Err(std::wstring_view text) override { m_err.Write(text); }
+    unsigned long OutError() const override { return m_out.Error(); }
     bool OutIsTerminal() const override { return m_out.IsTerminal(); }
     bool ErrIsTerminal() const override { return m_err.IsTerminal(); }
     unsigned Width() const override { return m_out.Width(); }

@@ -22,6 +22,9 @@ class IConsole
 
     virtual void Out(std::wstring_view text) = 0;
     virtual void Err(std::wstring_view text) = 0;
+    // The system's code for the first loss of what was to go to standard output; 0 if nothing was lost. What
+    // a reader does not want any more is no loss.
+    virtual unsigned long OutError() const = 0;
     // True where a person watches the stream, so that a line may be drawn over.
     virtual bool OutIsTerminal() const = 0;
     virtual bool ErrIsTerminal() const = 0;

@@ -82,6 +82,33 @@ TEST_F(CommandsTest, FailureIsADocumentToo)
     EXPECT_EQ(m_console.Errors, L"");
 }
 
+TEST_F(CommandsTest, LostOutputIsToldAndIsNoSuccess)
+{
+    m_console.OutputError = ERROR_DISK_FULL;
+    for (const auto& arguments :
+         std::vector<std::vector<std::wstring>>{{L"list"}, {L"report", L"--json"}, {L"metrics"}, {L"help"}})
+    {
+        m_console.Errors.clear();
+        EXPECT_EQ(Run(arguments), ExitCode::CouldNotRun);
+        EXPECT_EQ(m_console.Errors, L"zebdiag: The output could not be written completely.\n"
+                                    L"See whether the disk that it goes to is full.\n"
+                                    L"(Status 0x80070070.)\n");
+    }
+}
+
+TEST_F(CommandsTest, LostOutputDoesNotHideAnotherFailure)
+{
+    m_console.OutputError = ERROR_DISK_FULL;
+    m_world->Failures[L"Enum Tolva_DiagTest"] = {wmi::InvalidClass, L""};
+    EXPECT_EQ(Run({L"results", L"--json"}), ExitCode::NotReachable);
+    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: The output could not be written completely.\n"));
+    m_console.Errors.clear();
+    EXPECT_EQ(Run({L"results"}), ExitCode::NotReachable);
+    EXPECT_TRUE(m_console.Errors.starts_with(L"zebdiag: The class Tolva_DiagTest is not known"));
+    EXPECT_NE(m_console.Errors.find(L"zebdiag: The output could not be written completely.\n"),
+              std::wstring::npos);
+}
+
 TEST_F(CommandsTest, WhoWatchesADocumentBeingMadeSeesWhatGoesOn)
 {
     m_console.ErrorsAreWatched = true;

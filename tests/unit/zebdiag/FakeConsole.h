@@ -13,6 +13,7 @@ class CFakeConsole final : public IConsole
   public:
     void Out(std::wstring_view text) override { Output += text; }
     void Err(std::wstring_view text) override { Errors += text; }
+    unsigned long OutError() const override { return OutputError; }
     bool OutIsTerminal() const override { return OutputIsWatched; }
     bool ErrIsTerminal() const override { return ErrorsAreWatched; }
     unsigned Width() const override { return Columns; }
@@ -36,6 +37,7 @@ class CFakeConsole final : public IConsole
 
     unsigned Columns = 0;
     unsigned Lines = 0;
+    unsigned long OutputError = 0;
     bool OutputIsWatched = false;
     bool ErrorsAreWatched = false;
     bool Coloured = true;
