@@ -4,6 +4,7 @@
 #include "tools/zebdiag/languages/Said.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace zebdiag
 {
@@ -59,9 +60,19 @@ constexpr const wchar_t* kStartService =
 constexpr const wchar_t* kReadTrace =
     Marked(L"The provider's trace tells more. \"zebdiag doctor\" on that computer says whether it is "
            L"on, where it is, and how it is switched on.");
+constexpr const wchar_t* kProviderEnded =
+    Marked(L"The diagnostics provider on {computer} failed or ended during the request.");
 
 // Ends the table: what no other row of the step says.
 constexpr HRESULT kAnyStatus = S_OK;
+
+// Go before the other rows if the target is this computer. There is no network between, and the service
+// answered when the session began: what does not answer any more is the provider.
+constexpr CFailureRow kLocalRows[] = {
+    {HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), kUse, ExitCode::NotReachable, kProviderEnded, kReadTrace},
+    {HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), kUse, ExitCode::NotReachable, kProviderEnded, kReadTrace},
+    {HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE), kUse, ExitCode::NotReachable, kProviderEnded, kReadTrace},
+};
 
 // The first row that fits is the one.
 constexpr CFailureRow kRows[] = {
@@ -115,8 +126,7 @@ constexpr CFailureRow kRows[] = {
 
     {WBEM_S_TIMEDOUT, kUse, ExitCode::NotReachable,
      Marked(L"The diagnostics provider on {computer} has not answered in time."), kReadTrace},
-    {wmi::ProviderFailure, kUse, ExitCode::CouldNotRun,
-     Marked(L"The diagnostics provider on {computer} failed or ended during the request."), kReadTrace},
+    {wmi::ProviderFailure, kUse, ExitCode::CouldNotRun, kProviderEnded, kReadTrace},
 
     {Code(0x80042000), kUse, ExitCode::Busy, Marked(L"The test is running already."),
      Marked(L"Wait for its end, or stop it with \"zebdiag stop\".")},
@@ -145,11 +155,12 @@ constexpr CFailureRow kRows[] = {
      Marked(L"The provider on {computer} did not take the setting."), kReadTrace},
 };
 
-const CFailureRow& RowOf(HRESULT status, unsigned step)
+const CFailureRow& RowOf(HRESULT status, unsigned step, bool local)
 {
-    return *std::ranges::find_if(
-        kRows, [=](const CFailureRow& row)
-        { return (row.Status == status || row.Status == kAnyStatus) && (row.Steps & step); });
+    const auto fits = [=](const CFailureRow& row)
+    { return (row.Status == status || row.Status == kAnyStatus) && (row.Steps & step); };
+    const auto localRow = std::ranges::find_if(kLocalRows, fits);
+    return local && localRow != std::end(kLocalRows) ? *localRow : *std::ranges::find_if(kRows, fits);
 }
 
 std::wstring Fill(std::wstring text, const CTarget& target, const std::wstring& subject)
@@ -187,7 +198,7 @@ std::wstring StatusText(HRESULT status)
 CFailure FailureOf(HRESULT status, Step step, const CTarget& target, const std::wstring& subject,
                    std::wstring detail)
 {
-    const CFailureRow& row = RowOf(status, static_cast<unsigned>(step));
+    const CFailureRow& row = RowOf(status, static_cast<unsigned>(step), target.IsLocal());
     CFailure failure(row.Exit, Fill(Said(row.Cause), target, subject),
                      Fill(Said(row.NextStep), target, subject), status, std::move(detail));
     failure.NoProvider = row.NoProvider;

@@ -16,6 +16,7 @@ struct FailureCase
     ExitCode code;
     const wchar_t* cause;
     const wchar_t* nextStep; // a part of it
+    const wchar_t* computer = L"WS42";
 };
 
 class FailureTest : public testing::TestWithParam<FailureCase>
@@ -25,8 +26,8 @@ class FailureTest : public testing::TestWithParam<FailureCase>
 TEST_P(FailureTest, HasCauseAndNextStep)
 {
     CTarget target;
-    target.Computer = L"WS42";
     const FailureCase& given = GetParam();
+    target.Computer = given.computer;
     const HRESULT status = static_cast<HRESULT>(given.status);
     const CFailure failure = FailureOf(status, given.step, target, L"Tolva_DiagTest");
     EXPECT_EQ(failure.Code, given.code);
@@ -51,6 +52,8 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{"WrongPassword", 0x8007052E, Step::Connect, ExitCode::NotReachable,
                     L"WS42 does not accept this user name and password.", L"DOMAIN\\name"},
         FailureCase{"RpcUnavailable", 0x800706BA, Step::Connect, ExitCode::NotReachable,
+                    L"There is no answer from WS42.", L"firewall"},
+        FailureCase{"RpcUnavailableWhileReading", 0x800706BA, Step::Read, ExitCode::NotReachable,
                     L"There is no answer from WS42.", L"firewall"},
         FailureCase{"RpcBroken", 0x800706BE, Step::Call, ExitCode::NotReachable,
                     L"The connection to WS42 broke.", L"Try again"},
@@ -79,6 +82,17 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{"ProviderEnds", 0x80041004, Step::Call, ExitCode::CouldNotRun,
                     L"The diagnostics provider on WS42 failed or ended during the request.",
                     L"zebdiag doctor"},
+        FailureCase{"ProviderHereIsGone", 0x800706BA, Step::Read, ExitCode::NotReachable,
+                    L"The diagnostics provider on this computer failed or ended during the request.",
+                    L"trace", L""},
+        FailureCase{"ProviderHereEnds", 0x800706BE, Step::Call, ExitCode::NotReachable,
+                    L"The diagnostics provider on this computer failed or ended during the request.",
+                    L"trace", L"localhost"},
+        FailureCase{"ProviderHereEndsBeforeTheCall", 0x800706BF, Step::Write, ExitCode::NotReachable,
+                    L"The diagnostics provider on this computer failed or ended during the request.",
+                    L"trace", L"."},
+        FailureCase{"NoServiceHere", 0x800706BA, Step::Connect, ExitCode::NotReachable,
+                    L"There is no answer from this computer.", L"switched on", L""},
         FailureCase{"AlreadyRunning", 0x80042000, Step::Call, ExitCode::Busy, L"The test is running already.",
                     L"zebdiag stop"},
         FailureCase{"ClearWhileRunning", 0x80042003, Step::Call, ExitCode::Busy,
@@ -103,6 +117,16 @@ TEST(FailureTest, SentenceAboutThisComputerBeginsWithACapital)
 {
     const CFailure failure = FailureOf(wmi::OutOfMemory, Step::Read, CTarget(), L"Tolva_DiagTest");
     EXPECT_EQ(failure.Cause, L"This computer has run out of memory.");
+}
+
+// So that the next step names the file of the trace.
+TEST(FailureTest, TraceTellsOfAProviderThatEndsHere)
+{
+    const HRESULT status = HRESULT_FROM_WIN32(RPC_S_CALL_FAILED);
+    EXPECT_TRUE(FailureOf(status, Step::Call, CTarget()).TraceTells);
+    CTarget other;
+    other.Computer = L"WS42";
+    EXPECT_FALSE(FailureOf(status, Step::Call, other).TraceTells);
 }
 
 TEST(FailureTest, KeepsWhatTheProviderSaid)
