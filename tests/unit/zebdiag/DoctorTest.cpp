@@ -189,6 +189,8 @@ TEST_P(DoctorFaultTest, IsNamed)
 const Names kUnknownWithoutSession = {"namespace", "base_classes", "schema", "answer", "texts", "adapters"};
 const Names kNoAnswer = {"texts", "adapters"};
 const Names kHiddenAnswer = {"answer", "texts", "adapters"};
+constexpr char kSeeAdapters[] = "See under \"Wired adapters\".";
+constexpr char kMendAbove[] = "Mend what is wrong above, then run this again.";
 
 const FaultCase kFaults[] = {
     {"NoServiceClient",
@@ -549,6 +551,31 @@ TEST_F(DoctorTest, FaultsThatDoNotKeepTheProviderFromAnsweringHideNothing)
     EXPECT_EQ(Examine(), ExitCode::Failed);
     EXPECT_EQ(PointsThatAre("wrong"), (Names{"registration", "data_folder"}));
     EXPECT_EQ(PointsThatAre("unknown"), Names{"files"});
+}
+
+TEST_F(DoctorTest, FaultOfALaterPointIsNotLookedForAbove)
+{
+    for (CInterface& one : m_machine.All)
+        one.LeftOut = L"wireless";
+    Fail(static_cast<HRESULT>(WBEM_E_INITIALIZATION_FAILURE));
+    Examine();
+    EXPECT_EQ(Point("answer").at("nextStep"), kSeeAdapters);
+    EXPECT_EQ(Point("texts").at("nextStep"), kSeeAdapters);
+
+    RemoveText(ClassKey(kAgentClass) + L"\\InprocServer32", L"");
+    m_console.Output.clear();
+    Examine();
+    EXPECT_EQ(PointsThatAre("wrong"), (Names{"agent", "adapters"}));
+    EXPECT_EQ(Point("answer").at("nextStep"), kMendAbove);
+    EXPECT_EQ(Point("texts").at("nextStep"), kMendAbove);
+}
+
+TEST_F(DoctorTest, WithoutTestsTheAdaptersTellWhyThereAreNoTexts)
+{
+    m_world->Tests.clear();
+    Examine();
+    EXPECT_EQ(PointsThatAre("wrong"), Names{"adapters"});
+    EXPECT_EQ(Point("texts").at("nextStep"), kSeeAdapters);
 }
 
 TEST_F(DoctorTest, QuotesAndArgumentsOfTheRegistrationAreNotPartOfThePath)

@@ -32,6 +32,17 @@ bool HasNoWiredAdapter(const CExamination& exam)
            std::ranges::none_of(all, [](const CInterface& one) { return one.LeftOut.empty(); });
 }
 
+// True where a later point names the fault, and none before it does.
+bool LiesWithAdapters(const CExamination& exam)
+{
+    return exam.Inventory ? exam.Inventory->TestCount() == 0 : !exam.Blocked && HasNoWiredAdapter(exam);
+}
+
+CFinding SeeAdapters(std::wstring text)
+{
+    return Unknown(std::move(text), Said(L"See under \"Wired adapters\"."));
+}
+
 bool IsServed(const CInventory& inventory, const CInterface& one)
 {
     return std::ranges::any_of(inventory.Adapters, [&](const CAdapter& adapter)
@@ -76,9 +87,8 @@ CFinding CheckAnswer(CExamination& exam)
     {
         if (exam.Blocked)
             return AfterFault(Said(L"It does not answer, as is to be expected.") + L" " + failure.Cause);
-        if (HasNoWiredAdapter(exam))
-            return Unknown(Said(L"It does not answer.") + L" " + failure.Cause,
-                           Said(L"See under \"Wired adapters\"."));
+        if (LiesWithAdapters(exam))
+            return SeeAdapters(Said(L"It does not answer.") + L" " + failure.Cause);
         return Wrong(exam.Machine ? WithReason(failure, exam.Target, *exam.Machine) : failure);
     }
     return Good(
@@ -88,7 +98,10 @@ CFinding CheckAnswer(CExamination& exam)
 CFinding CheckTexts(CExamination& exam)
 {
     if (!exam.Inventory || exam.Inventory->TestCount() == 0)
-        return AfterFault(Said(L"There is no test whose texts could be read."));
+    {
+        const std::wstring text = Said(L"There is no test whose texts could be read.");
+        return LiesWithAdapters(exam) ? SeeAdapters(text) : AfterFault(text);
+    }
     for (const CAdapter& adapter : exam.Inventory->Adapters)
         for (const CTest& test : adapter.Tests)
             for (const std::wstring& text : {test.Caption, test.Description})
