@@ -591,20 +591,6 @@ TEST_F(DoctorTest, QuotesAndArgumentsOfTheRegistrationAreNotPartOfThePath)
     }
 }
 
-TEST_F(DoctorTest, OwnPermissionsAreShown)
-{
-    // Empty, so that nobody has any right.
-    const SECURITY_DESCRIPTOR_RELATIVE head = {1, 0,          SE_SELF_RELATIVE | SE_DACL_PRESENT, 0, 0,
-                                               0, sizeof head};
-    const ACL list = {ACL_REVISION, 0, sizeof list, 0, 0};
-    std::vector<BYTE> bytes(sizeof head + sizeof list);
-    memcpy(bytes.data(), &head, sizeof head);
-    memcpy(bytes.data() + sizeof head, &list, sizeof list);
-    m_machine.Binaries[CFakeMachine::Place(AppIdKey(kAppId), L"AccessPermission")] = bytes;
-    EXPECT_EQ(Examine(), ExitCode::Passed);
-    EXPECT_THAT(FindingOf("identity"), HasSubstr("access permissions: D:."));
-}
-
 TEST_F(DoctorTest, TextsAreLookedForWhereTheProviderLooks)
 {
     m_machine.Files.erase(std::wstring(kFakeFolder) + L"ENU_8023.dll");

@@ -1,6 +1,7 @@
 // The provider as the schema and COM know it.
 #include "tools/zebdiag/WmiValue.h"
 #include "tools/zebdiag/doctor/Checks.h"
+#include "tools/zebdiag/doctor/DescriptorBounds.h"
 #include "tools/zebdiag/doctor/Places.h"
 
 #include <sddl.h>
@@ -50,8 +51,7 @@ bool PermissionsInWords(const IMachine& machine, const wchar_t* value, std::wstr
         return true;
     std::vector<BYTE> copy = *bytes;
     COwned<LocalWideTextTraits> text;
-    // A descriptor shorter than its head must not be looked into.
-    if (copy.size() < sizeof(SECURITY_DESCRIPTOR_RELATIVE) || !IsValidSecurityDescriptor(copy.data()) ||
+    if (!IsWholeDescriptor(copy) || !IsValidSecurityDescriptor(copy.data()) ||
         !ConvertSecurityDescriptorToStringSecurityDescriptorW(copy.data(), SDDL_REVISION_1,
                                                               DACL_SECURITY_INFORMATION, text.Put(), nullptr))
         return false;
