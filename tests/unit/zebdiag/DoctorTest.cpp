@@ -591,6 +591,15 @@ TEST_F(DoctorTest, QuotesAndArgumentsOfTheRegistrationAreNotPartOfThePath)
     }
 }
 
+TEST_F(DoctorTest, DamagedPermissionsDoNotHideWhoseFolderItIs)
+{
+    m_machine.Binaries[CFakeMachine::Place(AppIdKey(kAppId), L"AccessPermission")] = {1, 2, 3};
+    m_machine.Writers[L""] = Right::No;
+    EXPECT_EQ(Examine(), ExitCode::Failed);
+    EXPECT_EQ(PointsThatAre("wrong"), Names{"identity"});
+    EXPECT_THAT(FindingOf("data_folder"), HasSubstr("where NT AUTHORITY\\LocalService may write."));
+}
+
 TEST_F(DoctorTest, TextsAreLookedForWhereTheProviderLooks)
 {
     m_machine.Files.erase(std::wstring(kFakeFolder) + L"ENU_8023.dll");

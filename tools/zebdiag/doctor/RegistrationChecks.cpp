@@ -98,6 +98,7 @@ CFinding CheckIdentity(CExamination& exam)
                                    : Wrong(Said(L"The provider's class has no AppID."), Said(kRegister));
     if (_wcsicmp(appId->c_str(), kAppId) != 0)
         return Wrong(Said(L"The provider's class has another AppID: {1}.", {*appId}), Said(kRegister));
+    exam.RunAs = exam.Machine->Text(AppIdKey(kAppId), L"RunAs").value_or(L"");
     std::wstring launch;
     std::wstring access;
     if (!PermissionsInWords(*exam.Machine, L"LaunchPermission", launch) ||
@@ -106,7 +107,6 @@ CFinding CheckIdentity(CExamination& exam)
                      Said(L"Set them anew with \"dcomcnfg\", under \"Drevok\", as an administrator."));
     const std::wstring permissions =
         L" " + Said(L"Launch permissions: {1}; access permissions: {2}.", {launch, access});
-    exam.RunAs = exam.Machine->Text(AppIdKey(kAppId), L"RunAs").value_or(L"");
     if (exam.RunAs.empty())
         return Unknown(Said(L"No account is set, so the provider runs as whoever starts it.") + permissions,
                        Said(L"To have it run as one account at all times, set the value RunAs of HKLM\\{1}.",
