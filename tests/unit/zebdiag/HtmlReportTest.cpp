@@ -56,6 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, EscapedTest,
                                          EscapeCase{"Quotes", L"\"a\" 'b'", L"&quot;a&quot; &#39;b&#39;"},
                                          EscapeCase{"Ampersand", L"&lt;", L"&amp;lt;"},
                                          EscapeCase{"LinesAndTabs", L"a\n\tb", L"a\n\tb"},
+                                         EscapeCase{"LineEnds", L"a\r\nb\rc\r\r\n\r", L"a\nb\nc\n\n\n"},
                                          EscapeCase{"Controls", std::wstring(L"a\0b\x1B\x7F\x85", 6),
                                                     L"a\xFFFD"
                                                     L"b\xFFFD\xFFFD\xFFFD"},
@@ -122,6 +123,15 @@ TEST(HtmlReportTest, FailuresComeFirst)
     EXPECT_EQ(CountIn(page, L"The adapter is slow. Check the cable."), 2u);
     EXPECT_EQ(CountIn(page, L"<a href=\"#test-1-2\">Speed on Ethernet</a>"), 1u);
     EXPECT_LT(page.find(L"The adapter is slow."), page.find(L"id=\"adapter-1\""));
+}
+
+TEST(HtmlReportTest, LinesOfAFindingStayApart)
+{
+    CReport report = SampleReport();
+    report.Results[report.Adapters[0].Tests[1].Key].Lines = {L"time|Speed|No cable.\r\nPlug one in."};
+    const std::wstring page = HtmlReport(report);
+    EXPECT_EQ(CountIn(page, L"<p class=\"finding\">No cable.\nPlug one in.</p>"), 2u);
+    EXPECT_EQ(CountIn(page, L".finding { margin-top: 0.5rem; white-space: pre-line; }"), 1u);
 }
 
 TEST(HtmlReportTest, EachStateIsCounted)

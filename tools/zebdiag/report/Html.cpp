@@ -21,12 +21,24 @@ bool IsForbidden(wchar_t c)
     const bool space = c == L'\n' || c == L'\t';
     return (c < L' ' && !space) || (c >= 0x7F && c < 0xA0) || c >= 0xFFFE || (c >= 0xFDD0 && c <= 0xFDEF);
 }
+
+// Lines end in "\n" alone on a page; they may come with "\r\n" or "\r".
+std::wstring WithPlainLineEnds(std::wstring_view text)
+{
+    std::wstring plain;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (text[i] != L'\r')
+            plain += text[i];
+        else if (!text.substr(i + 1).starts_with(L'\n'))
+            plain += L'\n';
+    return plain;
+}
 } // namespace
 
 std::wstring Escaped(std::wstring_view text)
 {
     std::wstring escaped;
-    for (const wchar_t c : text)
+    for (const wchar_t c : WithPlainLineEnds(text))
     {
         const auto row = std::ranges::find(kEscapes, c, &CEscapeRow::Character);
         if (row != std::end(kEscapes))

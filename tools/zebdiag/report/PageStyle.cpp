@@ -71,7 +71,7 @@ dt, .about, .device, .key, .times, .note, caption, figcaption, .number { color: 
 .number { display: inline-block; min-width: 1.5em; font-weight: 400; }
 .state { display: flex; align-items: center; gap: 0.4rem; font-weight: 600; }
 .about, .times { font-size: 0.875rem; }
-.finding { margin-top: 0.5rem; }
+.finding { margin-top: 0.5rem; white-space: pre-line; }
 
 .bars div { display: grid; grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 0 1rem; margin-top: 0.25rem; }
 figure, .values { margin-top: 0.75rem; font-size: 0.875rem; }
