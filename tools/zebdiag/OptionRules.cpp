@@ -3,6 +3,8 @@
 #include "tools/zebdiag/CommandTable.h"
 #include "tools/zebdiag/languages/Said.h"
 
+#include <windows.h>
+
 namespace zebdiag
 {
 namespace
@@ -17,6 +19,12 @@ struct CRuleRow
 bool HasSettings(const COptions& o)
 {
     return o.Coverage || o.Quick || o.Report;
+}
+
+// The system's names of files are the same in any case.
+bool IsSameFile(const std::wstring& a, const std::wstring& b)
+{
+    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 constexpr CRuleRow kRules[] = {
@@ -35,7 +43,7 @@ constexpr CRuleRow kRules[] = {
      Marked(L"--port, --rate, --size and --dscp need --peer.")},
     {kReport, [](const COptions& o) { return o.Html.empty() && o.JsonFile.empty() && !o.Json; },
      Marked(L"Name a file for the report with --html, or take --json.")},
-    {kReport, [](const COptions& o) { return !o.Html.empty() && o.Html == o.JsonFile; },
+    {kReport, [](const COptions& o) { return !o.Html.empty() && IsSameFile(o.Html, o.JsonFile); },
      Marked(L"--html and --json need a file each.")},
     {kProfiles, [](const COptions& o) { return !o.Save.empty() && !o.Delete.empty(); },
      Marked(L"--save and --delete do not go together.")},

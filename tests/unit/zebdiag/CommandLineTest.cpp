@@ -175,6 +175,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"ReportWithoutAFile", L"report|--html", L"--html needs a value: --html FILE.", L"report "},
         BadCase{"ReportTwiceInAFile", L"report|--html|r|--json|r", L"--html and --json need a file each.",
                 L"report "},
+        BadCase{"ReportTwiceInAFileOfAnyCase", L"report|--html|GRÖ.html|--json|grö.HTML",
+                L"--html and --json need a file each.", L"report "},
         BadCase{"RunNothing", L"run", L"Name a test with --test, or take all with --all.", L"run "},
         BadCase{"RunOneAndAll", L"run|--all|--test|x", L"--test and --all do not go together.", L"run "},
         BadCase{"CoverageZero", L"run|--all|--coverage|0", L"--coverage: 0 is not between 1 and 100.",
