@@ -202,7 +202,9 @@ bool HasRoomForRuns(CScreenSize size) noexcept
 std::vector<CScreenLine> DrawRuns(const std::vector<CRunRow>& rows, Order order, CScreenSize size)
 {
     const bool all = rows.size() + kOtherLines - 1 <= size.Height;
-    const std::vector<const CRunRow*> chosen = Chosen(rows, all ? rows.size() : size.Height - kOtherLines);
+    // The window may have become lower since the table was begun.
+    const size_t room = std::max(size.Height, kOtherLines) - kOtherLines;
+    const std::vector<const CRunRow*> chosen = Chosen(rows, all ? rows.size() : room);
     std::vector<CScreenLine> lines = LinesOf(chosen, size.Width - 1);
     if (!all)
         lines.push_back({{std::wstring(kIndent, L' ') +

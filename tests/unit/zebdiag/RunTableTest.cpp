@@ -178,6 +178,15 @@ TEST_F(RunTableTest, LowTerminalShowsWhatMattersMost)
     EXPECT_EQ(Drawn(80, 13).find("more)"), std::string::npos) << "room for all";
 }
 
+TEST_F(RunTableTest, WindowThatBecomesLowerThanTheOtherLinesShowsNoRow)
+{
+    for (unsigned height = 0; height <= 4; ++height)
+        EXPECT_EQ(Drawn(80, height), "  Adapter  Test  State           Time\n"
+                                     "  (4 more)\n"
+                                     "  [........................................] 0 of 4 done\n")
+            << height;
+}
+
 TEST_F(RunTableTest, EndedTableHasAllRowsAndNoBar)
 {
     End(0, ExitCode::Passed, 1);
