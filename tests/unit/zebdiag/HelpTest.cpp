@@ -37,11 +37,19 @@ std::vector<std::wstring> Arguments(const std::wstring& line)
     return words;
 }
 
+constexpr wchar_t kBeginOfProgram[] =
+    L"Diagnostics of wired Ethernet adapters: list, run and stop tests, read results.\n"
+    L"\n"
+    L"Usage: zebdiag COMMAND [OPTIONS]\n";
+constexpr wchar_t kBeginOfRun[] = L"Run one test, or all ordinary tests, and show the results.\n"
+                                  L"\n"
+                                  L"Usage: zebdiag run [OPTIONS]\n";
+
 struct HelpCase
 {
     const char* name;
     std::vector<std::wstring> arguments;
-    std::wstring help;
+    const wchar_t* begin;
 };
 
 class AskedHelpTest : public testing::TestWithParam<HelpCase>
@@ -53,20 +61,20 @@ TEST_P(AskedHelpTest, IsShown)
     const CCommandLine line = ParseCommandLine(GetParam().arguments);
     EXPECT_FALSE(line.Options);
     EXPECT_EQ(line.Code, ExitCode::Passed);
-    EXPECT_EQ(line.Text, GetParam().help);
+    EXPECT_TRUE(line.Text.starts_with(GetParam().begin)) << Utf8Text(line.Text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Lines, AskedHelpTest,
-                         testing::Values(HelpCase{"Nothing", {}, HelpOfProgram()},
-                                         HelpCase{"Help", {L"help"}, HelpOfProgram()},
-                                         HelpCase{"Long", {L"--help"}, HelpOfProgram()},
-                                         HelpCase{"Short", {L"-h"}, HelpOfProgram()},
-                                         HelpCase{"Slash", {L"/?"}, HelpOfProgram()},
-                                         HelpCase{"Dash", {L"-?"}, HelpOfProgram()},
-                                         HelpCase{"HelpOfRun", {L"help", L"run"}, HelpOf(L"run")},
-                                         HelpCase{"RunHelp", {L"run", L"--help"}, HelpOf(L"run")},
-                                         HelpCase{"RunSlash", {L"run", L"/?"}, HelpOf(L"run")},
-                                         HelpCase{"RunDash", {L"run", L"--all", L"-?"}, HelpOf(L"run")}),
+                         testing::Values(HelpCase{"Nothing", {}, kBeginOfProgram},
+                                         HelpCase{"Help", {L"help"}, kBeginOfProgram},
+                                         HelpCase{"Long", {L"--help"}, kBeginOfProgram},
+                                         HelpCase{"Short", {L"-h"}, kBeginOfProgram},
+                                         HelpCase{"Slash", {L"/?"}, kBeginOfProgram},
+                                         HelpCase{"Dash", {L"-?"}, kBeginOfProgram},
+                                         HelpCase{"HelpOfRun", {L"help", L"run"}, kBeginOfRun},
+                                         HelpCase{"RunHelp", {L"run", L"--help"}, kBeginOfRun},
+                                         HelpCase{"RunSlash", {L"run", L"/?"}, kBeginOfRun},
+                                         HelpCase{"RunDash", {L"run", L"--all", L"-?"}, kBeginOfRun}),
                          NameOf<HelpCase>);
 
 TEST(HelpTest, ProgramNamesCommandsAndExitCodes)
