@@ -218,7 +218,6 @@ TEST_F(SeriesTest, StopEndsAllThatRunsAndNothingElseBegins)
 TEST_F(SeriesTest, InterruptedRunLetsNoOtherAdapterBeginAnother)
 {
     CGate others(2);
-    CGate running(2); // what was not begun before the view throws is not begun
     CGate told(1);
     m_view.OnEnded = [&](size_t index)
     {
