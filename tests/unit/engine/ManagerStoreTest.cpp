@@ -46,6 +46,23 @@ TEST_F(ManagerStoreTest, ResultsAreStoredWhenTheManagerGoes)
     EXPECT_EQ((Found{L"1@{AAA}"}), Stored());
 }
 
+TEST_F(ManagerStoreTest, EveryStepOfAManagersLifeHasItsScopeInTheTrace)
+{
+    agent->AddAdapter(L"{bbb}", {9});
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"9@{bbb}"));
+    ASSERT_EQ(S_OK, Restart());
+    EXPECT_EQ((Found{L"9@{BBB}"}), Results());
+    EXPECT_EQ(engine::NotFound, manager->StopTest(CBstr(L"3@{bbb}").Get()));
+    EXPECT_EQ(S_OK, manager->ClearResults(CBstr(L"9@{bbb}").Get()));
+    manager.reset();
+    for (const char* scope :
+         {"CDiagMgr::RunTest", "CDiagTest::StartTest", "CDiagTest::StopTest", "CDiagMgr::StoreResults",
+          "CResultsStore::StoreResult", "CResultsStore::LoadResult", "CDiagMgr::LoadResult",
+          "CDiagMgr::EnumResults", "CDiagMgr::StopTest", "CDiagMgr::ClearResults"})
+        EXPECT_TRUE(trace.Has(std::string("{ --> ") + scope)) << scope;
+}
+
 TEST_F(ManagerStoreTest, EachRunIsStoredAtOnceIfSoConfigured)
 {
     registry.SetNumber(kDiagKey, "StoreAfterRun", 1);

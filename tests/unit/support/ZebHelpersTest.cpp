@@ -132,6 +132,22 @@ TEST(ComputerName, IsAskedForOnceAndWidened)
     EXPECT_EQ(lines[3], lines[7]);
 }
 
+BOOL WINAPI AnswerOneCharacter(char* buffer, DWORD*)
+{
+    ++g_asked;
+    strcpy(buffer, "X");
+    return TRUE;
+}
+
+TEST(ComputerName, OfOneCharacterIsAskedForOnce)
+{
+    g_asked = 0;
+    CComputerName name(AnswerOneCharacter);
+    EXPECT_STREQ(L"X", name.Get());
+    EXPECT_STREQ(L"X", name.Get());
+    EXPECT_EQ(1, g_asked);
+}
+
 TEST(ComputerName, IsErrorWhereTheSystemWillNotTellAndIsNotAskedForAgain)
 {
     g_asked = 0;
