@@ -157,6 +157,7 @@ class ServerLives : public testing::Test
         EXPECT_EQ(RunProgram(Quoted(s_copy) + L" /RegServer").ExitCode, 0u);
         s_registered = RegisteredServer();
         s_second = Live(1);
+        s_secondTrace = machine.ReadFileBytes(L"ZebDiagDbg.log");
         PutBackRegistration();
         DeleteFileW(s_copy.c_str());
         RemoveDirectoryW(folder.c_str());
@@ -170,6 +171,7 @@ class ServerLives : public testing::Test
   protected:
     static inline CLife s_first, s_second;
     static inline std::string s_trace; // of the first
+    static inline std::string s_secondTrace;
     static inline std::wstring s_copy, s_registered;
 };
 
@@ -192,6 +194,12 @@ TEST_F(ServerLives, BeginAnewForTheNextClient)
     EXPECT_NE(GetProcessId(s_first.Process.Get()), GetProcessId(s_second.Process.Get()));
     EXPECT_TRUE(s_first.Ended);
     EXPECT_TRUE(s_second.Ended);
+}
+
+TEST_F(ServerLives, LeaveTheTraceOfTheLastOneAlone)
+{
+    EXPECT_TRUE(s_secondTrace.starts_with("<center><h1>ZebDiag</h1></center>")) << s_secondTrace.substr(0, 100);
+    EXPECT_FALSE(s_secondTrace.starts_with(s_trace));
 }
 
 TEST_F(ServerLives, RunFromAFolderWithBlanksInItsName)

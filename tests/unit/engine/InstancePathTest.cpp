@@ -179,6 +179,9 @@ TEST(ObjectPathTest, SingletonHasNoKeys)
     ASSERT_EQ(S_OK, ParseObjectPath(L"C=@", path));
     EXPECT_TRUE(path.Singleton);
     EXPECT_TRUE(path.Keys.empty());
+    CParsedObjectPath other;
+    ASSERT_EQ(S_OK, ParseObjectPath(L"C.k=1", other));
+    EXPECT_FALSE(other.Singleton);
 }
 
 TEST(ObjectPathTest, TextOfANumberIsItsDigits)

@@ -132,6 +132,14 @@ TEST_F(ResultLogTest, NothingIsLoggedUnlessEnabled)
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "ZebDiag.log"));
 }
 
+TEST_F(ResultLogTest, AValueOfAnotherTypeEnablesNothing)
+{
+    registry.SetString(kDiagKey, "Enable", "1");
+    ASSERT_EQ(S_OK, Start());
+    ASSERT_EQ(S_OK, Run(L"1@{aaa}"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "ZebDiag.log"));
+}
+
 TEST_F(ResultLogTest, WithoutFileAppendTheLogIsAppendedTo)
 {
     WriteLog(7);
