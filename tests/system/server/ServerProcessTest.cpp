@@ -198,7 +198,8 @@ TEST_F(ServerLives, BeginAnewForTheNextClient)
 
 TEST_F(ServerLives, LeaveTheTraceOfTheLastOneAlone)
 {
-    EXPECT_TRUE(s_secondTrace.starts_with("<center><h1>ZebDiag</h1></center>")) << s_secondTrace.substr(0, 100);
+    EXPECT_TRUE(s_secondTrace.starts_with("<center><h1>ZebDiag</h1></center>"))
+        << s_secondTrace.substr(0, 100);
     EXPECT_FALSE(s_secondTrace.starts_with(s_trace));
 }
 
