@@ -73,8 +73,8 @@ endfunction()
 
 # zeb_test(name SOURCES a.cpp ... [LIBS b ...] [LABELS l ...] [PREFIX p] [LIMIT seconds] [ALONE a.cpp ...]): a
 # GoogleTest program, run under Wine by ctest as one test, which may take LIMIT seconds. PREFIX names a Wine prefix
-# in the build folder that one program at a time has to itself: "prefix" is where the product is registered.
-# All others run beside each other in a prefix where nothing is registered.
+# in the build folder that one program at a time has to itself; the product is registered in "prefix" and
+# "prefix-server". All others run beside each other in a prefix where nothing is registered.
 function(zeb_test name)
   cmake_parse_arguments(ARG "" "PREFIX;LIMIT" "SOURCES;LIBS;LABELS;ALONE" ${ARGN})
   zeb_compile_alone(${ARG_ALONE})

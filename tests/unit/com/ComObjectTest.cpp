@@ -40,6 +40,13 @@ TEST(ComObject, RefusesUnknownInterfacesAndNullPointers)
     EXPECT_EQ(E_POINTER, object->QueryInterface(__uuidof(IUnknown), nullptr));
 }
 
+TEST(ComObject, AnEmptyPointerHasNoInterfaces)
+{
+    ComPtr<IMarshal> marshal;
+    EXPECT_EQ(E_POINTER, ComPtr<IUnknown>().As(marshal));
+    EXPECT_FALSE(marshal);
+}
+
 TEST(ComObject, LastReleaseDestroys)
 {
     const long before = g_liveComObjects;

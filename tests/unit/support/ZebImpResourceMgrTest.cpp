@@ -228,6 +228,13 @@ TEST_F(ResourceSearchTest, AStringOfAMissingLibraryNamesNumberLibraryAndLocale)
     EXPECT_EQ(1u, trace.Count("load failed"));
 }
 
+TEST_F(ResourceSearchTest, TheTextForAMissingStringEndsAfter511Characters)
+{
+    const std::string text = Manager.GetString(kEnglish, 16, std::string(600, 'x').c_str());
+    const std::string start = "No string found. Id 16 DLL ";
+    EXPECT_EQ(start + std::string(511 - start.size(), 'x'), text);
+}
+
 TEST_F(ResourceSearchTest, AMissingStringOfALibraryIsToldToo)
 {
     SetAllFolders();

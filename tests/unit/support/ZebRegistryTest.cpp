@@ -102,6 +102,14 @@ INSTANTIATE_TEST_SUITE_P(Values, RegistryNumberTest,
                                          NumberCase{"Bytes", REG_BINARY, "\2\0\0\0"s, false, 77}),
                          NameOf<NumberCase>);
 
+// Installations write there, and administrators.
+TEST(RegistryKeys, AreWhereTheProductIsConfigured)
+{
+    EXPECT_STREQ("SOFTWARE\\Veltrane\\Halvern\\ZEB", kZebKey);
+    EXPECT_STREQ("SOFTWARE\\Veltrane\\Halvern\\ZEB\\ZebDiag", kZebDiagKey);
+    EXPECT_STREQ("SOFTWARE\\Veltrane\\Halvern\\ZEB\\WMI\\Providers", kProvidersKey);
+}
+
 TEST(RegistryNumber, AMissingKeyOrValueIsSilent)
 {
     CRegistryScope registry;
