@@ -81,9 +81,10 @@ function(zeb_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} zeb_test_support gmock zeb_warnings)
   target_precompile_headers(${name} REUSE_FROM zeb_test_precompiled)
-  # The tests' own code is compiled for speed of compilation. That a fixture is known in its own source only, as it
-  # is meant to be, is a warning where several sources are compiled as one.
-  target_compile_options(${name} PRIVATE -O0 -Wno-subobject-linkage)
+  # The tests' own code is compiled for speed of compilation: with more memory the compiler does without most of its
+  # garbage collections, which take 4 to 8 % of the time. That a fixture is known in its own source only, as it is
+  # meant to be, is a warning where several sources are compiled as one.
+  target_compile_options(${name} PRIVATE -O0 --param=ggc-min-heapsize=400000 -Wno-subobject-linkage)
   if(NOT ARG_LIMIT)
     set(ARG_LIMIT 240)
   endif()
