@@ -41,6 +41,12 @@ TEST(Bstr, KeepsNullApartFromEmpty)
     EXPECT_EQ(std::wstring_view(L"a\0b", 3), CBstr(std::wstring_view(L"a\0b", 3)).View());
 }
 
+TEST(Bstr, AnOutParameterStartsFromNull)
+{
+    CBstr text(L"link");
+    EXPECT_EQ(nullptr, *text.Put());
+}
+
 TEST(Variant, OwnsWhatItHolds)
 {
     CVariant text = CVariant::FromText(L"x");
