@@ -187,6 +187,23 @@ std::string WithTableSectors(std::string bytes, char count)
     return bytes;
 }
 
+// The sector of the table is the end of another chain, too.
+std::string WithTableInAnotherChain(std::string bytes)
+{
+    const auto numberAt = [&](size_t offset)
+    {
+        uint32_t number = 0;
+        std::memcpy(&number, bytes.data() + offset, sizeof(number));
+        return number;
+    };
+    const uint32_t table = numberAt(0x4C);
+    const auto setNext = [&](uint32_t sector, uint32_t next)
+    { std::memcpy(bytes.data() + 512 * (table + 1) + sizeof(next) * sector, &next, sizeof(next)); };
+    setNext(numberAt(0x3C), table);
+    setNext(table, 0xFFFFFFFE);
+    return bytes;
+}
+
 const BadFile kBadFiles[] = {
     {"NoBytes", [](const std::string&) { return std::string(); }},
     {"Text", [](const std::string&) { return std::string("not a storage\r\n"); }},
@@ -197,6 +214,7 @@ const BadFile kBadFiles[] = {
     {"SignatureSpoiled", [](const std::string& good) { return "ZZZZ" + good.substr(4); }},
     {"NoSectorTable", [](const std::string& good) { return WithTableSectors(good, 0); }},
     {"LargerSectorTable", [](const std::string& good) { return WithTableSectors(good, 2); }},
+    {"TableInAnotherChain", WithTableInAnotherChain},
     {"AllZeroBehindHeader",
      [](const std::string& good) { return good.substr(0, 512) + std::string(good.size() - 512, '\0'); }},
     {"AllOnesBehindHeader",

@@ -38,6 +38,8 @@ const Timing kTimings[] = {
     {"LongestPercent", {21474836, 1, 200}, 100, true},
     {"PercentOverflows", {21474837, 1, 200}, 100, false},
     {"CoverageOverflows", {0xFFFFFFFF, 2, 200}, 100, false},
+    {"LongestTimeout", {2147483647, 1, 200}, 1, true},
+    {"TimeoutOverflows", {2147483648, 1, 200}, 1, false},
     {"LongestCheckTime", {100, 2147483, 200}, 100, true},
     {"CheckTimeOverflows", {100, 2147484, 200}, 100, false},
     {"LastPollOverflows", {21474836, 2147483, 200}, 100, false},

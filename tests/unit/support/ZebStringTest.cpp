@@ -68,6 +68,22 @@ TEST(StringLoad, ABlockThatCannotBeLockedIsAnError)
     EXPECT_EQ("first of its block", LoadZebString(Library(), 16, kEnglish));
 }
 
+// A block whose first text is longer than any block of the library.
+void* WINAPI GiveDamagedBlock(HGLOBAL)
+{
+    static wchar_t block[0x10000] = {0x8000};
+    return block;
+}
+
+TEST(StringLoad, ATextThatIsLongerThanItsBlockIsNone)
+{
+    const CTraceCapture trace;
+    const CImportHook damaged(__imp_LockResource, &GiveDamagedBlock);
+    EXPECT_EQ("", LoadZebString(Library(), 16, kEnglish));
+    EXPECT_EQ("", LoadZebString(Library(), 17, kEnglish)) << "it would stand behind it";
+    EXPECT_EQ(std::vector<std::string>{}, trace.Lines());
+}
+
 TEST(StringLoad, AMissingStringOfAPresentBlockIsEmptyWithoutATrace)
 {
     const CTraceCapture trace;
