@@ -4,6 +4,7 @@
 #include "tests/support/CaseName.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <random>
 
@@ -188,8 +189,9 @@ std::string WithTableSectors(std::string bytes, char count)
 }
 
 // The sector of the table is the end of another chain, too.
-std::string WithTableInAnotherChain(std::string bytes)
+std::string WithTableInAnotherChain(const std::string& good)
 {
+    std::string bytes = good;
     const auto numberAt = [&](size_t offset)
     {
         uint32_t number = 0;
