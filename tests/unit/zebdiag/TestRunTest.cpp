@@ -441,16 +441,6 @@ TEST_F(TestRunTest, ChangedSettingHoldsForTheRunOnly)
     EXPECT_EQ(m_said, L"");
 }
 
-TEST_F(TestRunTest, ChangedSettingIsPutBackWhereTheRunFails)
-{
-    AddTest();
-    m_options.Setting.Coverage = 50;
-    m_world->Failures[L"RunTest"] = {wmi::Failed, L""};
-    EXPECT_EQ(Run().Code, ExitCode::CouldNotRun);
-    EXPECT_EQ(m_world->Puts.size(), 2u);
-    EXPECT_EQ(m_world->Settings[kKey].Coverage, 100);
-}
-
 TEST_F(TestRunTest, SettingThatIsNotTakenStartsNoRun)
 {
     AddTest();
